@@ -1,0 +1,23 @@
+// Tolerances for geometric comparisons.
+#pragma once
+
+// equalPoint: two points closer than this are the same point; also the distance within which
+// a point counts as lying on a curve or plane.
+// equalVector: two unit directions closer than this are the same direction; for parallel and
+// perpendicular tests it bounds the sine and cosine of the angle between directions.
+class OdGeTol {
+ public:
+  static constexpr double kDefaultTolerance = 1e-10;
+
+  constexpr OdGeTol(double equalPoint = kDefaultTolerance, double equalVector = kDefaultTolerance)
+      : m_equalPoint(equalPoint), m_equalVector(equalVector) {}
+
+  double equalPoint() const { return m_equalPoint; }
+  double equalVector() const { return m_equalVector; }
+  void setEqualPoint(double value) { m_equalPoint = value; }
+  void setEqualVector(double value) { m_equalVector = value; }
+
+ private:
+  double m_equalPoint;
+  double m_equalVector;
+};

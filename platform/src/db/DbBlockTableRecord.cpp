@@ -1,0 +1,186 @@
+#include "DbBlockTableRecord.h"
+
+#include "DbBlockReference.h"
+#include "DbDatabase.h"
+
+ODDB_DEFINE_MEMBERS(OdDbBlockTableRecord, OdDbSymbolTableRecord, L"BLOCK_RECORD")
+ODDB_DEFINE_MEMBERS(OdDbBlockBegin, OdDbEntity, L"BLOCK")
+ODDB_DEFINE_MEMBERS(OdDbBlockEnd, OdDbEntity, L"ENDBLK")
+
+const OdDbClassSchema& OdDbBlockTableRecord::classSchema() {
+  // The name, flags, base point, path and description are written by the
+  // BLOCK entity of the file, not by the table record: they are filed here
+  // but have no DXF groups of their own.
+  static const OdDbClassSchema schema{
+      &OdDbSymbolTableRecord::classSchema(),
+      {{L"AcDbBlockTableRecord",
+        {
+            odField<&OdDbBlockTableRecord::m_name>(2).named(L"name"),
+            odField<&OdDbBlockTableRecord::m_layoutId>(340, OdDbFieldKind::kHardPointer).since(OdDb::vAC15).named(L"layout"),
+            odField<&OdDbBlockTableRecord::m_insertUnits>(70).since(OdDb::vAC21).named(L"insertUnits"),
+            odField<&OdDbBlockTableRecord::m_explodable>(280).defaultsInt(1).since(OdDb::vAC21).named(L"explodable"),
+            odField<&OdDbBlockTableRecord::m_scalable>(281).since(OdDb::vAC21).named(L"scalable"),
+            odField<&OdDbBlockTableRecord::m_blockFlags>(70).noDxf().named(L"blockFlags"),
+            odField<&OdDbBlockTableRecord::m_origin>(10).noDxf().named(L"origin"),
+            odField<&OdDbBlockTableRecord::m_pathName>(1).noDxf().named(L"pathName"),
+            odField<&OdDbBlockTableRecord::m_comments>(4).noDxf().named(L"comments"),
+        }}}};
+  return schema;
+}
+
+const OdDbClassSchema& OdDbBlockBegin::classSchema() {
+  static const OdDbClassSchema schema{&OdDbEntity::classSchema(), {{L"AcDbBlockBegin", {}}}};
+  return schema;
+}
+
+const OdDbClassSchema& OdDbBlockEnd::classSchema() {
+  static const OdDbClassSchema schema{&OdDbEntity::classSchema(), {{L"AcDbBlockEnd", {}}}};
+  return schema;
+}
+
+OdDbObjectId OdDbBlockTableRecord::appendOdDbEntity(OdDbEntity* entity) {
+  if (!entity) throw OdError(eNullEntityPointer);
+  OdDbDatabase* db = database();
+  if (!db) throw OdError(eMustFirstAddBlockToDb);
+  assertWriteEnabled();
+  OdDbObjectId id = db->addOdDbObject(entity, objectId());
+  m_entities.append(id);
+  if (entity->layerId().isNull()) entity->setDatabaseDefaults(db);
+  return id;
+}
+
+OdDbObjectIteratorPtr OdDbBlockTableRecord::newIterator(bool atBeginning, bool skipErased) const {
+  OdDbObjectIteratorPtr it(new OdDbObjectIterator(m_entities, skipErased));
+  it->start(atBeginning, skipErased);
+  return it;
+}
+
+OdResult OdDbBlockTableRecord::getBlockReferenceIds(OdDbObjectIdArray& ids, bool) const {
+  ids.clear();
+  OdDbDatabase* db = database();
+  if (!db) return eNoDatabase;
+  const OdDbObjectId self = objectId();
+  for (const OdDbObjectId& id : db->allObjectIds()) {
+    if (id.isErased()) continue;
+    auto* ref = dynamic_cast<OdDbBlockReference*>(id.stub()->object);
+    if (ref && ref->blockTableRecord() == self) ids.append(id);
+  }
+  return eOk;
+}
+
+OdDbBlockReferenceIdIteratorPtr OdDbBlockTableRecord::newBlockReferenceIdIterator() const {
+  OdDbObjectIdArray ids;
+  getBlockReferenceIds(ids);
+  OdDbBlockReferenceIdIteratorPtr it(new OdDbObjectIterator(ids, true));
+  it->start();
+  return it;
+}
+
+bool OdDbBlockTableRecord::hasAttributeDefinitions() const {
+  for (const OdDbObjectId& id : m_entities) {
+    if (!id.isErased() && id.objectClass() && id.objectClass()->isDerivedFrom(OdDbAttributeDefinition::desc())) return true;
+  }
+  return false;
+}
+
+bool OdDbBlockTableRecord::isModelSpace() const { return getName().iCompare(L"*Model_Space") == 0; }
+
+bool OdDbBlockTableRecord::isPaperSpace() const {
+  return getName().left(12).iCompare(L"*Paper_Space") == 0;
+}
+
+void OdDbBlockTableRecord::subSetDatabaseDefaults(OdDbDatabase* database) {
+  // A new block gets its BLOCK and ENDBLK markers.
+  if (!m_blockBeginId.isNull() || !database || !this->database()) return;
+  OdSmartPtr<OdDbBlockBegin> begin = OdDbBlockBegin::createObject();
+  OdSmartPtr<OdDbBlockEnd> end = OdDbBlockEnd::createObject();
+  m_blockBeginId = database->addOdDbObject(begin.get(), objectId());
+  m_blockEndId = database->addOdDbObject(end.get(), objectId());
+  begin->setLayer(database->getLayerZeroId());
+  end->setLayer(database->getLayerZeroId());
+}
+
+OdResult OdDbBlockTableRecord::subErase(bool erasing) {
+  // Erasing a block erases what it owns; unerasing brings it back.
+  if (isModelSpace() || isPaperSpace()) return eNotApplicable;
+  for (const OdDbObjectId& id : m_entities) {
+    OdDbObjectPtr entity = id.openObject(OdDb::kForWrite, true);
+    if (entity.get() && entity->isErased() != erasing) entity->erase(erasing);
+  }
+  for (const OdDbObjectId& id : {m_blockBeginId, m_blockEndId}) {
+    OdDbObjectPtr marker = id.openObject(OdDb::kForWrite, true);
+    if (marker.get() && marker->isErased() != erasing) marker->erase(erasing);
+  }
+  return eOk;
+}
+
+void OdDbBlockTableRecord::dwgOutFields(OdDbDwgFiler* filer) const {
+  OdDbSymbolTableRecord::dwgOutFields(filer);
+  filer->wrHardOwnershipId(m_blockBeginId);
+  filer->wrHardOwnershipId(m_blockEndId);
+  filer->wrInt32(static_cast<OdInt32>(m_entities.size()));
+  for (const auto& id : m_entities) filer->wrHardOwnershipId(id);
+}
+
+OdResult OdDbBlockTableRecord::dwgInFields(OdDbDwgFiler* filer) {
+  OdResult result = OdDbSymbolTableRecord::dwgInFields(filer);
+  m_blockBeginId = filer->rdHardOwnershipId();
+  m_blockEndId = filer->rdHardOwnershipId();
+  OdInt32 count = filer->rdInt32();
+  m_entities.clear();
+  m_entities.reserve(static_cast<size_t>(count));
+  for (OdInt32 i = 0; i < count; ++i) m_entities.append(filer->rdHardOwnershipId());
+  return result;
+}
+
+// ---------------------------------------------------------------- iterator
+
+OdDbObjectIterator::OdDbObjectIterator(OdDbObjectIdArray ids, bool skipErased)
+    : m_ids(std::move(ids)), m_skipErased(skipErased) {}
+
+void OdDbObjectIterator::skipErasedForward() {
+  if (!m_skipErased) return;
+  while (m_pos >= 0 && m_pos < static_cast<long long>(m_ids.size()) && m_ids[static_cast<size_t>(m_pos)].isErased()) ++m_pos;
+}
+
+void OdDbObjectIterator::skipErasedBackward() {
+  if (!m_skipErased) return;
+  while (m_pos >= 0 && m_pos < static_cast<long long>(m_ids.size()) && m_ids[static_cast<size_t>(m_pos)].isErased()) --m_pos;
+}
+
+void OdDbObjectIterator::start(bool atBeginning, bool skipErased) {
+  m_skipErased = skipErased;
+  if (atBeginning) {
+    m_pos = 0;
+    skipErasedForward();
+  } else {
+    m_pos = static_cast<long long>(m_ids.size()) - 1;
+    skipErasedBackward();
+  }
+}
+
+bool OdDbObjectIterator::done() const { return m_pos < 0 || m_pos >= static_cast<long long>(m_ids.size()); }
+
+void OdDbObjectIterator::step(bool forward, bool skipErased) {
+  m_skipErased = skipErased;
+  if (forward) {
+    ++m_pos;
+    skipErasedForward();
+  } else {
+    --m_pos;
+    skipErasedBackward();
+  }
+}
+
+OdDbObjectId OdDbObjectIterator::objectId() const { return done() ? OdDbObjectId() : m_ids[static_cast<size_t>(m_pos)]; }
+
+OdDbEntityPtr OdDbObjectIterator::entity(OdDb::OpenMode mode, bool openErased) const {
+  return OdDbEntity::cast(objectId().openObject(mode, openErased).get());
+}
+
+bool OdDbObjectIterator::seek(const OdDbObjectId& id) {
+  for (size_t i = 0; i < m_ids.size(); ++i) {
+    if (m_ids[i] == id) { m_pos = static_cast<long long>(i); return true; }
+  }
+  return false;
+}

@@ -1,0 +1,556 @@
+#include "DbDictionary.h"
+
+#include <algorithm>
+
+#include "DbBlockTableRecord.h"
+#include "DbDatabase.h"
+#include "DbProxy.h"
+#include "db/TagFiling.h"
+
+ODDB_DEFINE_MEMBERS(OdDbDictionary, OdDbObject, L"DICTIONARY")
+ODDB_DEFINE_MEMBERS(OdDbGroup, OdDbObject, L"GROUP")
+ODDB_DEFINE_MEMBERS(OdDbXrecord, OdDbObject, L"XRECORD")
+ODDB_DEFINE_MEMBERS(OdDbSortentsTable, OdDbObject, L"SORTENTSTABLE")
+ODDB_DEFINE_MEMBERS(OdDbPlotSettings, OdDbObject, L"PLOTSETTINGS")
+ODDB_DEFINE_MEMBERS(OdDbLayout, OdDbPlotSettings, L"LAYOUT")
+ODDB_DEFINE_MEMBERS(OdDbProxyObject, OdDbObject, L"")
+ODDB_DEFINE_MEMBERS(OdDbProxyEntity, OdDbEntity, L"")
+
+namespace {
+bool sameIds(const OdDbObjectIdArray& a, const OdDbObjectIdArray& b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i) {
+    if (a[i].isNull() != b[i].isNull() || (!a[i].isNull() && a[i].handle() != b[i].handle())) return false;
+  }
+  return true;
+}
+
+OdUInt64 handleOf(const OdDbObjectId& id) { return id.isNull() ? 0 : id.handle().value(); }
+}  // namespace
+
+// ---------------------------------------------------------------- dictionary
+
+// Pairs of 3 (name) and 350/360 (the entry, soft or hard owned).
+struct OdDbDictionaryEntriesCodec : OdDbFieldCodec {
+  std::vector<int> codes() const override { return {3, 350, 360}; }
+  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
+    const auto* dict = static_cast<const OdDbDictionary*>(object);
+    const int code = dict->m_hardOwner ? 360 : 350;
+    for (const auto& entry : dict->m_entries) {
+      if (entry.id.isErased()) continue;
+      out.push_back(OdDxfTag::str(3, entry.name));
+      out.push_back(OdDxfTag::handle(code, handleOf(entry.id)));
+    }
+  }
+  bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext& ctx) const override {
+    auto* dict = static_cast<OdDbDictionary*>(object);
+    OdInt64& state = ctx.codecState(this);  // 1 after a name that waits for its id
+    if (state == 0) {
+      dict->m_entries.clear();
+      dict->m_index.clear();
+      state = 2;
+    }
+    if (tag.code == 3) {
+      dict->m_entries.push_back({tag.s, OdDbObjectId()});
+      state = 1;
+      return true;
+    }
+    if (state != 1 || tag.type != OdDxf::ValueType::kHandle) return false;
+    dict->m_entries.back().id = tag.i ? ctx.idFromHandle(static_cast<OdUInt64>(tag.i)) : OdDbObjectId();
+    if (tag.code == 360) dict->m_hardOwner = 1;
+    state = 2;
+    return true;
+  }
+  void endRead(OdDbObject* object, OdDbTagContext&) const override { static_cast<OdDbDictionary*>(object)->rebuildIndex(); }
+  void fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const override {
+    const auto* dict = static_cast<const OdDbDictionary*>(object);
+    filer->wrInt32(static_cast<OdInt32>(dict->m_entries.size()));
+    for (const auto& entry : dict->m_entries) {
+      filer->wrString(entry.name);
+      filer->wrSoftOwnershipId(entry.id);
+    }
+  }
+  void fileIn(OdDbObject* object, OdDbDwgFiler* filer) const override {
+    auto* dict = static_cast<OdDbDictionary*>(object);
+    OdInt32 n = filer->rdInt32();
+    dict->m_entries.clear();
+    for (OdInt32 i = 0; i < n; ++i) {
+      OdString name = filer->rdString();
+      dict->m_entries.push_back({name, filer->rdSoftOwnershipId()});
+    }
+    dict->rebuildIndex();
+  }
+  bool isEqual(const OdDbObject* a, const OdDbObject* b) const override {
+    const auto& ea = static_cast<const OdDbDictionary*>(a)->m_entries;
+    const auto& eb = static_cast<const OdDbDictionary*>(b)->m_entries;
+    if (ea.size() != eb.size()) return false;
+    for (size_t i = 0; i < ea.size(); ++i) {
+      if (ea[i].name != eb[i].name || handleOf(ea[i].id) != handleOf(eb[i].id)) return false;
+    }
+    return true;
+  }
+};
+
+const OdDbClassSchema& OdDbDictionary::classSchema() {
+  static const OdDbDictionaryEntriesCodec entries;
+  static const OdDbClassSchema schema{
+      &OdDbObject::classSchema(),
+      {{L"AcDbDictionary",
+        {
+            odField<&OdDbDictionary::m_hardOwner>(280).optional().named(L"hardOwner"),
+            odField<&OdDbDictionary::m_mergeStyle>(281).defaultsInt(1).named(L"mergeStyle"),
+            odCustomField(entries, L"entries"),
+        }}}};
+  return schema;
+}
+
+void OdDbDictionary::rebuildIndex() {
+  m_index.clear();
+  for (size_t i = 0; i < m_entries.size(); ++i) m_index.emplace(m_entries[i].name, i);
+}
+
+OdDbObjectId OdDbDictionary::getAt(const OdString& name) const {
+  auto it = m_index.find(name);
+  if (it == m_index.end()) return OdDbObjectId();
+  const OdDbObjectId& id = m_entries[it->second].id;
+  return id.isErased() ? OdDbObjectId() : id;
+}
+
+OdDbObjectPtr OdDbDictionary::getAt(const OdString& name, OdDb::OpenMode mode) const {
+  return getAt(name).openObject(mode);
+}
+
+bool OdDbDictionary::has(const OdDbObjectId& id) const {
+  return std::any_of(m_entries.begin(), m_entries.end(), [&](const Entry& e) { return e.id == id && !id.isErased(); });
+}
+
+OdString OdDbDictionary::nameAt(const OdDbObjectId& id) const {
+  for (const auto& entry : m_entries) {
+    if (entry.id == id) return entry.name;
+  }
+  return OdString();
+}
+
+OdDbObjectId OdDbDictionary::setAt(const OdString& name, OdDbObject* object) {
+  if (name.isEmpty() || !object) throw OdError(eInvalidInput);
+  assertWriteEnabled();
+  OdDbObjectId id = object->objectId();
+  if (id.isNull()) {
+    OdDbDatabase* db = database();
+    if (!db) throw OdError(eNoDatabase);
+    id = db->addOdDbObject(object, objectId());
+  }
+  auto it = m_index.find(name);
+  if (it != m_index.end()) {
+    m_entries[it->second].id = id;
+  } else {
+    m_entries.push_back({name, id});
+    m_index.emplace(name, m_entries.size() - 1);
+  }
+  return id;
+}
+
+OdResult OdDbDictionary::remove(const OdString& name) {
+  auto it = m_index.find(name);
+  if (it == m_index.end()) return eKeyNotFound;
+  assertWriteEnabled();
+  m_entries.erase(m_entries.begin() + static_cast<long>(it->second));
+  rebuildIndex();
+  return eOk;
+}
+
+OdResult OdDbDictionary::remove(const OdDbObjectId& id) {
+  OdString name = nameAt(id);
+  return name.isEmpty() ? eKeyNotFound : remove(name);
+}
+
+bool OdDbDictionary::setName(const OdString& oldName, const OdString& newName) {
+  auto it = m_index.find(oldName);
+  if (it == m_index.end() || m_index.count(newName)) return false;
+  assertWriteEnabled();
+  m_entries[it->second].name = newName;
+  rebuildIndex();
+  return true;
+}
+
+OdDbDictionaryIteratorPtr OdDbDictionary::newIterator() const {
+  std::vector<OdDbDictionaryIterator::Entry> live;
+  for (const auto& entry : m_entries) {
+    if (!entry.id.isErased()) live.push_back({entry.name, entry.id});
+  }
+  return OdDbDictionaryIteratorPtr(new OdDbDictionaryIterator(std::move(live)));
+}
+
+OdString OdDbDictionary::nextAnonymousName(const OdString& prefix) const {
+  // One more than the highest number in use, so that names are never reused.
+  long highest = 0;
+  for (const auto& entry : m_entries) {
+    if (entry.name.left(prefix.getLength()).iCompare(prefix) != 0) continue;
+    OdString digits = entry.name.mid(prefix.getLength());
+    if (digits.isEmpty() || digits.findOneOf(L"-+ ") >= 0) continue;
+    wchar_t* end = nullptr;
+    long n = std::wcstol(digits.c_str(), &end, 10);
+    if (end && *end == 0) highest = std::max(highest, n);
+  }
+  return prefix + OdString().format(L"%ld", highest + 1);
+}
+
+void OdDbDictionary::appendEntryInternal(const OdString& name, const OdDbObjectId& id) {
+  m_entries.push_back({name, id});
+  m_index.emplace(name, m_entries.size() - 1);
+}
+
+OdResult OdDbDictionary::subErase(bool erasing) {
+  // A dictionary that owns its entries takes them along.
+  if (!m_hardOwner) return eOk;
+  for (const auto& entry : m_entries) {
+    OdDbObjectPtr object = entry.id.openObject(OdDb::kForWrite, true);
+    if (object.get() && object->ownerId() == objectId() && object->isErased() != erasing) object->erase(erasing);
+  }
+  return eOk;
+}
+
+OdDbObjectPtr OdDbDictionaryIterator::getObject(OdDb::OpenMode mode) const { return objectId().openObject(mode); }
+
+// ---------------------------------------------------------------- group
+
+struct OdDbGroupMembersCodec : OdDbFieldCodec {
+  std::vector<int> codes() const override { return {340}; }
+  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
+    for (const auto& id : static_cast<const OdDbGroup*>(object)->m_members) out.push_back(OdDxfTag::handle(340, handleOf(id)));
+  }
+  bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext& ctx) const override {
+    auto* group = static_cast<OdDbGroup*>(object);
+    OdInt64& started = ctx.codecState(this);
+    if (!started) {
+      group->m_members.clear();
+      started = 1;
+    }
+    if (tag.i) group->m_members.append(ctx.idFromHandle(static_cast<OdUInt64>(tag.i)));
+    return true;
+  }
+  void fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const override {
+    const auto& members = static_cast<const OdDbGroup*>(object)->m_members;
+    filer->wrInt32(static_cast<OdInt32>(members.size()));
+    for (const auto& id : members) filer->wrHardPointerId(id);
+  }
+  void fileIn(OdDbObject* object, OdDbDwgFiler* filer) const override {
+    auto& members = static_cast<OdDbGroup*>(object)->m_members;
+    members.clear();
+    OdInt32 n = filer->rdInt32();
+    for (OdInt32 i = 0; i < n; ++i) members.append(filer->rdHardPointerId());
+  }
+  bool isEqual(const OdDbObject* a, const OdDbObject* b) const override {
+    return sameIds(static_cast<const OdDbGroup*>(a)->m_members, static_cast<const OdDbGroup*>(b)->m_members);
+  }
+};
+
+const OdDbClassSchema& OdDbGroup::classSchema() {
+  static const OdDbGroupMembersCodec members;
+  static const OdDbClassSchema schema{&OdDbObject::classSchema(),
+                                      {{L"AcDbGroup",
+                                        {
+                                            odField<&OdDbGroup::m_description>(300).named(L"description"),
+                                            odField<&OdDbGroup::m_unnamed>(70).named(L"unnamed"),
+                                            odField<&OdDbGroup::m_selectable>(71).defaultsInt(1).named(L"selectable"),
+                                            odCustomField(members, L"members"),
+                                        }}}};
+  return schema;
+}
+
+OdString OdDbGroup::name() const {
+  OdDbObjectPtr owner = ownerId().openObject();
+  auto* dict = dynamic_cast<OdDbDictionary*>(owner.get());
+  return dict ? dict->nameAt(objectId()) : OdString();
+}
+
+void OdDbGroup::setAnonymous() {
+  assertWriteEnabled();
+  m_unnamed = 1;
+}
+
+void OdDbGroup::append(const OdDbObjectId& id) {
+  if (id.isNull() || m_members.contains(id)) return;
+  assertWriteEnabled();
+  m_members.append(id);
+  if (OdDbObjectPtr member = id.openObject(OdDb::kForWrite)) member->addPersistentReactor(objectId());
+}
+
+void OdDbGroup::append(const OdDbObjectIdArray& ids) {
+  for (const auto& id : ids) append(id);
+}
+
+void OdDbGroup::remove(const OdDbObjectId& id) {
+  if (!m_members.contains(id)) return;
+  assertWriteEnabled();
+  m_members.remove(id);
+  if (OdDbObjectPtr member = id.openObject(OdDb::kForWrite, true)) member->removePersistentReactor(objectId());
+}
+
+void OdDbGroup::clear() {
+  for (const auto& id : OdDbObjectIdArray(m_members)) remove(id);
+}
+
+OdDbObjectIdArray OdDbGroup::allEntityIds() const {
+  OdDbObjectIdArray ids;
+  for (const auto& id : m_members) {
+    if (!id.isErased() && id.isValid()) ids.append(id);
+  }
+  return ids;
+}
+
+void OdDbGroup::erased(const OdDbObject*, bool) {
+  // Erased members stay in the list (unerasing or undo brings them back);
+  // allEntityIds leaves them out.
+}
+
+OdResult OdDbGroup::subErase(bool erasing) {
+  // An erased group no longer reacts to its members.
+  for (const auto& id : m_members) {
+    OdDbObjectPtr member = id.openObject(OdDb::kForWrite, true);
+    if (!member.get()) continue;
+    if (erasing) member->removePersistentReactor(objectId());
+    else member->addPersistentReactor(objectId());
+  }
+  return eOk;
+}
+
+// ---------------------------------------------------------------- extended record
+
+struct OdDbXrecordDataCodec : OdDbFieldCodec {
+  std::vector<int> codes() const override { return {}; }
+  bool takesAnyCode() const override { return true; }
+  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
+    const auto& data = static_cast<const OdDbXrecord*>(object)->m_data;
+    out.insert(out.end(), data.begin(), data.end());
+  }
+  bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext& ctx) const override {
+    auto* record = static_cast<OdDbXrecord*>(object);
+    OdInt64& started = ctx.codecState(this);
+    if (!started) {
+      record->m_data.clear();
+      started = 1;
+    }
+    record->m_data.push_back(tag);
+    return true;
+  }
+  void fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const override {
+    odFileOutTags(filer, static_cast<const OdDbXrecord*>(object)->m_data);
+  }
+  void fileIn(OdDbObject* object, OdDbDwgFiler* filer) const override {
+    static_cast<OdDbXrecord*>(object)->m_data = odFileInTags(filer);
+  }
+  bool isEqual(const OdDbObject* a, const OdDbObject* b) const override {
+    return static_cast<const OdDbXrecord*>(a)->m_data == static_cast<const OdDbXrecord*>(b)->m_data;
+  }
+};
+
+const OdDbClassSchema& OdDbXrecord::classSchema() {
+  static const OdDbXrecordDataCodec data;
+  static const OdDbClassSchema schema{&OdDbObject::classSchema(),
+                                      {{L"AcDbXrecord",
+                                        {
+                                            odField<&OdDbXrecord::m_cloning>(280).defaultsInt(1).named(L"cloning"),
+                                            odCustomField(data, L"data"),
+                                        }}}};
+  return schema;
+}
+
+// ---------------------------------------------------------------- draw order
+
+struct OdDbSortentsCodec : OdDbFieldCodec {
+  std::vector<int> codes() const override { return {331, 5}; }
+  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
+    for (const auto& pair : static_cast<const OdDbSortentsTable*>(object)->m_pairs) {
+      out.push_back(OdDxfTag::handle(331, handleOf(pair.entity)));
+      out.push_back(OdDxfTag::handle(5, pair.sortHandle));
+    }
+  }
+  bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext& ctx) const override {
+    auto* table = static_cast<OdDbSortentsTable*>(object);
+    OdInt64& state = ctx.codecState(this);  // 1: an entity waits for its sort handle
+    if (state == 0) {
+      table->m_pairs.clear();
+      state = 2;
+    }
+    if (tag.code == 331) {
+      table->m_pairs.push_back({tag.i ? ctx.idFromHandle(static_cast<OdUInt64>(tag.i)) : OdDbObjectId(), 0});
+      state = 1;
+      return true;
+    }
+    if (state != 1) return false;
+    table->m_pairs.back().sortHandle = static_cast<OdUInt64>(tag.i);
+    state = 2;
+    return true;
+  }
+  void fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const override {
+    const auto& pairs = static_cast<const OdDbSortentsTable*>(object)->m_pairs;
+    filer->wrInt32(static_cast<OdInt32>(pairs.size()));
+    for (const auto& pair : pairs) {
+      filer->wrSoftPointerId(pair.entity);
+      filer->wrInt64(static_cast<OdInt64>(pair.sortHandle));
+    }
+  }
+  void fileIn(OdDbObject* object, OdDbDwgFiler* filer) const override {
+    auto& pairs = static_cast<OdDbSortentsTable*>(object)->m_pairs;
+    pairs.clear();
+    OdInt32 n = filer->rdInt32();
+    for (OdInt32 i = 0; i < n; ++i) {
+      OdDbObjectId id = filer->rdSoftPointerId();
+      pairs.push_back({id, static_cast<OdUInt64>(filer->rdInt64())});
+    }
+  }
+  bool isEqual(const OdDbObject* a, const OdDbObject* b) const override {
+    const auto& pa = static_cast<const OdDbSortentsTable*>(a)->m_pairs;
+    const auto& pb = static_cast<const OdDbSortentsTable*>(b)->m_pairs;
+    if (pa.size() != pb.size()) return false;
+    for (size_t i = 0; i < pa.size(); ++i) {
+      if (handleOf(pa[i].entity) != handleOf(pb[i].entity) || pa[i].sortHandle != pb[i].sortHandle) return false;
+    }
+    return true;
+  }
+};
+
+const OdDbClassSchema& OdDbSortentsTable::classSchema() {
+  static const OdDbSortentsCodec pairs;
+  static const OdDbClassSchema schema{
+      &OdDbObject::classSchema(),
+      {{L"AcDbSortentsTable",
+        {
+            odField<&OdDbSortentsTable::m_blockId>(330).named(L"block"),
+            odCustomField(pairs, L"pairs"),
+        }}}};
+  return schema;
+}
+
+OdDbHandle OdDbSortentsTable::sortHandleOf(const OdDbObjectId& id) const {
+  for (const auto& pair : m_pairs) {
+    if (pair.entity == id) return OdDbHandle(pair.sortHandle);
+  }
+  return id.handle();
+}
+
+void OdDbSortentsTable::getFullDrawOrder(OdDbObjectIdArray& ids) const {
+  ids.clear();
+  OdDbObjectPtr object = m_blockId.openObject();
+  auto* block = dynamic_cast<OdDbBlockTableRecord*>(object.get());
+  if (!block) return;
+  std::vector<std::pair<OdUInt64, OdDbObjectId>> order;
+  for (const auto& id : block->entityIds()) {
+    if (!id.isErased()) order.emplace_back(sortHandleOf(id).value(), id);
+  }
+  std::stable_sort(order.begin(), order.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  for (const auto& entry : order) ids.append(entry.second);
+}
+
+void OdDbSortentsTable::setDrawOrder(const OdDbObjectIdArray& order) {
+  // The sort handles of the entities, sorted, are handed out again in the new order.
+  std::vector<OdUInt64> handles;
+  for (const auto& id : order) handles.push_back(sortHandleOf(id).value());
+  std::sort(handles.begin(), handles.end());
+  assertWriteEnabled();
+  m_pairs.clear();
+  for (size_t i = 0; i < order.size(); ++i) {
+    if (handles[i] != order[i].handle().value()) m_pairs.push_back({order[i], handles[i]});
+  }
+}
+
+OdResult OdDbSortentsTable::moveAbove(const OdDbObjectIdArray& ids, const OdDbObjectId& target) {
+  OdDbObjectIdArray order;
+  getFullDrawOrder(order);
+  if (!order.contains(target)) return eInvalidInput;
+  OdDbObjectIdArray moving, rest;
+  for (const auto& id : order) (ids.contains(id) && id != target ? moving : rest).append(id);
+  OdDbObjectIdArray result;
+  for (const auto& id : rest) {
+    result.append(id);
+    if (id == target) result.append(moving);
+  }
+  setDrawOrder(result);
+  return eOk;
+}
+
+OdResult OdDbSortentsTable::moveBelow(const OdDbObjectIdArray& ids, const OdDbObjectId& target) {
+  OdDbObjectIdArray order;
+  getFullDrawOrder(order);
+  if (!order.contains(target)) return eInvalidInput;
+  OdDbObjectIdArray moving, rest;
+  for (const auto& id : order) (ids.contains(id) && id != target ? moving : rest).append(id);
+  OdDbObjectIdArray result;
+  for (const auto& id : rest) {
+    if (id == target) result.append(moving);
+    result.append(id);
+  }
+  setDrawOrder(result);
+  return eOk;
+}
+
+OdResult OdDbSortentsTable::moveToTop(const OdDbObjectIdArray& ids) {
+  OdDbObjectIdArray order;
+  getFullDrawOrder(order);
+  OdDbObjectIdArray moving, rest;
+  for (const auto& id : order) (ids.contains(id) ? moving : rest).append(id);
+  rest.append(moving);
+  setDrawOrder(rest);
+  return eOk;
+}
+
+OdResult OdDbSortentsTable::moveToBottom(const OdDbObjectIdArray& ids) {
+  OdDbObjectIdArray order;
+  getFullDrawOrder(order);
+  OdDbObjectIdArray moving, rest;
+  for (const auto& id : order) (ids.contains(id) ? moving : rest).append(id);
+  moving.append(rest);
+  setDrawOrder(moving);
+  return eOk;
+}
+
+// ---------------------------------------------------------------- layouts
+
+const OdDbClassSchema& OdDbPlotSettings::classSchema() {
+  static const OdDbClassSchema schema{
+      &OdDbObject::classSchema(),
+      {{L"AcDbPlotSettings", {odField<&OdDbPlotSettings::m_pageSetupName>(1).named(L"pageSetupName")}}}};
+  return schema;
+}
+
+const OdDbClassSchema& OdDbLayout::classSchema() {
+  static const OdDbClassSchema schema{&OdDbPlotSettings::classSchema(),
+                                      {{L"AcDbLayout",
+                                        {
+                                            odField<&OdDbLayout::m_name>(1).named(L"name"),
+                                            odField<&OdDbLayout::m_layoutFlags>(70).named(L"flags"),
+                                            odField<&OdDbLayout::m_tabOrder>(71).named(L"tabOrder"),
+                                            odField<&OdDbLayout::m_limMin>(10).named(L"limMin"),
+                                            odField<&OdDbLayout::m_limMax>(11).named(L"limMax"),
+                                            odField<&OdDbLayout::m_blockId>(330).named(L"block"),
+                                            odField<&OdDbLayout::m_viewportId>(331).optional().named(L"viewport"),
+                                        }}}};
+  return schema;
+}
+
+// ---------------------------------------------------------------- proxies
+
+const OdDbClassSchema& OdDbProxyObject::classSchema() {
+  static const OdDbClassSchema schema{&OdDbObject::classSchema(),
+                                      {{nullptr, {odField<&OdDbProxyObject::m_dxfName>(0).noDxf().named(L"dxfName")}}}};
+  return schema;
+}
+
+const OdDbClassSchema& OdDbProxyEntity::classSchema() {
+  static const OdDbClassSchema schema{&OdDbEntity::classSchema(),
+                                      {{nullptr, {odField<&OdDbProxyEntity::m_dxfName>(0).noDxf().named(L"dxfName")}}}};
+  return schema;
+}
+
+OdResult OdDbProxyEntity::getGeomExtents(OdGeExtents3d& extents) const {
+  extents = OdGeExtents3d();
+  if (const OdDbObjectExtras* kept = extras()) {
+    for (const auto& u : kept->unknown) {
+      if (u.tag.type == OdDxf::ValueType::kPoint && u.tag.code >= 10 && u.tag.code <= 18) {
+        extents.addPoint(OdGePoint3d(u.tag.x, u.tag.y, u.tag.dims == 3 ? u.tag.z : 0.0));
+      }
+    }
+  }
+  return extents.isValidExtents() ? eOk : eInvalidExtents;
+}

@@ -1,0 +1,554 @@
+#include "DbSchema.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <mutex>
+#include <numeric>
+#include <unordered_map>
+
+#include "DbDatabase.h"
+#include "DbObject.h"
+#include "DbSymbolTable.h"
+#include "db/TagFiling.h"
+
+namespace {
+
+constexpr double kRadToDeg = 180.0 / 3.14159265358979323846;
+
+template <class T>
+T& at(void* p) { return *static_cast<T*>(p); }
+template <class T>
+const T& at(const void* p) { return *static_cast<const T*>(p); }
+
+bool sameDouble(double a, double b) {
+  // Exact comparison that treats two NaNs as equal, so that a read-back NaN compares equal.
+  return a == b || (std::isnan(a) && std::isnan(b));
+}
+
+// Per class: for every subclass, the fields that a group code can go to.
+struct CodeIndex {
+  // chain index -> list of (code, field index) sorted by code
+  std::vector<std::vector<std::pair<int, int>>> bySubclass;
+  std::vector<const OdDbSubclass*> chain;
+  std::vector<int> firstFlatIndex;  // flat index of each subclass's first field
+  std::vector<int> catchAll;        // per subclass: the field that takes any code, or -1
+  int flatCount = 0;
+};
+
+const CodeIndex& codeIndexOf(const OdDbClassSchema* schema) {
+  static std::unordered_map<const OdDbClassSchema*, std::unique_ptr<CodeIndex>> cache;
+  auto found = cache.find(schema);
+  if (found != cache.end()) return *found->second;
+  auto index = std::make_unique<CodeIndex>();
+  index->chain = schema->chain();
+  for (const OdDbSubclass* sub : index->chain) {
+    std::vector<std::pair<int, int>> codes;
+    int catchAll = -1;
+    for (int fi = 0; fi < static_cast<int>(sub->fields.size()); ++fi) {
+      const OdDbField& field = sub->fields[static_cast<size_t>(fi)];
+      if (field.kind == OdDbFieldKind::kCustom && field.codec->takesAnyCode()) catchAll = fi;
+      if (field.kind == OdDbFieldKind::kCustom) {
+        for (int code : field.codec->codes()) codes.emplace_back(code, fi);
+      } else if (!(field.flags & OdDbField::kNoDxf)) {
+        codes.emplace_back(field.code, fi);
+      }
+    }
+    std::stable_sort(codes.begin(), codes.end(), [](auto& a, auto& b) { return a.first < b.first; });
+    index->catchAll.push_back(catchAll);
+    index->firstFlatIndex.push_back(index->flatCount);
+    index->flatCount += static_cast<int>(sub->fields.size());
+    index->bySubclass.push_back(std::move(codes));
+  }
+  const CodeIndex& ref = *index;
+  cache.emplace(schema, std::move(index));
+  return ref;
+}
+
+const OdDbClassSchema* schemaOf(const OdDbObject* object) {
+  for (OdRxClass* cls = object->isA(); cls; cls = cls->myParent()) {
+    if (cls->schema()) return cls->schema();
+  }
+  return nullptr;
+}
+
+void appendFieldTags(const OdDbObject* object, const OdDbField& field, OdDxfTagList& out, OdDbTagContext& ctx) {
+  const void* p = field.ref(object);
+  switch (field.kind) {
+    case OdDbFieldKind::kBool: out.push_back(OdDxfTag::integer(field.code, at<bool>(p) ? 1 : 0)); break;
+    case OdDbFieldKind::kInt8: out.push_back(OdDxfTag::integer(field.code, at<OdInt8>(p))); break;
+    case OdDbFieldKind::kInt16: out.push_back(OdDxfTag::integer(field.code, at<OdInt16>(p))); break;
+    case OdDbFieldKind::kInt32: out.push_back(OdDxfTag::integer(field.code, at<OdInt32>(p))); break;
+    case OdDbFieldKind::kInt64: out.push_back(OdDxfTag::integer(field.code, at<OdInt64>(p))); break;
+    case OdDbFieldKind::kDouble: {
+      double value = at<double>(p);
+      if (field.flags & OdDbField::kAngleDegrees) value *= kRadToDeg;
+      out.push_back(OdDxfTag::real(field.code, value));
+      break;
+    }
+    case OdDbFieldKind::kString: out.push_back(OdDxfTag::str(field.code, at<OdString>(p))); break;
+    case OdDbFieldKind::kPoint2d: {
+      const auto& pt = at<OdGePoint2d>(p);
+      out.push_back(OdDxfTag::point(field.code, pt.x, pt.y, 0, 2));
+      break;
+    }
+    case OdDbFieldKind::kPoint3d: {
+      const auto& pt = at<OdGePoint3d>(p);
+      out.push_back(OdDxfTag::point(field.code, pt.x, pt.y, pt.z, 3));
+      break;
+    }
+    case OdDbFieldKind::kVector3d: {
+      const auto& v = at<OdGeVector3d>(p);
+      out.push_back(OdDxfTag::point(field.code, v.x, v.y, v.z, 3));
+      break;
+    }
+    case OdDbFieldKind::kHardOwner:
+    case OdDbFieldKind::kSoftOwner:
+    case OdDbFieldKind::kHardPointer:
+    case OdDbFieldKind::kSoftPointer: {
+      const auto& id = at<OdDbObjectId>(p);
+      out.push_back(OdDxfTag::handle(field.code, id.isNull() ? 0 : id.handle().value()));
+      break;
+    }
+    case OdDbFieldKind::kNameRef: {
+      const auto& id = at<OdDbObjectId>(p);
+      OdString name = ctx.nameOf(id);
+      if (name.isEmpty() && field.defaultName) name = field.defaultName;
+      out.push_back(OdDxfTag::str(field.code, name));
+      break;
+    }
+    case OdDbFieldKind::kCustom: field.codec->toTags(object, out, ctx); break;
+  }
+}
+
+OdInt64 tagInteger(const OdDxfTag& tag) {
+  switch (tag.type) {
+    case OdDxf::ValueType::kDouble:
+    case OdDxf::ValueType::kPoint: return static_cast<OdInt64>(tag.x);
+    case OdDxf::ValueType::kString: return static_cast<OdInt64>(std::wcstoll(tag.s.c_str(), nullptr, 10));
+    default: return tag.i;
+  }
+}
+
+double tagReal(const OdDxfTag& tag) {
+  switch (tag.type) {
+    case OdDxf::ValueType::kDouble:
+    case OdDxf::ValueType::kPoint: return tag.x;
+    case OdDxf::ValueType::kString: return std::wcstod(tag.s.c_str(), nullptr);
+    default: return static_cast<double>(tag.i);
+  }
+}
+
+// Stores one tag into a plain field; false when the tag cannot be taken.
+bool setFieldFromTag(OdDbObject* object, const OdDbField& field, const OdDxfTag& tag, OdDbTagContext& ctx) {
+  void* p = field.ref(object);
+  switch (field.kind) {
+    case OdDbFieldKind::kBool: at<bool>(p) = tagInteger(tag) != 0; return true;
+    case OdDbFieldKind::kInt8: at<OdInt8>(p) = static_cast<OdInt8>(tagInteger(tag)); return true;
+    case OdDbFieldKind::kInt16: at<OdInt16>(p) = static_cast<OdInt16>(tagInteger(tag)); return true;
+    case OdDbFieldKind::kInt32: at<OdInt32>(p) = static_cast<OdInt32>(tagInteger(tag)); return true;
+    case OdDbFieldKind::kInt64: at<OdInt64>(p) = tagInteger(tag); return true;
+    case OdDbFieldKind::kDouble: {
+      double value = tagReal(tag);
+      if (field.flags & OdDbField::kAngleDegrees) value /= kRadToDeg;
+      at<double>(p) = value;
+      return true;
+    }
+    case OdDbFieldKind::kString:
+      if (tag.type != OdDxf::ValueType::kString) return false;
+      at<OdString>(p) = tag.s;
+      return true;
+    case OdDbFieldKind::kPoint2d:
+      if (tag.type != OdDxf::ValueType::kPoint && tag.type != OdDxf::ValueType::kDouble) return false;
+      at<OdGePoint2d>(p).set(tag.x, tag.type == OdDxf::ValueType::kPoint ? tag.y : 0.0);
+      return true;
+    case OdDbFieldKind::kPoint3d:
+    case OdDbFieldKind::kVector3d: {
+      if (tag.type != OdDxf::ValueType::kPoint && tag.type != OdDxf::ValueType::kDouble) return false;
+      double y = tag.type == OdDxf::ValueType::kPoint ? tag.y : 0.0;
+      double z = tag.type == OdDxf::ValueType::kPoint && tag.dims == 3 ? tag.z : 0.0;
+      if (field.kind == OdDbFieldKind::kPoint3d) at<OdGePoint3d>(p).set(tag.x, y, z);
+      else at<OdGeVector3d>(p).set(tag.x, y, z);
+      return true;
+    }
+    case OdDbFieldKind::kHardOwner:
+    case OdDbFieldKind::kSoftOwner:
+    case OdDbFieldKind::kHardPointer:
+    case OdDbFieldKind::kSoftPointer: {
+      if (tag.type != OdDxf::ValueType::kHandle) return false;
+      at<OdDbObjectId>(p) = tag.i == 0 ? OdDbObjectId() : ctx.idFromHandle(static_cast<OdUInt64>(tag.i));
+      return true;
+    }
+    case OdDbFieldKind::kNameRef: {
+      if (tag.type != OdDxf::ValueType::kString) return false;
+      OdDbObjectId id = tag.s.isEmpty() ? OdDbObjectId() : ctx.idFromName(field.table, tag.s);
+      at<OdDbObjectId>(p) = id;
+      if (id.isNull() && !tag.s.isEmpty()) ctx.deferName(object, field, tag.s);
+      return true;
+    }
+    case OdDbFieldKind::kCustom: return field.codec->fromTag(object, tag, ctx);
+  }
+  return false;
+}
+
+// Finds the field a tag goes to within one subclass (first unseen match; a
+// custom codec accepts repeated codes).
+int findField(const CodeIndex& index, int sub, int code, const std::vector<bool>& seen, OdDb::DwgVersion version) {
+  const auto& codes = index.bySubclass[static_cast<size_t>(sub)];
+  auto it = std::lower_bound(codes.begin(), codes.end(), code, [](const auto& e, int c) { return e.first < c; });
+  for (; it != codes.end() && it->first == code; ++it) {
+    const OdDbField& field = index.chain[static_cast<size_t>(sub)]->fields[static_cast<size_t>(it->second)];
+    if (field.minVersion > version) continue;
+    if (field.kind == OdDbFieldKind::kCustom) return it->second;
+    if (!seen[static_cast<size_t>(index.firstFlatIndex[static_cast<size_t>(sub)] + it->second)]) return it->second;
+  }
+  return index.catchAll[static_cast<size_t>(sub)];
+}
+
+}  // namespace
+
+std::vector<const OdDbSubclass*> OdDbClassSchema::chain() const {
+  std::vector<const OdDbClassSchema*> levels;
+  for (const OdDbClassSchema* s = this; s; s = s->parent) levels.push_back(s);
+  std::vector<const OdDbSubclass*> result;
+  for (auto it = levels.rbegin(); it != levels.rend(); ++it) {
+    for (const auto& sub : (*it)->subclasses) result.push_back(&sub);
+  }
+  return result;
+}
+
+bool OdDbField::hasDefault(const OdDbObject* object) const {
+  const void* p = ref(object);
+  switch (kind) {
+    case OdDbFieldKind::kBool: return at<bool>(p) == (defaultInt != 0);
+    case OdDbFieldKind::kInt8: return at<OdInt8>(p) == defaultInt;
+    case OdDbFieldKind::kInt16: return at<OdInt16>(p) == defaultInt;
+    case OdDbFieldKind::kInt32: return at<OdInt32>(p) == defaultInt;
+    case OdDbFieldKind::kInt64: return at<OdInt64>(p) == defaultInt;
+    case OdDbFieldKind::kDouble: return at<double>(p) == defaultReal[0];
+    case OdDbFieldKind::kString: return at<OdString>(p).isEmpty();
+    case OdDbFieldKind::kPoint2d: {
+      const auto& pt = at<OdGePoint2d>(p);
+      return pt.x == defaultReal[0] && pt.y == defaultReal[1];
+    }
+    case OdDbFieldKind::kPoint3d: {
+      const auto& pt = at<OdGePoint3d>(p);
+      return pt.x == defaultReal[0] && pt.y == defaultReal[1] && pt.z == defaultReal[2];
+    }
+    case OdDbFieldKind::kVector3d: {
+      const auto& v = at<OdGeVector3d>(p);
+      return v.x == defaultReal[0] && v.y == defaultReal[1] && v.z == defaultReal[2];
+    }
+    case OdDbFieldKind::kHardOwner:
+    case OdDbFieldKind::kSoftOwner:
+    case OdDbFieldKind::kHardPointer:
+    case OdDbFieldKind::kSoftPointer: return at<OdDbObjectId>(p).isNull();
+    case OdDbFieldKind::kNameRef: {
+      const auto& id = at<OdDbObjectId>(p);
+      if (id.isNull()) return true;
+      if (!defaultName) return false;
+      OdDbObjectPtr record = id.openObject();
+      auto* str = record.get() ? dynamic_cast<OdDbSymbolTableRecord*>(record.get()) : nullptr;
+      return str && str->getName().iCompare(defaultName) == 0;
+    }
+    case OdDbFieldKind::kCustom: return false;
+  }
+  return false;
+}
+
+void OdDbField::setDefault(OdDbObject* object) const {
+  void* p = ref(object);
+  switch (kind) {
+    case OdDbFieldKind::kBool: at<bool>(p) = defaultInt != 0; break;
+    case OdDbFieldKind::kInt8: at<OdInt8>(p) = static_cast<OdInt8>(defaultInt); break;
+    case OdDbFieldKind::kInt16: at<OdInt16>(p) = static_cast<OdInt16>(defaultInt); break;
+    case OdDbFieldKind::kInt32: at<OdInt32>(p) = static_cast<OdInt32>(defaultInt); break;
+    case OdDbFieldKind::kInt64: at<OdInt64>(p) = defaultInt; break;
+    case OdDbFieldKind::kDouble: at<double>(p) = defaultReal[0]; break;
+    case OdDbFieldKind::kString: at<OdString>(p).empty(); break;
+    case OdDbFieldKind::kPoint2d: at<OdGePoint2d>(p).set(defaultReal[0], defaultReal[1]); break;
+    case OdDbFieldKind::kPoint3d: at<OdGePoint3d>(p).set(defaultReal[0], defaultReal[1], defaultReal[2]); break;
+    case OdDbFieldKind::kVector3d: at<OdGeVector3d>(p).set(defaultReal[0], defaultReal[1], defaultReal[2]); break;
+    default: break;
+  }
+}
+
+OdDbField odCustomField(const OdDbFieldCodec& codec, const wchar_t* name) {
+  OdDbField field;
+  field.kind = OdDbFieldKind::kCustom;
+  field.codec = &codec;
+  field.name = name;
+  field.code = codec.codes().empty() ? 0 : codec.codes().front();
+  field.storage = [](OdDbObject* object) -> void* { return object; };
+  return field;
+}
+
+OdDbObjectId OdDbTagContext::idFromName(OdDbNameTable table, const OdString& name) {
+  OdDbDatabase* db = database();
+  return db ? db->findRecord(table, name) : OdDbObjectId();
+}
+
+OdInt64& OdDbTagContext::codecState(const void* key) {
+  for (auto& entry : m_codecState) {
+    if (entry.first == key) return entry.second;
+  }
+  m_codecState.emplace_back(key, 0);
+  return m_codecState.back().second;
+}
+
+OdString OdDbTagContext::nameOf(const OdDbObjectId& id) const {
+  if (id.isNull()) return OdString();
+  OdDbObjectPtr object = id.openObject(OdDb::kForRead, true);
+  if (auto* record = dynamic_cast<OdDbSymbolTableRecord*>(object.get())) return record->getName();
+  return OdString();
+}
+
+namespace OdDbSchemaIo {
+
+void writeFields(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext& ctx, bool withMarkers) {
+  const OdDbClassSchema* schema = schemaOf(object);
+  if (!schema) return;
+  if (schema->hooks.beforeWrite) schema->hooks.beforeWrite(object);
+  const CodeIndex& index = codeIndexOf(schema);
+  const OdDbObjectExtras* extras = object->extras();
+  // Unknown tags in the order of their anchors (stable, so read order holds within one anchor).
+  std::vector<const OdDbObjectExtras::Unknown*> unknown;
+  if (extras && !extras->unknown.empty()) {
+    unknown.reserve(extras->unknown.size());
+    for (const auto& u : extras->unknown) unknown.push_back(&u);
+    std::stable_sort(unknown.begin(), unknown.end(), [](const auto* a, const auto* b) {
+      return a->subclass != b->subclass ? a->subclass < b->subclass : a->afterField < b->afterField;
+    });
+  }
+  size_t next = 0;
+  auto flushUnknown = [&](int sub, int field) {
+    while (next < unknown.size() &&
+           (unknown[next]->subclass < sub || (unknown[next]->subclass == sub && unknown[next]->afterField <= field))) {
+      out.push_back(unknown[next]->tag);
+      ++next;
+    }
+  };
+  const bool entityList = ctx.forEntityList();
+  for (int si = 0; si < static_cast<int>(index.chain.size()); ++si) {
+    const OdDbSubclass* sub = index.chain[static_cast<size_t>(si)];
+    if (withMarkers && sub->marker && *sub->marker) out.push_back(OdDxfTag::str(100, sub->marker));
+    flushUnknown(si, -1);
+    for (int fi = 0; fi < static_cast<int>(sub->fields.size()); ++fi) {
+      const OdDbField& field = sub->fields[static_cast<size_t>(fi)];
+      bool skip = (field.flags & OdDbField::kNoDxf) || ctx.version() < field.minVersion ||
+                  (entityList && (field.flags & OdDbField::kNoEntityList)) ||
+                  ((field.flags & OdDbField::kOptional) && field.hasDefault(object));
+      if (!skip) appendFieldTags(object, field, out, ctx);
+      flushUnknown(si, fi);
+    }
+  }
+  while (next < unknown.size()) out.push_back(unknown[next++]->tag);
+}
+
+void readFields(OdDbObject* object, const OdDxfTag* begin, const OdDxfTag* end, OdDbTagContext& ctx) {
+  const OdDbClassSchema* schema = schemaOf(object);
+  if (!schema) return;
+  const CodeIndex& index = codeIndexOf(schema);
+  const int subCount = static_cast<int>(index.chain.size());
+  std::vector<bool> seen(static_cast<size_t>(index.flatCount), false);
+  ctx.clearCodecState();
+  for (const OdDbSubclass* sub : index.chain) {
+    for (const auto& field : sub->fields) {
+      if (field.kind == OdDbFieldKind::kCustom) field.codec->beginRead(object);
+    }
+  }
+
+  auto keepUnknown = [&](int sub, int afterField, const OdDxfTag& tag) {
+    object->extrasForWrite().unknown.push_back(
+        {static_cast<OdInt16>(std::max(sub, 0)), static_cast<OdInt16>(sub < 0 ? -1 : afterField), tag});
+  };
+
+  int cur = -1;        // current subclass
+  int lastField = -1;  // last field read in it
+  bool sawMarker = false;
+  bool inUnknownSubclass = false;
+  for (const OdDxfTag* tag = begin; tag != end; ++tag) {
+    if (tag->code == 100 && tag->type == OdDxf::ValueType::kString) {
+      int found = -1;
+      for (int si = cur + 1; si < subCount; ++si) {
+        const wchar_t* marker = index.chain[static_cast<size_t>(si)]->marker;
+        if (marker && tag->s.iCompare(marker) == 0) { found = si; break; }
+      }
+      if (found >= 0) {
+        cur = found;
+        lastField = -1;
+        sawMarker = true;
+        inUnknownSubclass = false;
+      } else {
+        keepUnknown(cur, lastField, *tag);
+        inUnknownSubclass = true;
+      }
+      continue;
+    }
+    if (inUnknownSubclass || tag->code == 101) {
+      // 101 opens an embedded object: everything after it is kept as read.
+      keepUnknown(cur, lastField, *tag);
+      inUnknownSubclass = true;
+      continue;
+    }
+    int fieldSub = -1, fieldIndex = -1;
+    if (sawMarker && cur >= 0) {
+      fieldIndex = findField(index, cur, tag->code, seen, ctx.version());
+      if (fieldIndex >= 0) fieldSub = cur;
+    } else {
+      // No subclass markers (R12 files, lists without markers): any subclass.
+      for (int si = 0; si < subCount && fieldIndex < 0; ++si) {
+        fieldIndex = findField(index, si, tag->code, seen, ctx.version());
+        if (fieldIndex >= 0) fieldSub = si;
+      }
+    }
+    if (fieldIndex >= 0) {
+      const OdDbField& field = index.chain[static_cast<size_t>(fieldSub)]->fields[static_cast<size_t>(fieldIndex)];
+      if (setFieldFromTag(object, field, *tag, ctx)) {
+        seen[static_cast<size_t>(index.firstFlatIndex[static_cast<size_t>(fieldSub)] + fieldIndex)] = true;
+        if (!sawMarker) cur = fieldSub;
+        lastField = fieldIndex;
+        continue;
+      }
+    }
+    keepUnknown(cur, lastField, *tag);
+  }
+
+  for (int si = 0; si < subCount; ++si) {
+    const OdDbSubclass* sub = index.chain[static_cast<size_t>(si)];
+    for (int fi = 0; fi < static_cast<int>(sub->fields.size()); ++fi) {
+      const OdDbField& field = sub->fields[static_cast<size_t>(fi)];
+      if (field.kind == OdDbFieldKind::kCustom) {
+        field.codec->endRead(object, ctx);
+      } else if (field.kind == OdDbFieldKind::kNameRef && field.defaultName &&
+                 !seen[static_cast<size_t>(index.firstFlatIndex[static_cast<size_t>(si)] + fi)] &&
+                 at<OdDbObjectId>(field.ref(object)).isNull() && !ctx.forEntityList()) {
+        OdDbObjectId id = ctx.idFromName(field.table, field.defaultName);
+        at<OdDbObjectId>(field.ref(object)) = id;
+        if (id.isNull()) ctx.deferName(object, field, field.defaultName);
+      }
+    }
+  }
+  if (schema->hooks.afterRead) schema->hooks.afterRead(object, ctx);
+}
+
+void fileOutFields(const OdDbObject* object, OdDbDwgFiler* filer) {
+  const OdDbClassSchema* schema = schemaOf(object);
+  if (!schema) return;
+  for (const OdDbSubclass* sub : codeIndexOf(schema).chain) {
+    for (const OdDbField& field : sub->fields) {
+      if (field.flags & OdDbField::kNoFiler) continue;
+      const void* p = field.ref(object);
+      switch (field.kind) {
+        case OdDbFieldKind::kBool: filer->wrBool(at<bool>(p)); break;
+        case OdDbFieldKind::kInt8: filer->wrInt8(at<OdInt8>(p)); break;
+        case OdDbFieldKind::kInt16: filer->wrInt16(at<OdInt16>(p)); break;
+        case OdDbFieldKind::kInt32: filer->wrInt32(at<OdInt32>(p)); break;
+        case OdDbFieldKind::kInt64: filer->wrInt64(at<OdInt64>(p)); break;
+        case OdDbFieldKind::kDouble: filer->wrDouble(at<double>(p)); break;
+        case OdDbFieldKind::kString: filer->wrString(at<OdString>(p)); break;
+        case OdDbFieldKind::kPoint2d: filer->wrPoint2d(at<OdGePoint2d>(p)); break;
+        case OdDbFieldKind::kPoint3d: filer->wrPoint3d(at<OdGePoint3d>(p)); break;
+        case OdDbFieldKind::kVector3d: filer->wrVector3d(at<OdGeVector3d>(p)); break;
+        case OdDbFieldKind::kHardOwner: filer->wrHardOwnershipId(at<OdDbObjectId>(p)); break;
+        case OdDbFieldKind::kSoftOwner: filer->wrSoftOwnershipId(at<OdDbObjectId>(p)); break;
+        case OdDbFieldKind::kHardPointer: filer->wrHardPointerId(at<OdDbObjectId>(p)); break;
+        case OdDbFieldKind::kSoftPointer:
+        case OdDbFieldKind::kNameRef: filer->wrSoftPointerId(at<OdDbObjectId>(p)); break;
+        case OdDbFieldKind::kCustom: field.codec->fileOut(object, filer); break;
+      }
+    }
+  }
+}
+
+void fileInFields(OdDbObject* object, OdDbDwgFiler* filer) {
+  const OdDbClassSchema* schema = schemaOf(object);
+  if (!schema) return;
+  for (const OdDbSubclass* sub : codeIndexOf(schema).chain) {
+    for (const OdDbField& field : sub->fields) {
+      if (field.flags & OdDbField::kNoFiler) continue;
+      void* p = field.ref(object);
+      switch (field.kind) {
+        case OdDbFieldKind::kBool: at<bool>(p) = filer->rdBool(); break;
+        case OdDbFieldKind::kInt8: at<OdInt8>(p) = filer->rdInt8(); break;
+        case OdDbFieldKind::kInt16: at<OdInt16>(p) = filer->rdInt16(); break;
+        case OdDbFieldKind::kInt32: at<OdInt32>(p) = filer->rdInt32(); break;
+        case OdDbFieldKind::kInt64: at<OdInt64>(p) = filer->rdInt64(); break;
+        case OdDbFieldKind::kDouble: at<double>(p) = filer->rdDouble(); break;
+        case OdDbFieldKind::kString: at<OdString>(p) = filer->rdString(); break;
+        case OdDbFieldKind::kPoint2d: at<OdGePoint2d>(p) = filer->rdPoint2d(); break;
+        case OdDbFieldKind::kPoint3d: at<OdGePoint3d>(p) = filer->rdPoint3d(); break;
+        case OdDbFieldKind::kVector3d: at<OdGeVector3d>(p) = filer->rdVector3d(); break;
+        case OdDbFieldKind::kHardOwner: at<OdDbObjectId>(p) = filer->rdHardOwnershipId(); break;
+        case OdDbFieldKind::kSoftOwner: at<OdDbObjectId>(p) = filer->rdSoftOwnershipId(); break;
+        case OdDbFieldKind::kHardPointer: at<OdDbObjectId>(p) = filer->rdHardPointerId(); break;
+        case OdDbFieldKind::kSoftPointer:
+        case OdDbFieldKind::kNameRef: at<OdDbObjectId>(p) = filer->rdSoftPointerId(); break;
+        case OdDbFieldKind::kCustom: field.codec->fileIn(object, filer); break;
+      }
+    }
+  }
+}
+
+bool fieldsEqual(const OdDbObject* a, const OdDbObject* b, OdString* firstDifference) {
+  if (a->isA() != b->isA()) {
+    if (firstDifference) *firstDifference = L"class";
+    return false;
+  }
+  const OdDbClassSchema* schema = schemaOf(a);
+  if (!schema) return true;
+  for (const OdDbSubclass* sub : codeIndexOf(schema).chain) {
+    for (const OdDbField& field : sub->fields) {
+      if (field.flags & OdDbField::kNoFiler) continue;
+      const void* pa = field.ref(a);
+      const void* pb = field.ref(b);
+      bool same = true;
+      switch (field.kind) {
+        case OdDbFieldKind::kBool: same = at<bool>(pa) == at<bool>(pb); break;
+        case OdDbFieldKind::kInt8: same = at<OdInt8>(pa) == at<OdInt8>(pb); break;
+        case OdDbFieldKind::kInt16: same = at<OdInt16>(pa) == at<OdInt16>(pb); break;
+        case OdDbFieldKind::kInt32: same = at<OdInt32>(pa) == at<OdInt32>(pb); break;
+        case OdDbFieldKind::kInt64: same = at<OdInt64>(pa) == at<OdInt64>(pb); break;
+        case OdDbFieldKind::kDouble: same = sameDouble(at<double>(pa), at<double>(pb)); break;
+        case OdDbFieldKind::kString: same = at<OdString>(pa) == at<OdString>(pb); break;
+        case OdDbFieldKind::kPoint2d: {
+          const auto &p = at<OdGePoint2d>(pa), &q = at<OdGePoint2d>(pb);
+          same = sameDouble(p.x, q.x) && sameDouble(p.y, q.y);
+          break;
+        }
+        case OdDbFieldKind::kPoint3d: {
+          const auto &p = at<OdGePoint3d>(pa), &q = at<OdGePoint3d>(pb);
+          same = sameDouble(p.x, q.x) && sameDouble(p.y, q.y) && sameDouble(p.z, q.z);
+          break;
+        }
+        case OdDbFieldKind::kVector3d: {
+          const auto &p = at<OdGeVector3d>(pa), &q = at<OdGeVector3d>(pb);
+          same = sameDouble(p.x, q.x) && sameDouble(p.y, q.y) && sameDouble(p.z, q.z);
+          break;
+        }
+        case OdDbFieldKind::kHardOwner:
+        case OdDbFieldKind::kSoftOwner:
+        case OdDbFieldKind::kHardPointer:
+        case OdDbFieldKind::kSoftPointer:
+        case OdDbFieldKind::kNameRef: {
+          // Objects of two databases compare by handle.
+          const auto &p = at<OdDbObjectId>(pa), &q = at<OdDbObjectId>(pb);
+          same = p.isNull() == q.isNull() && (p.isNull() || p.handle() == q.handle());
+          break;
+        }
+        case OdDbFieldKind::kCustom: same = field.codec->isEqual(a, b); break;
+      }
+      if (!same) {
+        if (firstDifference) {
+          *firstDifference = OdString(sub->marker ? sub->marker : L"") + L"/" +
+                             (field.name && *field.name ? OdString(field.name)
+                                                        : OdString().format(L"%d", field.code));
+        }
+        return false;
+      }
+    }
+  }
+  return true;
+}
+
+}  // namespace OdDbSchemaIo

@@ -1,0 +1,69 @@
+#include "db/DbUndo.h"
+
+#include "DbFiler.h"
+
+void OdDbUndoController::pushRecord() {
+  m_records.push_back(Record{m_nextSerial++, {}});
+}
+
+void OdDbUndoController::startRecord() {
+  if (m_groupDepth > 0 && m_groupHasRecord) return;
+  pushRecord();
+  if (m_groupDepth > 0) m_groupHasRecord = true;
+}
+
+void OdDbUndoController::beginGroup() {
+  if (m_groupDepth++ == 0) {
+    pushRecord();
+    m_groupHasRecord = true;
+  }
+}
+
+void OdDbUndoController::endGroup() {
+  if (m_groupDepth > 0 && --m_groupDepth == 0) m_groupHasRecord = false;
+}
+
+void OdDbUndoController::recordBeforeChange(OdDbObject* object) {
+  Record* record = current();
+  if (!record || object->undoSerial() == record->serial) return;
+  object->setUndoSerial(record->serial);
+  Entry entry{object->stub(), false, object->stub()->flags, {}};
+  OdDbMemoryFiler filer(m_database, OdDbFiler::kUndoFiler);
+  object->dwgOutFields(&filer);
+  entry.state = std::move(filer.data());
+  record->entries.push_back(std::move(entry));
+}
+
+void OdDbUndoController::recordAppended(OdDbObject* object) {
+  Record* record = current();
+  if (!record) return;
+  object->setUndoSerial(record->serial);
+  record->entries.push_back(Entry{object->stub(), true, 0, {}});
+}
+
+void OdDbUndoController::undo() {
+  if (m_records.empty()) return;
+  Record record = std::move(m_records.back());
+  m_records.pop_back();
+  if (m_groupDepth > 0 && m_records.empty()) m_groupHasRecord = false;
+  ++m_blocked;  // restoring is not itself recorded
+  for (auto it = record.entries.rbegin(); it != record.entries.rend(); ++it) {
+    OdDbStub* stub = it->stub;
+    OdDbObject* object = stub->object;
+    if (!object) continue;
+    object->setUndoSerial(0);
+    if (it->appended) {
+      stub->flags |= OdDbStub::kErased;
+      m_database->fireObjectErased(object, true);
+      continue;
+    }
+    const bool wasErased = stub->isErased();
+    OdDbMemoryFiler filer(m_database, OdDbFiler::kUndoFiler);
+    filer.data() = std::move(it->state);
+    object->dwgInFields(&filer);
+    stub->flags = it->stubFlags;
+    if (wasErased != stub->isErased()) m_database->fireObjectErased(object, stub->isErased());
+    else m_database->fireObjectModified(object);
+  }
+  --m_blocked;
+}

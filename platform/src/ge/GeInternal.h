@@ -1,0 +1,39 @@
+// Numerical helpers shared by the geometry sources (not part of the public headers).
+#pragma once
+
+#include <cmath>
+#include <functional>
+
+#include "Ge/GeConst.h"
+#include "Ge/GePoint2d.h"
+
+namespace OdGeInternal {
+
+// Representation of `angle` (modulo 2π) inside [start, end] when it falls there; otherwise the
+// representation nearest to the range, so that an angle just before start stays just below it.
+double angleIntoRange(double angle, double start, double end);
+
+// Normalises an arc's sweep: end raised or lowered by whole turns into [start, start + 2π].
+void normalizeSweep(double start, double& end);
+
+// Closest parameter in [lo, hi] to the point set's minimum of `distanceSqrd`, found by sampling
+// and refining every sampled local minimum.
+double minimizeOnInterval(const std::function<double(double)>& distanceSqrd, double lo, double hi,
+                          int samples);
+
+// Integral of f over [a, b] by adaptive Gauss-Kronrod quadrature to the given relative error.
+double integrate(const std::function<double(double)>& f, double a, double b, double relativeError);
+
+// Range of c + a*cos(t) + b*sin(t) over t in [t0, t1].
+void trigComponentRange(double c, double a, double b, double t0, double t1, double& lo, double& hi);
+
+// Intersections of the circle of radius r about the origin with the line through `point` with
+// unit direction `dir`: 0, 1 (tangent within tol) or 2 points, given as line parameters.
+int circleLineParams(double r, const OdGePoint2d& point, const OdGeVector2d& dir, double tol,
+                     double& t1, double& t2);
+
+// Intersections of the circle of radius r1 about the origin with the circle of radius r2 about
+// `center2`: 0, 1 (touching within tol) or 2 points; -1 for the same circle.
+int circleCircle(double r1, const OdGePoint2d& center2, double r2, double tol, OdGePoint2d& p1, OdGePoint2d& p2);
+
+}  // namespace OdGeInternal
