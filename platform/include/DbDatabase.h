@@ -186,6 +186,9 @@ class OdDbDatabase : public OdRxObject {
   void fireObjectErased(const OdDbObject* object, bool erased);
   void fireHeaderChange(const OdString& name, bool before);
   OdDbStub* stubFor(OdUInt64 handle) const;
+  // Gives objects other handles (the reader's repair of missing and duplicate
+  // handles); the new handles must be free.
+  void rehandleInternal(const std::vector<std::pair<OdDbObjectId, OdUInt64>>& changes);
 
  private:
   OdDbStub* newStub(OdUInt64 handle);

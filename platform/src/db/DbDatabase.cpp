@@ -99,6 +99,19 @@ OdDbStub* OdDbDatabase::newStub(OdUInt64 handle) {
 
 OdDbStub* OdDbDatabase::stubFor(OdUInt64 handle) const { return m_handles->find(handle); }
 
+void OdDbDatabase::rehandleInternal(const std::vector<std::pair<OdDbObjectId, OdUInt64>>& changes) {
+  if (changes.empty()) return;
+  for (const auto& change : changes) change.first.stub()->handle = change.second;
+  auto rebuilt = std::make_unique<HandleMap>();
+  OdUInt64 highest = 0;
+  m_stubs->forEach([&](OdDbStub* stub) {
+    rebuilt->insert(stub);
+    highest = std::max(highest, stub->handle);
+  });
+  m_handles = std::move(rebuilt);
+  m_handseed = highest + 1;
+}
+
 OdDbObjectId OdDbDatabase::addOdDbObject(OdDbObject* object, const OdDbObjectId& ownerId, const OdDbHandle& handle) {
   if (!object) throw OdError(eNullObjectPointer);
   if (object->stub()) throw OdError(eAlreadyInDb);

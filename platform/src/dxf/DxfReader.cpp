@@ -1,0 +1,892 @@
+// Reads a DXF file into a new database: sections, tables, blocks, entities
+// and objects, with what the platform does not model kept as read, and the
+// damage that can be repaired safely repaired and reported.
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+
+#include "DbBlockReference.h"
+#include "DbBlockTableRecord.h"
+#include "DbDatabase.h"
+#include "DbDictionary.h"
+#include "DbProxy.h"
+#include "DbSymbolTable.h"
+#include "DxfFile.h"
+#include "db/DbDefaults.h"
+#include "dxf/DxfStructure.h"
+#include "dxf/DxfTagReader.h"
+
+namespace {
+
+std::string narrow(const OdString& s) { return s.toUtf8(); }
+
+// The tag context of a read: handles become ids (stubs made on demand) and
+// names that cannot be resolved yet are kept for the end of the read.
+class ReadContext : public OdDbTagContext {
+ public:
+  struct Deferred {
+    OdDbObject* object;
+    const OdDbField* field;
+    OdString name;
+  };
+
+  OdDbDatabase* db = nullptr;
+  OdDb::DwgVersion fileVersion = OdDb::kDHL_CURRENT;
+  std::vector<Deferred> deferred;
+
+  OdDbDatabase* database() const override { return db; }
+  OdDb::DwgVersion version() const override { return fileVersion; }
+  OdDbObjectId idFromHandle(OdUInt64 handle) override { return db->getOdDbObjectId(OdDbHandle(handle), true); }
+  void deferName(OdDbObject* object, const OdDbField& field, const OdString& name) override {
+    deferred.push_back({object, &field, name});
+  }
+};
+
+class DxfReader {
+ public:
+  DxfReader(std::string_view data, OdDxfReadReport& report) : m_data(data), m_in(data), m_report(report) {}
+  OdDbDatabasePtr read();
+
+ private:
+  // ---- tags
+  bool nextTag();
+  [[noreturn]] void refuse(const std::string& message);
+  [[noreturn]] void expected(const std::string& what);
+  void repair(const OdString& message) { m_report.repairs.push_back(message); }
+  bool isZero(std::string_view keyword) { return m_tag.code == 0 && m_tag.s.str() == std::wstring(keyword.begin(), keyword.end()); }
+  // Reads the tags of one object (after its "0 TYPE") into m_body.
+  void readBody();
+
+  // ---- sections
+  void scanHeaderForEncoding();
+  void readHeader();
+  void readClasses();
+  void readTables();
+  void readTable();
+  void readBlocks();
+  void readEntitiesSection();
+  void readObjects();
+  void readRawSection(const OdString& name);
+
+  // ---- objects
+  struct Header {
+    OdUInt64 handle = 0;
+    bool hasHandle = false;
+    bool handleValid = true;
+    OdUInt64 owner = 0;
+    OdDbObjectIdArray reactors;
+    OdUInt64 xdictionary = 0;
+    OdDxfTagList appData;
+    size_t bodyBegin = 0, bodyEnd = 0;  // the tags for the field table
+    size_t xdataBegin = 0;
+  };
+  Header splitHeader(bool dimStyleHandle);
+  OdRxClass* classFor(const OdString& dxfName, bool entity);
+  // Creates the object of the current tags, adds it to the database and
+  // reads its fields. The object comes back open for write.
+  OdDbObjectPtr makeObject(OdRxClass* cls, const OdString& dxfName, const OdDbObjectId& owner, bool dimStyleHandle = false);
+  OdDbObjectId addWithHandle(OdDbObject* object, const Header& header, const OdDbObjectId& owner, const OdString& what);
+  // Entities of a block or of a section until the "0 ENDBLK"/"0 ENDSEC".
+  void readEntityList(const OdDbObjectId& blockId, bool entitiesSection);
+  OdDbObjectId spaceFor(bool paperSpace);
+
+  // ---- after reading
+  void finish();
+  void ensureTables();
+  void ensureStandardRecords();
+  void ensureSpaces();
+  void resolveDeferredNames();
+  void ensureRootDictionaries();
+
+  std::string_view m_data;
+  OdDxfTagReader m_in;
+  OdDxfReadReport& m_report;
+  OdDbDatabasePtr m_db;
+  ReadContext m_ctx;
+  OdDxfTag m_tag;
+  int m_tagLine = 0;
+  OdDxfTagList m_body;
+  size_t m_bodyCount = 0;
+  int m_bodyLine = 0;
+  bool m_hasHeader = false;
+  bool m_sawEof = false;
+  OdDbObjectId m_modelSpace, m_paperSpace;
+  std::map<OdString, OdDbObjectId, OdStringLessNoCase> m_blocksByName;
+  std::vector<OdDbObjectId> m_objectsWithoutHandle;
+  std::set<OdUInt64> m_duplicateHandles;
+};
+
+bool DxfReader::nextTag() {
+  for (;;) {
+    if (!m_in.next(m_tag)) {
+      if (m_in.hasError()) refuse(m_in.errorMessage());
+      return false;
+    }
+    m_tagLine = m_in.line();
+    if (m_tag.code != 999) return true;  // comments are not part of the drawing
+  }
+}
+
+void DxfReader::refuse(const std::string& message) { throw OdError(eDxfReadAborted, OdString(message)); }
+
+void DxfReader::expected(const std::string& what) {
+  std::string found = m_in.atEnd() ? std::string("the end of the file")
+                                   : "'" + std::to_string(m_tag.code) + " " + narrow(m_tag.valueText()) + "'";
+  refuse(m_in.where() + ": expected " + what + ", found " + found);
+}
+
+void DxfReader::readBody() {
+  m_bodyCount = 0;
+  m_bodyLine = m_tagLine;
+  while (nextTag()) {
+    if (m_tag.code == 0) {
+      m_in.pushBack();
+      return;
+    }
+    if (m_bodyCount == m_body.size()) m_body.emplace_back();
+    std::swap(m_body[m_bodyCount++], m_tag);
+  }
+  expected("more groups or 0 ENDSEC");
+}
+
+// ---------------------------------------------------------------- sections
+
+void DxfReader::scanHeaderForEncoding() {
+  // The code page of strings is known only from the header: look at it first.
+  OdDxfTagReader scan(m_data);
+  OdString acadver, codepage;
+  OdDxfTag tag;
+  OdString variable;
+  int zeros = 0;
+  while (scan.next(tag)) {
+    if (tag.code == 0) {
+      if (tag.s == L"ENDSEC" || ++zeros > 2) break;
+      continue;
+    }
+    if (tag.code == 9) variable = tag.s;
+    else if (variable == L"$ACADVER" && tag.code == 1) acadver = tag.s;
+    else if (variable == L"$DWGCODEPAGE" && tag.code == 3) codepage = tag.s;
+  }
+  m_report.versionName = acadver;
+  m_report.version = acadver.isEmpty() ? OdDb::vAC09 : odDxfVersionFromName(acadver);
+  m_ctx.fileVersion = acadver.isEmpty() ? OdDb::kDHL_CURRENT : m_report.version;
+  m_in.setCodePage(OdDxf::stringCodePageOf(acadver.c_str(), codepage.c_str()));
+}
+
+void DxfReader::readHeader() {
+  m_hasHeader = true;
+  OdDbHeaderVariable* current = nullptr;
+  std::vector<OdDbHeaderVariable> variables;
+  while (nextTag()) {
+    if (m_tag.code == 0) {
+      if (m_tag.s != L"ENDSEC") expected("0 ENDSEC");
+      for (auto& var : variables) m_db->setHeaderVariable(var.name, var.tags);
+      return;
+    }
+    if (m_tag.code == 9) {
+      variables.push_back({m_tag.s, {}});
+      current = &variables.back();
+      continue;
+    }
+    if (!current) expected("9 $VARIABLE");
+    current->tags.push_back(m_tag);
+  }
+  expected("0 ENDSEC");
+}
+
+void DxfReader::readClasses() {
+  auto& classes = m_db->classRecords();
+  while (nextTag()) {
+    if (m_tag.code != 0) expected("0 CLASS");
+    if (m_tag.s == L"ENDSEC") return;
+    if (m_tag.s != L"CLASS") expected("0 CLASS");
+    readBody();
+    OdDbClassRecord record;
+    for (size_t i = 0; i < m_bodyCount; ++i) {
+      const OdDxfTag& t = m_body[i];
+      switch (t.code) {
+        case 1: record.dxfName = t.s; break;
+        case 2: record.cppName = t.s; break;
+        case 3: record.appName = t.s; break;
+        case 90: record.proxyFlags = static_cast<OdInt32>(t.i); break;
+        case 91: record.instanceCount = static_cast<OdInt32>(t.i); break;
+        case 280: record.wasProxy = t.i != 0; break;
+        case 281: record.isEntity = t.i != 0; break;
+        default: break;
+      }
+    }
+    classes.push_back(record);
+  }
+  expected("0 ENDSEC");
+}
+
+void DxfReader::readTables() {
+  while (nextTag()) {
+    if (m_tag.code != 0) expected("0 TABLE");
+    if (m_tag.s == L"ENDSEC") return;
+    if (m_tag.s != L"TABLE") expected("0 TABLE");
+    readTable();
+  }
+  expected("0 ENDSEC");
+}
+
+void DxfReader::readTable() {
+  readBody();
+  OdString name;
+  for (size_t i = 0; i < m_bodyCount; ++i) {
+    if (m_body[i].code == 2) { name = m_body[i].s; break; }
+  }
+  const OdDxfTableKind* kind = odDxfTableKind(name);
+  OdDbObjectId tableId;
+  if (kind) {
+    // A second table of the same kind adds its records to the first.
+    tableId = m_db->tableId(kind->table);
+    if (tableId.isNull()) {
+      // The table's own "2 NAME" is structure, not a field.
+      size_t w = 0;
+      for (size_t i = 0; i < m_bodyCount; ++i) {
+        if (m_body[i].code == 2 && m_body[i].s == name && w == i) continue;
+        if (w != i) std::swap(m_body[w], m_body[i]);
+        ++w;
+      }
+      m_bodyCount = w;
+      OdDbObjectPtr table = makeObject(kind->tableClass(), L"TABLE", OdDbObjectId());
+      tableId = table->objectId();
+      m_db->setTableId(kind->table, tableId);
+    } else {
+      repair(OdString().format(L"line %d: second %ls table merged into the first", m_bodyLine, name.c_str()));
+    }
+  } else {
+    // An unknown table: kept whole as a raw section part is not possible; skip
+    // its records with a report.
+    repair(OdString().format(L"line %d: unknown table '%ls' dropped", m_bodyLine, name.c_str()));
+  }
+  while (nextTag()) {
+    if (m_tag.code != 0) expected("0 and a table record");
+    if (m_tag.s == L"ENDTAB") {
+      readBody();  // an ENDTAB may carry groups; they mean nothing
+      return;
+    }
+    if (m_tag.s == L"ENDSEC" || m_tag.s == L"TABLE") {
+      repair(OdString().format(L"line %d: table %ls had no ENDTAB", m_tagLine, name.c_str()));
+      m_in.pushBack();
+      return;
+    }
+    OdString recordType = m_tag.s;
+    readBody();
+    if (!kind) continue;
+    if (recordType.iCompare(kind->recordName) != 0) {
+      repair(OdString().format(L"line %d: %ls record in the %ls table dropped", m_bodyLine, recordType.c_str(), name.c_str()));
+      continue;
+    }
+    const bool dimStyle = kind->table == OdDbNameTable::kDimStyle;
+    OdDbObjectPtr object = makeObject(kind->recordClass(), recordType, tableId, dimStyle);
+    auto* record = static_cast<OdDbSymbolTableRecord*>(object.get());
+    auto* table = static_cast<OdDbSymbolTable*>(tableId.stub()->object);
+    if (record->getName().isEmpty() && kind->table != OdDbNameTable::kBlock) {
+      repair(OdString().format(L"line %d: %ls record without a name dropped", m_bodyLine, recordType.c_str()));
+      object->erase();
+      continue;
+    }
+    if (!table->getAt(record->getName()).isNull()) {
+      repair(OdString().format(L"line %d: duplicate %ls record '%ls' dropped", m_bodyLine, recordType.c_str(),
+                               record->getName().c_str()));
+      object->erase();
+      continue;
+    }
+    table->appendRecordId(object->objectId());
+    if (object->ownerId() != tableId) object->setOwnerId(tableId);
+    if (kind->table == OdDbNameTable::kBlock) m_blocksByName[record->getName()] = object->objectId();
+  }
+  expected("0 ENDTAB");
+}
+
+OdDbObjectId DxfReader::spaceFor(bool paperSpace) { return paperSpace ? m_paperSpace : m_modelSpace; }
+
+void DxfReader::readBlocks() {
+  while (nextTag()) {
+    if (m_tag.code != 0) expected("0 BLOCK");
+    if (m_tag.s == L"ENDSEC") return;
+    if (m_tag.s != L"BLOCK") expected("0 BLOCK");
+    readBody();
+    // The block's own values belong to its table record.
+    OdString name, name3, path, description;
+    OdInt16 flags = 0;
+    OdGePoint3d origin;
+    size_t w = 0;
+    for (size_t i = 0; i < m_bodyCount; ++i) {
+      OdDxfTag& t = m_body[i];
+      bool taken = true;
+      switch (t.code) {
+        case 2: name = t.s; break;
+        case 3: name3 = t.s; break;
+        case 1: path = t.s; break;
+        case 4: description = t.s; break;
+        case 70: flags = static_cast<OdInt16>(t.i); break;
+        case 10: origin.set(t.x, t.y, t.dims == 3 ? t.z : 0.0); break;
+        default: taken = false; break;
+      }
+      if (!taken) {
+        if (w != i) std::swap(m_body[w], m_body[i]);
+        ++w;
+      }
+    }
+    m_bodyCount = w;
+    const int blockLine = m_bodyLine;
+    if (name.isEmpty()) name = name3;
+    if (name.iCompare(L"$MODEL_SPACE") == 0) name = L"*Model_Space";
+    if (name.iCompare(L"$PAPER_SPACE") == 0) name = L"*Paper_Space";
+    if (name.isEmpty()) {
+      name = OdString().format(L"*U%d", static_cast<int>(m_blocksByName.size()) + 1);
+      while (m_blocksByName.count(name)) name += L"_";
+      repair(OdString().format(L"line %d: block without a name named '%ls'", blockLine, name.c_str()));
+      flags |= OdDbBlockTableRecord::kAnonymous;
+    }
+
+    // The record: from the BLOCK_RECORD table, or made now (files before R13 have none).
+    OdDbObjectId blockId;
+    auto found = m_blocksByName.find(name);
+    if (found != m_blocksByName.end()) {
+      blockId = found->second;
+      OdDbObjectPtr existing = blockId.openObject();
+      if (auto* record = static_cast<OdDbBlockTableRecord*>(existing.get()); record && !record->blockBeginId().isNull()) {
+        repair(OdString().format(L"line %d: second definition of block '%ls' dropped", blockLine, name.c_str()));
+        readEntityList(OdDbObjectId(), false);
+        continue;
+      }
+    } else {
+      OdSmartPtr<OdDbBlockTableRecord> record = OdDbBlockTableRecord::createObject();
+      record->setName(name);
+      if (m_db->getBlockTableId().isNull()) ensureTables();
+      OdDbObjectPtr table = m_db->getBlockTableId().openObject(OdDb::kForWrite);
+      m_db->blockUndoRecording(true);
+      blockId = m_db->addOdDbObject(record.get(), m_db->getBlockTableId());
+      static_cast<OdDbSymbolTable*>(table.get())->appendRecordId(blockId);
+      m_blocksByName[name] = blockId;
+      if (m_ctx.fileVersion >= OdDb::vAC12 && m_hasHeader) {
+        repair(OdString().format(L"line %d: block '%ls' had no block record; record added", blockLine, name.c_str()));
+      }
+    }
+    if (name.iCompare(L"*Model_Space") == 0) m_modelSpace = blockId;
+    if (name.iCompare(L"*Paper_Space") == 0) m_paperSpace = blockId;
+    {
+      OdDbObjectPtr object = blockId.openObject(OdDb::kForWrite);
+      auto* record = static_cast<OdDbBlockTableRecord*>(object.get());
+      record->setBlockFlags(flags);
+      record->setOrigin(origin);
+      record->setPathName(path);
+      record->setComments(description);
+    }
+    OdDbObjectId beginId = makeObject(OdDbBlockBegin::desc(), L"BLOCK", blockId)->objectId();
+    readEntityList(blockId, false);
+    // ENDBLK
+    readBody();
+    OdDbObjectId endId = makeObject(OdDbBlockEnd::desc(), L"ENDBLK", blockId)->objectId();
+    static_cast<OdDbBlockTableRecord*>(blockId.stub()->object)->setBlockBeginEndInternal(beginId, endId);
+  }
+  expected("0 ENDSEC");
+}
+
+void DxfReader::readEntitiesSection() { readEntityList(OdDbObjectId(), true); }
+
+void DxfReader::readEntityList(const OdDbObjectId& blockId, bool entitiesSection) {
+  OdDbEntityPtr complex;  // the INSERT or POLYLINE whose subentities are being read
+  const char* endName = entitiesSection ? "0 ENDSEC" : "0 ENDBLK";
+  while (nextTag()) {
+    if (m_tag.code != 0) expected("0 and an entity");
+    if (m_tag.s == (entitiesSection ? L"ENDSEC" : L"ENDBLK")) {
+      if (complex.get()) repair(OdString().format(L"line %d: missing SEQEND added", m_tagLine));
+      return;
+    }
+    if (m_tag.s == L"ENDSEC" || m_tag.s == L"EOF" || m_tag.s == L"SECTION" || m_tag.s == L"BLOCK") expected(endName);
+    OdString dxfName = m_tag.s;
+    readBody();
+
+    if (dxfName == L"SEQEND") {
+      if (complex.isNull()) {
+        repair(OdString().format(L"line %d: SEQEND without a complex entity dropped", m_bodyLine));
+        continue;
+      }
+      OdDbObjectPtr end = makeObject(OdDbSequenceEnd::desc(), dxfName, complex->objectId());
+      *complex->sequenceEndIdInternal() = end->objectId();
+      complex.release();
+      continue;
+    }
+
+    // Where the entity goes: the block, or model or paper space by group 67.
+    OdDbObjectId owner = blockId;
+    if (entitiesSection) {
+      bool paper = false;
+      for (size_t i = 0; i < m_bodyCount; ++i) {
+        if (m_body[i].code == 67) { paper = m_body[i].i != 0; break; }
+        if (m_body[i].code == 100 && m_body[i].s != L"AcDbEntity") break;
+      }
+      owner = spaceFor(paper);
+    }
+    OdDbObjectPtr object = makeObject(classFor(dxfName, true), dxfName, complex.get() ? complex->objectId() : owner);
+    auto* entity = dynamic_cast<OdDbEntity*>(object.get());
+    if (!entity) {
+      repair(OdString().format(L"line %d: %ls is not an entity; dropped", m_bodyLine, dxfName.c_str()));
+      object->erase();
+      continue;
+    }
+    if (complex.get()) {
+      if (complex->acceptsSubentity(entity)) {
+        complex->subentityIdsInternal()->append(object->objectId());
+        continue;
+      }
+      repair(OdString().format(L"line %d: missing SEQEND added before %ls", m_bodyLine, dxfName.c_str()));
+      complex.release();
+      object->setOwnerId(owner);
+    }
+    if (!owner.isNull()) static_cast<OdDbBlockTableRecord*>(owner.stub()->object)->appendEntityIdInternal(object->objectId());
+    if (entity->subentityIdsInternal()) {
+      // Block references without "66 1" have no attributes to follow.
+      bool follows = !entity->isKindOf(OdDbBlockReference::desc());
+      for (size_t i = 0; i < m_bodyCount && !follows; ++i) follows = m_body[i].code == 66 && m_body[i].i != 0;
+      if (follows) complex = entity;
+    }
+  }
+  expected(endName);
+}
+
+void DxfReader::readObjects() {
+  bool first = true;
+  while (nextTag()) {
+    if (m_tag.code != 0) expected("0 and an object");
+    if (m_tag.s == L"ENDSEC") return;
+    if (m_tag.s == L"EOF" || m_tag.s == L"SECTION") expected("0 ENDSEC");
+    OdString dxfName = m_tag.s;
+    readBody();
+    OdDbObjectPtr object = makeObject(classFor(dxfName, false), dxfName, OdDbObjectId());
+    if (first && object->isKindOf(OdDbDictionary::desc())) m_db->setNamedObjectsDictionaryId(object->objectId());
+    first = false;
+  }
+  expected("0 ENDSEC");
+}
+
+void DxfReader::readRawSection(const OdString& name) {
+  OdDbDatabase::RawSection section{name, {}};
+  while (nextTag()) {
+    if (m_tag.code == 0 && m_tag.s == L"ENDSEC") {
+      m_db->rawSections().push_back(std::move(section));
+      return;
+    }
+    section.tags.push_back(m_tag);
+  }
+  expected("0 ENDSEC");
+}
+
+// ---------------------------------------------------------------- objects
+
+DxfReader::Header DxfReader::splitHeader(bool dimStyleHandle) {
+  Header h;
+  const int handleCode = dimStyleHandle ? 105 : 5;
+  size_t i = 0;
+  // The header groups come before the first subclass marker: handle, 102
+  // application groups, owner. Files before R13 have no markers; there the
+  // handle may stand anywhere.
+  size_t firstMarker = m_bodyCount;
+  for (size_t k = 0; k < m_bodyCount; ++k) {
+    if (m_body[k].code == 100 || m_body[k].code == 1001) { firstMarker = k; break; }
+  }
+  std::vector<bool> taken(m_bodyCount, false);
+  for (i = 0; i < firstMarker; ++i) {
+    OdDxfTag& t = m_body[i];
+    if ((t.code == handleCode || (dimStyleHandle && t.code == 5)) && !h.hasHandle) {
+      h.hasHandle = true;
+      h.handleValid = t.i != 0;
+      h.handle = static_cast<OdUInt64>(t.i);
+      taken[i] = true;
+    } else if (t.code == 102 && t.s.left(1) == L"{") {
+      const OdString group = t.s;
+      size_t j = i + 1;
+      while (j < firstMarker && !(m_body[j].code == 102 && m_body[j].s == L"}")) ++j;
+      if (group == L"{ACAD_REACTORS") {
+        for (size_t k = i + 1; k < j; ++k) {
+          if (m_body[k].type == OdDxf::ValueType::kHandle && m_body[k].i) h.reactors.append(m_ctx.idFromHandle(static_cast<OdUInt64>(m_body[k].i)));
+        }
+      } else if (group == L"{ACAD_XDICTIONARY") {
+        for (size_t k = i + 1; k < j; ++k) {
+          if (m_body[k].code == 360 && m_body[k].i) h.xdictionary = static_cast<OdUInt64>(m_body[k].i);
+        }
+      } else {
+        for (size_t k = i; k <= j && k < firstMarker; ++k) h.appData.push_back(m_body[k]);
+      }
+      for (size_t k = i; k <= j && k < m_bodyCount; ++k) taken[k] = true;
+      i = j;
+    } else if (t.code == 330 && h.owner == 0 && t.type == OdDxf::ValueType::kHandle) {
+      h.owner = static_cast<OdUInt64>(t.i);
+      taken[i] = true;
+    }
+  }
+  // Files without markers: a handle elsewhere.
+  if (!h.hasHandle && firstMarker == m_bodyCount) {
+    for (size_t k = 0; k < m_bodyCount; ++k) {
+      if (m_body[k].code == handleCode && !taken[k]) {
+        h.hasHandle = true;
+        h.handleValid = m_body[k].i != 0;
+        h.handle = static_cast<OdUInt64>(m_body[k].i);
+        taken[k] = true;
+        break;
+      }
+    }
+  }
+  // Compact: the body keeps the field groups, then the extended data.
+  size_t w = 0;
+  size_t xdata = m_bodyCount;
+  for (size_t k = 0; k < m_bodyCount; ++k) {
+    if (m_body[k].code == 1001) { xdata = k; break; }
+  }
+  for (size_t k = 0; k < xdata; ++k) {
+    if (taken[k]) continue;
+    if (w != k) std::swap(m_body[w], m_body[k]);
+    ++w;
+  }
+  h.bodyBegin = 0;
+  h.bodyEnd = w;
+  h.xdataBegin = w;
+  for (size_t k = xdata; k < m_bodyCount; ++k) {
+    if (w != k) std::swap(m_body[w], m_body[k]);
+    ++w;
+  }
+  m_bodyCount = w;
+  return h;
+}
+
+OdRxClass* DxfReader::classFor(const OdString& dxfName, bool entity) {
+  OdRxClass* cls = odDxfClassForObject(dxfName, m_body.data(), m_body.data() + m_bodyCount);
+  if (cls) return cls;
+  return entity ? OdDbProxyEntity::desc() : OdDbProxyObject::desc();
+}
+
+OdDbObjectId DxfReader::addWithHandle(OdDbObject* object, const Header& header, const OdDbObjectId& owner,
+                                      const OdString& what) {
+  if (header.hasHandle && header.handleValid) {
+    OdDbStub* stub = m_db->stubFor(header.handle);
+    if (!stub || !stub->object) return m_db->addOdDbObject(object, owner, OdDbHandle(header.handle));
+    repair(OdString().format(L"line %d: %ls has the handle %ls of another object; given a new handle", m_bodyLine,
+                             what.c_str(), OdDbHandle(header.handle).ascii().c_str()));
+    m_duplicateHandles.insert(header.handle);
+  } else if (m_ctx.fileVersion >= OdDb::vAC12 && m_hasHeader) {
+    repair(OdString().format(L"line %d: %ls had no handle; given a new one", m_bodyLine, what.c_str()));
+  } else if (header.hasHandle && !header.handleValid) {
+    repair(OdString().format(L"line %d: %ls had an empty handle; given a new one", m_bodyLine, what.c_str()));
+  }
+  // New handles are handed out once every handle of the file is known.
+  OdDbObjectId id = m_db->addOdDbObject(object, owner, OdDbHandle(0x7FFFFFFF00000000ull + m_objectsWithoutHandle.size() + 1));
+  m_objectsWithoutHandle.push_back(id);
+  return id;
+}
+
+OdDbObjectPtr DxfReader::makeObject(OdRxClass* cls, const OdString& dxfName, const OdDbObjectId& owner, bool dimStyleHandle) {
+  Header header = splitHeader(dimStyleHandle);
+  OdRxObjectPtr created = cls->create();
+  auto* object = dynamic_cast<OdDbObject*>(created.get());
+  if (!object) refuse(m_in.where() + ": no class can hold a " + narrow(dxfName));
+  if (auto* proxy = dynamic_cast<OdDbProxyEntity*>(object)) proxy->setDxfName(dxfName);
+  if (auto* proxy = dynamic_cast<OdDbProxyObject*>(object)) proxy->setDxfName(dxfName);
+  OdDbObjectId ownerId = owner;
+  if (ownerId.isNull() && header.owner) ownerId = m_ctx.idFromHandle(header.owner);
+  OdDbObjectId id = addWithHandle(object, header, ownerId, dxfName);
+  if (!header.reactors.empty() || header.xdictionary || !header.appData.empty() || header.xdataBegin < m_bodyCount) {
+    OdDbObjectExtras& extras = object->extrasForWrite();
+    extras.persistentReactors = header.reactors;
+    if (header.xdictionary) extras.extensionDictionary = m_ctx.idFromHandle(header.xdictionary);
+    extras.appData = std::move(header.appData);
+    extras.xdata.assign(m_body.begin() + static_cast<long>(header.xdataBegin), m_body.begin() + static_cast<long>(m_bodyCount));
+  }
+  OdDbSchemaIo::readFields(object, m_body.data() + header.bodyBegin, m_body.data() + header.bodyEnd, m_ctx);
+  object->setModifiedInternal(false);
+  object->setNewInternal(false);
+  return OdDbObjectPtr(object);
+}
+
+// ---------------------------------------------------------------- main
+
+OdDbDatabasePtr DxfReader::read() {
+  m_report.binary = m_in.isBinary();
+  scanHeaderForEncoding();
+  m_db = OdDbDatabase::createEmpty();
+  m_db->blockUndoRecording(true);
+  m_ctx.db = m_db.get();
+  m_in.setStopAtEof(true);
+
+  bool any = false;
+  while (nextTag()) {
+    if (m_tag.code == 0 && m_tag.s == L"EOF") {
+      m_sawEof = true;
+      break;
+    }
+    if (m_tag.code != 0 || m_tag.s != L"SECTION") expected("0 SECTION");
+    if (!nextTag() || m_tag.code != 2) expected("2 and a section name");
+    any = true;
+    OdString name = m_tag.s;
+    if (name == L"HEADER") readHeader();
+    else if (name == L"CLASSES") readClasses();
+    else if (name == L"TABLES") readTables();
+    else if (name == L"BLOCKS") {
+      if (m_modelSpace.isNull() || m_paperSpace.isNull()) ensureSpaces();
+      readBlocks();
+    } else if (name == L"ENTITIES") {
+      ensureTables();
+      ensureSpaces();
+      readEntitiesSection();
+    } else if (name == L"OBJECTS") readObjects();
+    else readRawSection(name);
+  }
+  if (!any) refuse(m_in.where() + ": expected 0 SECTION, found no section");
+  if (!m_sawEof) repair(L"the file ended without 0 EOF");
+  if (m_in.atEnd() && m_in.bytesAfterEof() > 0) {
+    repair(OdString().format(L"%d bytes after 0 EOF ignored", static_cast<int>(m_in.bytesAfterEof())));
+  }
+  finish();
+  return m_db;
+}
+
+}  // namespace
+
+namespace {
+
+void DxfReader::ensureTables() {
+  for (const OdDxfTableKind& kind : odDxfTableKinds()) {
+    if (!m_db->tableId(kind.table).isNull()) continue;
+    OdRxObjectPtr table = kind.tableClass()->create();
+    OdDbObjectId id = m_db->addOdDbObject(static_cast<OdDbObject*>(table.get()));
+    m_db->setTableId(kind.table, id);
+    m_objectsWithoutHandle.push_back(id);
+    if (m_hasHeader && m_ctx.fileVersion >= OdDb::vAC12) {
+      repair(OdString().format(L"missing %ls table added", kind.name));
+    }
+  }
+}
+
+void DxfReader::ensureSpaces() {
+  ensureTables();
+  auto makeSpace = [&](const wchar_t* name) {
+    auto found = m_blocksByName.find(name);
+    if (found != m_blocksByName.end()) return found->second;
+    OdSmartPtr<OdDbBlockTableRecord> record = OdDbBlockTableRecord::createObject();
+    record->setName(name);
+    OdDbObjectPtr table = m_db->getBlockTableId().openObject(OdDb::kForWrite);
+    OdDbObjectId id = m_db->addOdDbObject(record.get(), m_db->getBlockTableId());
+    m_objectsWithoutHandle.push_back(id);
+    static_cast<OdDbSymbolTable*>(table.get())->appendRecordId(id);
+    m_blocksByName[name] = id;
+    return id;
+  };
+  if (m_modelSpace.isNull()) m_modelSpace = makeSpace(L"*Model_Space");
+  if (m_paperSpace.isNull()) m_paperSpace = makeSpace(L"*Paper_Space");
+}
+
+
+// ---------------------------------------------------------------- after reading
+
+void DxfReader::ensureStandardRecords() {
+  const bool report = m_hasHeader && m_ctx.fileVersion >= OdDb::vAC12;
+  auto ensure = [&](OdDbNameTable kind, const wchar_t* name, auto setup) {
+    if (!m_db->findRecord(kind, name).isNull()) return;
+    const OdDxfTableKind* tableKind = odDxfTableKind(kind);
+    OdRxObjectPtr created = tableKind->recordClass()->create();
+    auto* record = static_cast<OdDbSymbolTableRecord*>(created.get());
+    record->setName(name);
+    setup(record);
+    auto* table = static_cast<OdDbSymbolTable*>(m_db->tableId(kind).stub()->object);
+    OdDbObjectId id = m_db->addOdDbObject(record, table->objectId());
+    table->appendRecordId(id);
+    m_objectsWithoutHandle.push_back(id);
+    if (report) repair(OdString().format(L"missing %ls record '%ls' added", tableKind->recordName, name));
+  };
+  auto none = [](OdDbSymbolTableRecord*) {};
+  ensure(OdDbNameTable::kLinetype, L"ByBlock", none);
+  ensure(OdDbNameTable::kLinetype, L"ByLayer", none);
+  ensure(OdDbNameTable::kLinetype, L"Continuous", [](OdDbSymbolTableRecord* r) {
+    static_cast<OdDbLinetypeTableRecord*>(r)->setComments(L"Solid line");
+  });
+  ensure(OdDbNameTable::kLayer, L"0", [&](OdDbSymbolTableRecord* r) {
+    static_cast<OdDbLayerTableRecord*>(r)->setLinetypeObjectId(m_db->getLinetypeContinuousId());
+  });
+  ensure(OdDbNameTable::kTextStyle, L"Standard", none);
+  ensure(OdDbNameTable::kRegApp, L"ACAD", none);
+  ensure(OdDbNameTable::kDimStyle, L"Standard", none);
+  ensure(OdDbNameTable::kVport, L"*Active", none);
+}
+
+void DxfReader::resolveDeferredNames() {
+  for (const auto& d : m_ctx.deferred) {
+    OdDbObjectId id = m_db->findRecord(d.field->table, d.name);
+    OdString what = d.object->dxfName();
+    if (id.isNull()) {
+      switch (d.field->table) {
+        case OdDbNameTable::kLayer: {
+          OdSmartPtr<OdDbLayerTableRecord> layer = OdDbLayerTableRecord::createObject();
+          layer->setName(d.name);
+          layer->setLinetypeObjectId(m_db->getLinetypeContinuousId());
+          auto* table = static_cast<OdDbSymbolTable*>(m_db->getLayerTableId().stub()->object);
+          id = m_db->addOdDbObject(layer.get(), table->objectId());
+          table->appendRecordId(id);
+          m_objectsWithoutHandle.push_back(id);
+          if (m_hasHeader && m_ctx.fileVersion >= OdDb::vAC12) {
+            repair(OdString().format(L"layer '%ls' used by %ls was missing; added", d.name.c_str(), what.c_str()));
+          }
+          break;
+        }
+        case OdDbNameTable::kBlock: {
+          OdSmartPtr<OdDbBlockTableRecord> block = OdDbBlockTableRecord::createObject();
+          block->setName(d.name);
+          auto* table = static_cast<OdDbSymbolTable*>(m_db->getBlockTableId().stub()->object);
+          id = m_db->addOdDbObject(block.get(), table->objectId());
+          table->appendRecordId(id);
+          m_objectsWithoutHandle.push_back(id);
+          m_blocksByName[d.name] = id;
+          repair(OdString().format(L"block '%ls' used by %ls was missing; an empty block added", d.name.c_str(), what.c_str()));
+          break;
+        }
+        case OdDbNameTable::kLinetype:
+          id = m_db->getLinetypeByLayerId();
+          repair(OdString().format(L"linetype '%ls' used by %ls was missing; ByLayer used", d.name.c_str(), what.c_str()));
+          break;
+        case OdDbNameTable::kTextStyle:
+          id = m_db->getTextStyleStandardId();
+          repair(OdString().format(L"text style '%ls' used by %ls was missing; Standard used", d.name.c_str(), what.c_str()));
+          break;
+        case OdDbNameTable::kDimStyle:
+          id = m_db->getDimStyleStandardId();
+          repair(OdString().format(L"dimension style '%ls' used by %ls was missing; Standard used", d.name.c_str(), what.c_str()));
+          break;
+        default: continue;
+      }
+    }
+    *static_cast<OdDbObjectId*>(d.field->ref(d.object)) = id;
+  }
+  m_ctx.deferred.clear();
+}
+
+void DxfReader::ensureRootDictionaries() {
+  const bool report = m_hasHeader && m_ctx.fileVersion >= OdDb::vAC12;
+  OdDbObjectId nodId = m_db->getNamedObjectsDictionaryId();
+  if (nodId.isNull()) {
+    OdDbDictionaryPtr nod = OdDbDictionary::createObject();
+    nodId = m_db->addOdDbObject(nod.get());
+    m_objectsWithoutHandle.push_back(nodId);
+    m_db->setNamedObjectsDictionaryId(nodId);
+    if (report) repair(L"missing named-object dictionary added");
+  }
+  auto* nod = static_cast<OdDbDictionary*>(nodId.stub()->object);
+  auto subDictionary = [&](const wchar_t* name) {
+    OdDbObjectId id = nod->getAt(name);
+    if (!id.isNull() && id.isValid() && id.objectClass()->isDerivedFrom(OdDbDictionary::desc())) return id;
+    OdDbDictionaryPtr dict = OdDbDictionary::createObject();
+    id = m_db->addOdDbObject(dict.get(), nodId);
+    m_objectsWithoutHandle.push_back(id);
+    nod->appendEntryInternal(name, id);
+    if (report) repair(OdString().format(L"missing dictionary %ls added", name));
+    return id;
+  };
+  subDictionary(L"ACAD_GROUP");
+  OdDbObjectId layoutsId = subDictionary(L"ACAD_LAYOUT");
+  auto* layouts = static_cast<OdDbDictionary*>(layoutsId.stub()->object);
+
+  // Every space has a layout that points back at it.
+  auto linkLayout = [&](const OdDbObjectId& blockId, const wchar_t* layoutName, int tabOrder) {
+    auto* block = static_cast<OdDbBlockTableRecord*>(blockId.stub()->object);
+    OdDbObjectId layoutId = block->getLayoutId();
+    auto* layout = layoutId.isValid() && !layoutId.isErased() ? dynamic_cast<OdDbLayout*>(layoutId.stub()->object) : nullptr;
+    if (!layout) {
+      // A layout that names this block may exist without the back link.
+      for (const auto& entry : layouts->entries()) {
+        auto* candidate = entry.id.isValid() ? dynamic_cast<OdDbLayout*>(entry.id.stub()->object) : nullptr;
+        if (candidate && candidate->getBlockTableRecordId() == blockId) { layout = candidate; break; }
+      }
+      if (layout && report) repair(OdString().format(L"layout link of block %ls restored", block->getName().c_str()));
+    }
+    if (!layout) {
+      OdSmartPtr<OdDbLayout> created = OdDbLayout::createObject();
+      created->setLayoutName(layouts->getAt(layoutName).isNull() ? OdString(layoutName) : layouts->nextAnonymousName(layoutName));
+      created->setTabOrder(tabOrder);
+      OdDbObjectId id = m_db->addOdDbObject(created.get(), layoutsId);
+      m_objectsWithoutHandle.push_back(id);
+      layouts->appendEntryInternal(created->getLayoutName(), id);
+      layout = created.get();
+      if (report) repair(OdString().format(L"missing layout of block %ls added", block->getName().c_str()));
+    }
+    OdDbObjectPtr open(layout);
+    layout->setOpenModeInternal(OdDb::kForWrite);
+    if (layout->getBlockTableRecordId() != blockId) {
+      if (report && !layout->getBlockTableRecordId().isNull()) {
+        repair(OdString().format(L"layout %ls pointed at the wrong block; relinked", layout->getLayoutName().c_str()));
+      }
+      layout->setBlockTableRecordId(blockId);
+    }
+    layout->setModifiedInternal(false);
+    block->setOpenModeInternal(OdDb::kForWrite);
+    OdDbObjectPtr openBlock(block);
+    if (block->getLayoutId() != layout->objectId()) block->setLayoutId(layout->objectId());
+    block->setModifiedInternal(false);
+  };
+  linkLayout(m_modelSpace, L"Model", 0);
+  linkLayout(m_paperSpace, L"Layout1", 1);
+}
+
+void DxfReader::finish() {
+  ensureTables();
+  ensureSpaces();
+  ensureStandardRecords();
+  resolveDeferredNames();
+  // Blocks known from their record alone get their BLOCK and ENDBLK.
+  auto* blocks = static_cast<OdDbSymbolTable*>(m_db->getBlockTableId().stub()->object);
+  for (const OdDbObjectId& id : blocks->recordIds()) {
+    auto* block = static_cast<OdDbBlockTableRecord*>(id.stub()->object);
+    if (!block || !block->blockBeginId().isNull()) continue;
+    OdSmartPtr<OdDbBlockBegin> begin = OdDbBlockBegin::createObject();
+    OdSmartPtr<OdDbBlockEnd> end = OdDbBlockEnd::createObject();
+    OdDbObjectId beginId = m_db->addOdDbObject(begin.get(), id);
+    OdDbObjectId endId = m_db->addOdDbObject(end.get(), id);
+    begin->setLayer(m_db->getLayerZeroId());
+    end->setLayer(m_db->getLayerZeroId());
+    m_objectsWithoutHandle.push_back(beginId);
+    m_objectsWithoutHandle.push_back(endId);
+    block->setBlockBeginEndInternal(beginId, endId);
+    if (m_hasHeader && m_ctx.fileVersion >= OdDb::vAC12 && !block->isModelSpace() && !block->isPaperSpace()) {
+      repair(OdString().format(L"block %ls had a record but no definition; an empty definition added", block->getName().c_str()));
+    }
+  }
+  ensureRootDictionaries();
+
+  // Handles for the objects that had none (or a duplicate one), above every handle of the file.
+  OdUInt64 next = 1;
+  m_db->forEachObjectId([&](const OdDbObjectId& id) {
+    if (id.handle().value() < 0x7FFFFFFF00000000ull) next = std::max(next, id.handle().value() + 1);
+  });
+  std::vector<std::pair<OdDbObjectId, OdUInt64>> changes;
+  for (const OdDbObjectId& id : m_objectsWithoutHandle) changes.emplace_back(id, next++);
+  m_db->rehandleInternal(changes);
+  m_objectsWithoutHandle.clear();
+
+  // The header: version and handle seed as the file will have them.
+  OdDb::DwgVersion version = m_report.version;
+  m_db->setOriginalFileVersion(version);
+  if (!m_hasHeader) odDbSetDefaultHeader(m_db.get());
+  m_db->setHandseed(OdDbHandle(static_cast<OdUInt64>(m_db->headerInt(L"$HANDSEED", 0))));
+  m_db->blockUndoRecording(false);
+}
+}  // namespace
+
+OdDbDatabasePtr odDxfReadBuffer(std::string_view data, OdDxfReadReport* report) {
+  OdDxfReadReport local;
+  DxfReader reader(data, report ? *report : local);
+  return reader.read();
+}
+
+OdDbDatabasePtr odDxfReadFile(const OdString& path, OdDxfReadReport* report) {
+  std::ifstream in(path.toUtf8(), std::ios::binary);
+  if (!in) throw OdError_FileException(eCantOpenFile, path);
+  std::string data((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  if (in.bad()) throw OdError_FileException(eFileAccessErr, path);
+  OdDbDatabasePtr db = odDxfReadBuffer(data, report);
+  db->setFilename(path);
+  return db;
+}

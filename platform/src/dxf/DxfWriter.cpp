@@ -1,0 +1,376 @@
+// Writes a database as an ASCII DXF file: header, classes, tables, blocks,
+// entities, objects and the sections kept as read.
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "DbBlockReference.h"
+#include "DbBlockTableRecord.h"
+#include "DbDatabase.h"
+#include "DbDictionary.h"
+#include "DbProxy.h"
+#include "DbSymbolTable.h"
+#include "DxfFile.h"
+#include "dxf/DxfStructure.h"
+#include "dxf/DxfTagWriter.h"
+
+namespace {
+
+class WriteContext : public OdDbTagContext {
+ public:
+  OdDbDatabase* db;
+  OdDb::DwgVersion target;
+  WriteContext(OdDbDatabase* d, OdDb::DwgVersion v) : db(d), target(v) {}
+  OdDbDatabase* database() const override { return db; }
+  OdDb::DwgVersion version() const override { return target; }
+  OdDbObjectId idFromHandle(OdUInt64 handle) override { return db->getOdDbObjectId(OdDbHandle(handle)); }
+  OdString nameOf(const OdDbObjectId& id) const override {
+    // Records are read straight from their stub: no open, no notification.
+    if (id.isNull() || !id.isValid()) return OdString();
+    auto* record = dynamic_cast<OdDbSymbolTableRecord*>(id.stub()->object);
+    return record ? record->getName() : OdString();
+  }
+};
+
+OdUInt64 handleOf(const OdDbObjectId& id) { return id.isNull() ? 0 : id.handle().value(); }
+
+class DxfWriter {
+ public:
+  DxfWriter(OdDbDatabase* db, OdDb::DwgVersion version)
+      : m_db(db), m_version(version < OdDb::vAC15 ? OdDb::vAC15 : version), m_ctx(db, m_version) {
+    m_out.setCodePage(m_version >= OdDb::vAC21 ? kOdCodePageUtf8 : db->getDWGCODEPAGE());
+  }
+  std::string write();
+
+ private:
+  void section(const wchar_t* name) {
+    m_out.writeString(0, L"SECTION");
+    m_out.writeString(2, name);
+  }
+  void endSection() { m_out.writeString(0, L"ENDSEC"); }
+  void writeHeader();
+  void writeClasses();
+  void writeTables();
+  void writeBlocks();
+  void writeEntities();
+  void writeObjects();
+  // One object: 0 NAME, handle, application groups, owner, fields, extended data.
+  void writeObject(const OdDbObject* object, const OdString& dxfName, int handleCode = 5,
+                   const OdDxfTagList* afterFirstMarker = nullptr, const wchar_t* insertAfterMarker = nullptr);
+  // An entity and, for complex entities, its subentities and end marker.
+  void writeEntity(const OdDbObjectId& id);
+  OdDbObject* objectOf(const OdDbObjectId& id) const {
+    return id.isNull() || !id.isValid() || id.isErased() ? nullptr : id.stub()->object;
+  }
+
+  OdDbDatabase* m_db;
+  OdDb::DwgVersion m_version;
+  WriteContext m_ctx;
+  OdDxfTagWriter m_out;
+  OdDxfTagList m_tags;
+  std::vector<const OdDbObject*> m_written;  // objects written by the table, block and entity sections
+};
+
+void DxfWriter::writeObject(const OdDbObject* object, const OdString& dxfName, int handleCode,
+                            const OdDxfTagList* insert, const wchar_t* insertAfterMarker) {
+  m_out.writeString(0, dxfName);
+  m_out.writeHandle(handleCode, handleOf(object->objectId()));
+  const OdDbObjectExtras* extras = object->extras();
+  if (extras) {
+    for (const auto& tag : extras->appData) m_out.writeTag(tag);
+    if (!extras->persistentReactors.empty()) {
+      m_out.writeString(102, L"{ACAD_REACTORS");
+      for (const auto& id : extras->persistentReactors) {
+        if (!id.isNull() && !id.isErased()) m_out.writeHandle(330, handleOf(id));
+      }
+      m_out.writeString(102, L"}");
+    }
+    if (!extras->extensionDictionary.isNull() && !extras->extensionDictionary.isErased()) {
+      m_out.writeString(102, L"{ACAD_XDICTIONARY");
+      m_out.writeHandle(360, handleOf(extras->extensionDictionary));
+      m_out.writeString(102, L"}");
+    }
+  }
+  m_out.writeHandle(330, handleOf(object->ownerId()));
+  m_tags.clear();
+  OdDbSchemaIo::writeFields(object, m_tags, m_ctx, true);
+  bool inserted = false;
+  for (const auto& tag : m_tags) {
+    m_out.writeTag(tag);
+    if (insert && !inserted && tag.code == 100 && tag.s == insertAfterMarker) {
+      for (const auto& extra : *insert) m_out.writeTag(extra);
+      inserted = true;
+    }
+  }
+  if (extras) {
+    for (const auto& tag : extras->xdata) m_out.writeTag(tag);
+  }
+}
+
+void DxfWriter::writeHeader() {
+  section(L"HEADER");
+  auto writeVariable = [&](const OdString& name, const OdDxfTagList& tags) {
+    m_out.writeString(9, name);
+    for (const auto& tag : tags) m_out.writeTag(tag);
+  };
+  bool wroteVersion = false, wroteSeed = false;
+  // Version and handle seed as this file has them; everything else as kept.
+  OdDxfTagList version{OdDxfTag::str(1, odDxfVersionName(m_version))};
+  OdDbHandle seed = m_db->handseed();
+  m_db->forEachObjectId([&](const OdDbObjectId& id) {
+    if (id.handle().value() >= seed.value()) seed = OdDbHandle(id.handle().value() + 1);
+  });
+  OdDxfTagList handseed{OdDxfTag::handle(5, seed.value())};
+  for (const auto& var : m_db->headerVariables()) {
+    if (var.name.iCompare(L"$ACADVER") == 0) {
+      writeVariable(var.name, version);
+      wroteVersion = true;
+    } else if (var.name.iCompare(L"$HANDSEED") == 0) {
+      writeVariable(var.name, handseed);
+      wroteSeed = true;
+    } else if (var.name.iCompare(L"$DWGCODEPAGE") == 0 && m_version >= OdDb::vAC21) {
+      writeVariable(var.name, var.tags);
+    } else {
+      if (!wroteVersion) {
+        writeVariable(L"$ACADVER", version);
+        wroteVersion = true;
+      }
+      writeVariable(var.name, var.tags);
+    }
+  }
+  if (!wroteVersion) writeVariable(L"$ACADVER", version);
+  if (!wroteSeed) writeVariable(L"$HANDSEED", handseed);
+  endSection();
+}
+
+void DxfWriter::writeClasses() {
+  section(L"CLASSES");
+  std::vector<OdDbClassRecord> records = m_db->classRecords();
+  // Classes in use that the file needs to announce and that were not read.
+  std::vector<OdString> used;
+  m_db->forEachObjectId([&](const OdDbObjectId& id) {
+    if (id.isErased()) return;
+    OdString name = id.stub()->object->dxfName();
+    if (odDxfStandardClass(name) && std::find(used.begin(), used.end(), name) == used.end()) used.push_back(name);
+  });
+  std::sort(used.begin(), used.end());
+  for (const OdString& name : used) {
+    auto known = std::find_if(records.begin(), records.end(), [&](const auto& r) { return r.dxfName.iCompare(name) == 0; });
+    if (known != records.end()) continue;
+    const OdDxfStandardClass* cls = odDxfStandardClass(name);
+    OdDbClassRecord record;
+    record.dxfName = cls->dxfName;
+    record.cppName = cls->cppName;
+    record.appName = L"kestrix platform";
+    record.proxyFlags = cls->proxyFlags;
+    record.isEntity = cls->isEntity;
+    records.push_back(record);
+  }
+  for (const auto& record : records) {
+    m_out.writeString(0, L"CLASS");
+    m_out.writeString(1, record.dxfName);
+    m_out.writeString(2, record.cppName);
+    m_out.writeString(3, record.appName);
+    m_out.writeInt(90, record.proxyFlags);
+    if (m_version >= OdDb::vAC18) m_out.writeInt(91, record.instanceCount);
+    m_out.writeInt(280, record.wasProxy ? 1 : 0);
+    m_out.writeInt(281, record.isEntity ? 1 : 0);
+  }
+  endSection();
+}
+
+void DxfWriter::writeTables() {
+  section(L"TABLES");
+  for (const OdDxfTableKind& kind : odDxfTableKinds()) {
+    auto* table = static_cast<OdDbSymbolTable*>(objectOf(m_db->tableId(kind.table)));
+    if (!table) continue;
+    m_written.push_back(table);
+    m_out.writeString(0, L"TABLE");
+    m_out.writeString(2, kind.name);
+    m_tags.clear();
+    // The table object itself: "0 TABLE" already stands, its name follows it.
+    m_out.writeHandle(5, handleOf(table->objectId()));
+    if (const OdDbObjectExtras* extras = table->extras()) {
+      for (const auto& tag : extras->appData) m_out.writeTag(tag);
+      if (!extras->extensionDictionary.isNull() && !extras->extensionDictionary.isErased()) {
+        m_out.writeString(102, L"{ACAD_XDICTIONARY");
+        m_out.writeHandle(360, handleOf(extras->extensionDictionary));
+        m_out.writeString(102, L"}");
+      }
+    }
+    m_out.writeHandle(330, handleOf(table->ownerId()));
+    OdDbSchemaIo::writeFields(table, m_tags, m_ctx, true);
+    for (const auto& tag : m_tags) m_out.writeTag(tag);
+    if (const OdDbObjectExtras* extras = table->extras()) {
+      for (const auto& tag : extras->xdata) m_out.writeTag(tag);
+    }
+    const int handleCode = kind.table == OdDbNameTable::kDimStyle ? 105 : 5;
+    for (const OdDbObjectId& id : table->recordIds()) {
+      const OdDbObject* record = objectOf(id);
+      if (!record) continue;
+      m_written.push_back(record);
+      writeObject(record, kind.recordName, handleCode);
+    }
+    m_out.writeString(0, L"ENDTAB");
+  }
+  endSection();
+}
+
+void DxfWriter::writeBlocks() {
+  section(L"BLOCKS");
+  auto* table = static_cast<OdDbSymbolTable*>(objectOf(m_db->getBlockTableId()));
+  const OdDbObjectId modelSpace = m_db->getModelSpaceId(), paperSpace = m_db->getPaperSpaceId();
+  for (const OdDbObjectId& id : table->recordIds()) {
+    auto* block = static_cast<OdDbBlockTableRecord*>(objectOf(id));
+    if (!block) continue;
+    const OdDbObject* begin = objectOf(block->blockBeginId());
+    const OdDbObject* end = objectOf(block->blockEndId());
+    if (begin) {
+      m_written.push_back(begin);
+      OdDxfTagList values;
+      values.push_back(OdDxfTag::str(2, block->getName()));
+      values.push_back(OdDxfTag::integer(70, block->blockFlags()));
+      OdGePoint3d origin = block->origin();
+      values.push_back(OdDxfTag::point(10, origin.x, origin.y, origin.z));
+      values.push_back(OdDxfTag::str(3, block->getName()));
+      values.push_back(OdDxfTag::str(1, block->pathName()));
+      if (!block->comments().isEmpty()) values.push_back(OdDxfTag::str(4, block->comments()));
+      writeObject(begin, L"BLOCK", 5, &values, L"AcDbBlockBegin");
+    }
+    // Entities of model space and of the current paper space stand in the ENTITIES section.
+    if (id != modelSpace && id != paperSpace) {
+      for (const OdDbObjectId& entityId : block->entityIds()) writeEntity(entityId);
+    }
+    if (end) {
+      m_written.push_back(end);
+      writeObject(end, L"ENDBLK");
+    }
+  }
+  endSection();
+}
+
+void DxfWriter::writeEntity(const OdDbObjectId& id) {
+  const OdDbObject* object = objectOf(id);
+  if (!object) return;
+  auto* entity = dynamic_cast<const OdDbEntity*>(object);
+  if (!entity) return;
+  m_written.push_back(entity);
+  writeObject(entity, entity->dxfName());
+  const OdDbObjectIdArray* subs = entity->subentityIds();
+  if (!subs) return;
+  bool any = false;
+  for (const OdDbObjectId& subId : *subs) {
+    const OdDbObject* sub = objectOf(subId);
+    if (!sub) continue;
+    any = true;
+    m_written.push_back(sub);
+    writeObject(sub, sub->dxfName());
+  }
+  // Polylines always close their vertex list; references only when they have attributes.
+  if (!any && entity->isKindOf(OdDbBlockReference::desc())) return;
+  const OdDbObject* seqEnd = objectOf(entity->sequenceEndId());
+  if (seqEnd) {
+    m_written.push_back(seqEnd);
+    writeObject(seqEnd, L"SEQEND");
+  } else {
+    // A complex entity made without its end marker still needs one in the file.
+    m_out.writeString(0, L"SEQEND");
+    m_out.writeHandle(5, 0);
+    m_out.writeHandle(330, handleOf(entity->objectId()));
+    m_out.writeString(100, L"AcDbEntity");
+    m_out.writeString(8, m_ctx.nameOf(entity->layerId()));
+  }
+}
+
+void DxfWriter::writeEntities() {
+  section(L"ENTITIES");
+  for (const OdDbObjectId& spaceId : {m_db->getModelSpaceId(), m_db->getPaperSpaceId()}) {
+    auto* space = static_cast<OdDbBlockTableRecord*>(objectOf(spaceId));
+    if (!space) continue;
+    for (const OdDbObjectId& id : space->entityIds()) writeEntity(id);
+  }
+  endSection();
+}
+
+void DxfWriter::writeObjects() {
+  section(L"OBJECTS");
+  std::sort(m_written.begin(), m_written.end());
+  auto written = [&](const OdDbObject* object) { return std::binary_search(m_written.begin(), m_written.end(), object); };
+  const OdDbObject* root = objectOf(m_db->getNamedObjectsDictionaryId());
+  if (root) writeObject(root, root->dxfName());
+  for (const OdDbObjectId& id : m_db->allObjectIds()) {
+    const OdDbObject* object = objectOf(id);
+    if (!object || object == root || written(object)) continue;
+    if (object->isKindOf(OdDbEntity::desc())) continue;  // entities of no block are not written
+    if (object->isKindOf(OdDbSymbolTable::desc()) || object->isKindOf(OdDbSymbolTableRecord::desc())) continue;
+    writeObject(object, object->dxfName());
+  }
+  endSection();
+}
+
+std::string DxfWriter::write() {
+  m_out.reserve(1 << 20);
+  writeHeader();
+  writeClasses();
+  writeTables();
+  writeBlocks();
+  writeEntities();
+  writeObjects();
+  for (const auto& raw : m_db->rawSections()) {
+    section(raw.name.c_str());
+    for (const auto& tag : raw.tags) m_out.writeTag(tag);
+    endSection();
+  }
+  m_out.writeString(0, L"EOF");
+  return m_out.release();
+}
+
+}  // namespace
+
+std::string odDxfWriteBuffer(OdDbDatabase* db, OdDb::DwgVersion version) {
+  DxfWriter writer(db, version);
+  return writer.write();
+}
+
+void odDxfWriteFile(OdDbDatabase* db, const OdString& path) { odDxfWriteFile(db, path, odDxfSaveVersion(db)); }
+
+void odDxfWriteFile(OdDbDatabase* db, const OdString& path, OdDb::DwgVersion version) {
+  const std::string data = odDxfWriteBuffer(db, version);
+  const std::string target = path.toUtf8();
+  // A temporary file beside the target, flushed and renamed over it: the old
+  // file stays whole until the new one is complete.
+  std::string temporary = target + ".XXXXXX";
+  std::vector<char> name(temporary.begin(), temporary.end());
+  name.push_back('\0');
+  int fd = mkstemp(name.data());
+  if (fd < 0) throw OdError_FileException(eFileAccessErr, path + L": " + OdString(std::strerror(errno)));
+  auto fail = [&](int error) {
+    close(fd);
+    unlink(name.data());
+    throw OdError_FileException(eFileWriteError, path + L": " + OdString(std::strerror(error)));
+  };
+  size_t done = 0;
+  while (done < data.size()) {
+    ssize_t n = ::write(fd, data.data() + done, data.size() - done);
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      fail(errno);
+    }
+    done += static_cast<size_t>(n);
+  }
+  if (fsync(fd) != 0) fail(errno);
+  fchmod(fd, 0644);
+  if (close(fd) != 0) {
+    int error = errno;
+    unlink(name.data());
+    throw OdError_FileException(eFileWriteError, path + L": " + OdString(std::strerror(error)));
+  }
+  if (rename(name.data(), target.c_str()) != 0) {
+    int error = errno;
+    unlink(name.data());
+    throw OdError_FileException(eFileWriteError, path + L": " + OdString(std::strerror(error)));
+  }
+}

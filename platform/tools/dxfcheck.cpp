@@ -1,0 +1,46 @@
+// dxfcheck IN [OUT]: reads a DXF drawing, prints what it holds (version,
+// objects by class, repairs) and writes it to OUT when given.
+#include <cstdio>
+#include <map>
+
+#include "DbDatabase.h"
+#include "DxfFile.h"
+
+int main(int argc, char** argv) {
+  if (argc < 2 || argc > 3) {
+    std::fprintf(stderr, "usage: dxfcheck IN [OUT]\n");
+    return 2;
+  }
+  try {
+    OdDxfReadReport report;
+    OdDbDatabasePtr db = odDxfReadFile(OdString(argv[1]), &report);
+    std::printf("%s: %s DXF %s\n", argv[1], report.binary ? "binary" : "ASCII",
+                report.versionName.isEmpty() ? "(no version)" : report.versionName.toUtf8().c_str());
+    std::map<std::string, int> counts;
+    size_t erased = 0;
+    db->forEachObjectId([&](const OdDbObjectId& id) {
+      if (id.isErased()) {
+        ++erased;
+        return;
+      }
+      OdDbObjectPtr object = id.openObject();
+      OdString name = object->dxfName();
+      counts[(name.isEmpty() ? object->isA()->name() : name).toUtf8() + " (" + object->isA()->name().toUtf8() + ")"]++;
+    });
+    size_t total = 0;
+    for (const auto& [name, count] : counts) {
+      std::printf("  %7d  %s\n", count, name.c_str());
+      total += static_cast<size_t>(count);
+    }
+    std::printf("  %7zu  objects in all, handle seed %s\n", total, db->handseed().ascii().toUtf8().c_str());
+    for (const auto& repair : report.repairs) std::printf("repaired: %s\n", repair.toUtf8().c_str());
+    if (argc == 3) {
+      odDxfWriteFile(db.get(), OdString(argv[2]));
+      std::printf("written: %s (%s)\n", argv[2], OdString(odDxfVersionName(odDxfSaveVersion(db.get()))).toUtf8().c_str());
+    }
+    return 0;
+  } catch (const OdError& error) {
+    std::fprintf(stderr, "dxfcheck: %s: %s\n", argv[1], error.description().toUtf8().c_str());
+    return 1;
+  }
+}
