@@ -711,6 +711,8 @@ void DxfReader::ensureStandardRecords() {
   });
   ensure(OdDbNameTable::kTextStyle, L"Standard", none);
   ensure(OdDbNameTable::kRegApp, L"ACAD", none);
+  // R13 and R14 drawings are written in their own version, which needs no more.
+  if (m_report.version >= OdDb::vAC12 && m_report.version < OdDb::vAC15) return;
   ensure(OdDbNameTable::kDimStyle, L"Standard", none);
   ensure(OdDbNameTable::kVport, L"*Active", none);
 }
@@ -787,6 +789,8 @@ void DxfReader::ensureRootDictionaries() {
     return id;
   };
   subDictionary(L"ACAD_GROUP");
+  // Layouts exist from R2000 on; R13 and R14 drawings are written as they are.
+  if (m_report.version >= OdDb::vAC12 && m_report.version < OdDb::vAC15) return;
   OdDbObjectId layoutsId = subDictionary(L"ACAD_LAYOUT");
   auto* layouts = static_cast<OdDbDictionary*>(layoutsId.stub()->object);
 
@@ -801,7 +805,18 @@ void DxfReader::ensureRootDictionaries() {
         auto* candidate = entry.id.isValid() ? dynamic_cast<OdDbLayout*>(entry.id.stub()->object) : nullptr;
         if (candidate && candidate->getBlockTableRecordId() == blockId) { layout = candidate; break; }
       }
-      if (layout && report) repair(OdString().format(L"layout link of block %ls restored", block->getName().c_str()));
+      // Else the layout of the space's own name whose block is gone.
+      OdDbObjectId byName = layouts->getAt(layoutName);
+      auto* named = byName.isValid() ? dynamic_cast<OdDbLayout*>(byName.stub()->object) : nullptr;
+      if (!layout && named) {
+        OdDbObjectId itsBlock = named->getBlockTableRecordId();
+        if (!itsBlock.isValid() || itsBlock.isErased() || !itsBlock.objectClass()->isDerivedFrom(OdDbBlockTableRecord::desc())) {
+          layout = named;
+        }
+      }
+      if (layout && report && layout->getBlockTableRecordId() == blockId) {
+        repair(OdString().format(L"layout link of block %ls restored", block->getName().c_str()));
+      }
     }
     if (!layout) {
       OdSmartPtr<OdDbLayout> created = OdDbLayout::createObject();
@@ -829,6 +844,39 @@ void DxfReader::ensureRootDictionaries() {
   };
   linkLayout(m_modelSpace, L"Model", 0);
   linkLayout(m_paperSpace, L"Layout1", 1);
+
+  // Other layouts need a paper-space block of their own.
+  auto* blocks = static_cast<OdDbSymbolTable*>(m_db->getBlockTableId().stub()->object);
+  for (const auto& entry : std::vector<OdDbDictionary::Entry>(layouts->entries())) {
+    auto* layout = entry.id.isValid() && !entry.id.isErased() ? dynamic_cast<OdDbLayout*>(entry.id.stub()->object) : nullptr;
+    if (!layout) continue;
+    OdDbObjectId blockId = layout->getBlockTableRecordId();
+    auto* block = blockId.isValid() && !blockId.isErased() ? dynamic_cast<OdDbBlockTableRecord*>(blockId.stub()->object) : nullptr;
+    if (block && block->getLayoutId() == entry.id) continue;
+    if (block && !block->getLayoutId().isNull() && block->getLayoutId() != entry.id) block = nullptr;  // the block has its own layout
+    if (!block) {
+      OdString name;
+      for (int n = 0; name.isEmpty() || !blocks->getAt(name).isNull(); ++n) name.format(L"*Paper_Space%d", n);
+      OdSmartPtr<OdDbBlockTableRecord> created = OdDbBlockTableRecord::createObject();
+      created->setName(name);
+      blockId = m_db->addOdDbObject(created.get(), blocks->objectId());
+      blocks->appendRecordId(blockId);
+      m_objectsWithoutHandle.push_back(blockId);
+      created->subSetDatabaseDefaults(m_db.get());
+      m_objectsWithoutHandle.push_back(created->blockBeginId());
+      m_objectsWithoutHandle.push_back(created->blockEndId());
+      block = created.get();
+      repair(OdString().format(L"layout %ls had no block; empty block %ls added", layout->getLayoutName().c_str(), name.c_str()));
+    } else {
+      repair(OdString().format(L"layout link of block %ls restored", block->getName().c_str()));
+    }
+    OdDbObjectPtr openLayout = entry.id.openObject(OdDb::kForWrite);
+    layout->setBlockTableRecordId(blockId);
+    layout->setModifiedInternal(false);
+    OdDbObjectPtr openBlock = blockId.openObject(OdDb::kForWrite);
+    block->setLayoutId(entry.id);
+    block->setModifiedInternal(false);
+  }
 }
 
 void DxfReader::finish() {

@@ -138,5 +138,5 @@ OdDb::DwgVersion odDxfVersionFromName(const OdString& acadver) {
 
 OdDb::DwgVersion odDxfSaveVersion(const OdDbDatabase* db) {
   OdDb::DwgVersion version = db->originalFileVersion();
-  return version < OdDb::vAC15 ? OdDb::vAC15 : version;
+  return version < OdDb::vAC12 ? OdDb::vAC15 : version;
 }

@@ -471,7 +471,12 @@ void OdDxfTagReader::getTag(OdDxfTag& tag) const {
   switch (m_tag.type) {
     case ValueType::kString: decodeText(m_tag.text, tag.s.str()); break;
     case ValueType::kHandle:
-      if (!m_tag.handleValid) decodeText(m_tag.text, tag.s.str());
+      // Text that is no handle (an empty one, or a name where a file puts
+      // one) is kept as the text it is, so that it is written back unchanged.
+      if (!m_tag.handleValid) {
+        tag.type = ValueType::kString;
+        decodeText(m_tag.text, tag.s.str());
+      }
       break;
     case ValueType::kBinary: binary(tag.bin); break;
     default: break;

@@ -40,7 +40,7 @@ OdUInt64 handleOf(const OdDbObjectId& id) { return id.isNull() ? 0 : id.handle()
 class DxfWriter {
  public:
   DxfWriter(OdDbDatabase* db, OdDb::DwgVersion version)
-      : m_db(db), m_version(version < OdDb::vAC15 ? OdDb::vAC15 : version), m_ctx(db, m_version) {
+      : m_db(db), m_version(version < OdDb::vAC12 ? OdDb::vAC15 : version), m_ctx(db, m_version) {
     m_out.setCodePage(m_version >= OdDb::vAC21 ? kOdCodePageUtf8 : db->getDWGCODEPAGE());
   }
   std::string write();

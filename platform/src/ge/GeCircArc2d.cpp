@@ -190,12 +190,13 @@ OdGeExtents2d OdGeCircArc2d::geomExtents() const {
 bool OdGeCircArc2d::intersectWith(const OdGeLinearEnt2d& line, int& numInt, OdGePoint2d& p1, OdGePoint2d& p2,
                                   const OdGeTol& tol) const {
   numInt = 0;
+  const double pointTol = OdGeInternal::pointTolAt(tol, OdGeInternal::magnitude(m_center) + m_radius);
   const OdGeVector2d direction = line.direction();
   if (direction.isZeroLength()) return false;
   const OdGePoint2d origin = toLocal(line.pointOnLine());
   const OdGeVector2d along(direction.dotProduct(m_refVec), direction.dotProduct(yAxis()));
   double t1, t2;
-  const int count = OdGeInternal::circleLineParams(m_radius, origin, along, tol.equalPoint(), t1, t2);
+  const int count = OdGeInternal::circleLineParams(m_radius, origin, along, pointTol, t1, t2);
   for (int i = 0; i < count; ++i) {
     const OdGePoint2d candidate = fromLocal(origin + along * (i == 0 ? t1 : t2));
     if (isOn(candidate, tol) && line.isOn(candidate, tol)) addIntersection(candidate, numInt, p1, p2, tol);
@@ -206,8 +207,9 @@ bool OdGeCircArc2d::intersectWith(const OdGeLinearEnt2d& line, int& numInt, OdGe
 bool OdGeCircArc2d::intersectWith(const OdGeCircArc2d& arc, int& numInt, OdGePoint2d& p1, OdGePoint2d& p2,
                                   const OdGeTol& tol) const {
   numInt = 0;
+  const double pointTol = OdGeInternal::pointTolAt(tol, OdGeInternal::magnitude(m_center) + m_radius);
   OdGePoint2d q1, q2;
-  const int count = OdGeInternal::circleCircle(m_radius, toLocal(arc.m_center), arc.m_radius, tol.equalPoint(), q1, q2);
+  const int count = OdGeInternal::circleCircle(m_radius, toLocal(arc.m_center), arc.m_radius, pointTol, q1, q2);
   if (count < 0) {
     // The same circle: the arcs may only touch at their ends.
     const OdGePoint2d otherStart = toLocal(arc.startPoint());
@@ -215,7 +217,7 @@ bool OdGeCircArc2d::intersectWith(const OdGeCircArc2d& arc, int& numInt, OdGePoi
     const bool sameSense = m_clockWise == arc.m_clockWise;
     const OdGePoint2d& from = sameSense ? otherStart : otherEnd;
     const double shared = circularOverlap(m_startAng, m_endAng, std::atan2(from.y, from.x), arc.sweepAngle());
-    if (shared * m_radius > tol.equalPoint()) return false;
+    if (shared * m_radius > pointTol) return false;
     for (const OdGePoint2d& end : {startPoint(), endPoint(), arc.startPoint(), arc.endPoint()}) {
       if (isOn(end, tol) && arc.isOn(end, tol)) addIntersection(end, numInt, p1, p2, tol);
     }

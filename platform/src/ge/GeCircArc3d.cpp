@@ -185,6 +185,7 @@ OdGeExtents3d OdGeCircArc3d::geomExtents() const {
 bool OdGeCircArc3d::intersectWith(const OdGeLinearEnt3d& line, int& numInt, OdGePoint3d& p1, OdGePoint3d& p2,
                                   const OdGeTol& tol) const {
   numInt = 0;
+  const double pointTol = OdGeInternal::pointTolAt(tol, OdGeInternal::magnitude(m_center) + m_radius);
   const OdGeVector3d direction = line.direction();
   if (direction.isZeroLength()) return false;
 
@@ -199,11 +200,11 @@ bool OdGeCircArc3d::intersectWith(const OdGeLinearEnt3d& line, int& numInt, OdGe
   }
 
   // The line runs parallel to the plane; it must lie in it.
-  if (std::fabs((line.pointOnLine() - m_center).dotProduct(m_normal)) > tol.equalPoint()) return false;
+  if (std::fabs((line.pointOnLine() - m_center).dotProduct(m_normal)) > pointTol) return false;
   const OdGePoint2d origin = toPlane(line.pointOnLine());
   const OdGeVector2d along = OdGeVector2d(direction.dotProduct(m_refVec), direction.dotProduct(yAxis())).normal();
   double t1, t2;
-  const int count = OdGeInternal::circleLineParams(m_radius, origin, along, tol.equalPoint(), t1, t2);
+  const int count = OdGeInternal::circleLineParams(m_radius, origin, along, pointTol, t1, t2);
   for (int i = 0; i < count; ++i) {
     const OdGePoint3d candidate = fromPlane(origin + along * (i == 0 ? t1 : t2));
     if (isOn(candidate, tol) && line.isOn(candidate, tol)) addIntersection(candidate, numInt, p1, p2, tol);
@@ -214,6 +215,7 @@ bool OdGeCircArc3d::intersectWith(const OdGeLinearEnt3d& line, int& numInt, OdGe
 bool OdGeCircArc3d::intersectWith(const OdGeCircArc3d& arc, int& numInt, OdGePoint3d& p1, OdGePoint3d& p2,
                                   const OdGeTol& tol) const {
   numInt = 0;
+  const double pointTol = OdGeInternal::pointTolAt(tol, OdGeInternal::magnitude(m_center) + m_radius);
   if (!m_normal.isParallelTo(arc.m_normal, tol)) {
     // Crossing planes: the candidates lie on the planes' common line.
     OdGeLine3d common;
@@ -228,16 +230,16 @@ bool OdGeCircArc3d::intersectWith(const OdGeCircArc3d& arc, int& numInt, OdGePoi
     return numInt > 0;
   }
 
-  if (std::fabs((arc.m_center - m_center).dotProduct(m_normal)) > tol.equalPoint()) return false;  // parallel planes
+  if (std::fabs((arc.m_center - m_center).dotProduct(m_normal)) > pointTol) return false;  // parallel planes
   OdGePoint2d q1, q2;
-  const int count = OdGeInternal::circleCircle(m_radius, toPlane(arc.m_center), arc.m_radius, tol.equalPoint(), q1, q2);
+  const int count = OdGeInternal::circleCircle(m_radius, toPlane(arc.m_center), arc.m_radius, pointTol, q1, q2);
   if (count < 0) {
     // The same circle: the arcs may only touch at their ends.
     const double otherStart = std::atan2(toPlane(arc.startPoint()).y, toPlane(arc.startPoint()).x);
     const double otherEnd = std::atan2(toPlane(arc.endPoint()).y, toPlane(arc.endPoint()).x);
     const bool sameSense = m_normal.dotProduct(arc.m_normal) > 0.0;
     const double shared = circularOverlap(m_startAng, m_endAng, sameSense ? otherStart : otherEnd, arc.sweepAngle());
-    if (shared * m_radius > tol.equalPoint()) return false;
+    if (shared * m_radius > pointTol) return false;
     for (const OdGePoint3d& end : {startPoint(), endPoint(), arc.startPoint(), arc.endPoint()}) {
       if (isOn(end, tol) && arc.isOn(end, tol)) addIntersection(end, numInt, p1, p2, tol);
     }

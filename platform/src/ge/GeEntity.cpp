@@ -6,6 +6,7 @@
 #include "Ge/GeMatrix2d.h"
 #include "Ge/GeMatrix3d.h"
 #include "Ge/GePlane.h"
+#include "ge/GeInternal.h"
 
 // ---- OdGeEntity3d / OdGeCurve3d
 
@@ -34,7 +35,8 @@ double OdGeCurve3d::distanceTo(const OdGePoint3d& point, const OdGeTol& tol) con
 }
 
 bool OdGeCurve3d::isOn(const OdGePoint3d& point, const OdGeTol& tol) const {
-  return distanceTo(point, tol) <= tol.equalPoint();
+  const OdGePoint3d closest = closestPointTo(point, tol);
+  return closest.distanceTo(point) <= OdGeInternal::pointTolAt(tol, point, closest);
 }
 
 bool OdGeCurve3d::isOn(const OdGePoint3d& point, double& param, const OdGeTol& tol) const {
@@ -111,7 +113,8 @@ double OdGeCurve2d::distanceTo(const OdGePoint2d& point, const OdGeTol& tol) con
 }
 
 bool OdGeCurve2d::isOn(const OdGePoint2d& point, const OdGeTol& tol) const {
-  return distanceTo(point, tol) <= tol.equalPoint();
+  const OdGePoint2d closest = closestPointTo(point, tol);
+  return closest.distanceTo(point) <= OdGeInternal::pointTolAt(tol, point, closest);
 }
 
 bool OdGeCurve2d::isOn(const OdGePoint2d& point, double& param, const OdGeTol& tol) const {

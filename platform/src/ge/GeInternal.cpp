@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -100,7 +101,9 @@ std::pair<double, double> gaussKronrod(const std::function<double(double)>& f, d
 double integrateAdaptive(const std::function<double(double)>& f, double a, double b, double absoluteError,
                          int depth) {
   auto [value, error] = gaussKronrod(f, a, b);
-  if (error <= absoluteError || depth >= 30) return value;
+  // Stop at the requested error, at the rounding noise of the piece, or when pieces get absurdly small.
+  const double noise = 64.0 * std::numeric_limits<double>::epsilon() * std::fabs(value);
+  if (error <= std::max(absoluteError, noise) || depth >= 30) return value;
   const double mid = 0.5 * (a + b);
   return integrateAdaptive(f, a, mid, absoluteError * 0.5, depth + 1) +
          integrateAdaptive(f, mid, b, absoluteError * 0.5, depth + 1);

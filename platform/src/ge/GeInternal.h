@@ -1,13 +1,30 @@
 // Numerical helpers shared by the geometry sources (not part of the public headers).
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
+#include <limits>
 
 #include "Ge/GeConst.h"
-#include "Ge/GePoint2d.h"
+#include "Ge/GePoint3d.h"
 
 namespace OdGeInternal {
+
+inline double magnitude(const OdGePoint3d& p) { return std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)}); }
+inline double magnitude(const OdGePoint2d& p) { return std::max(std::fabs(p.x), std::fabs(p.y)); }
+
+// Point tolerance for comparing computed geometry at coordinates of the given magnitude: the
+// requested one, raised to the rounding noise of doubles there (8 units in the last place) where
+// that is coarser. Without it, a point computed on a curve far from the origin (say at 3e6) would
+// not be on that curve within the default 1e-10.
+inline double pointTolAt(const OdGeTol& tol, double magnitude) {
+  return std::max(tol.equalPoint(), 8.0 * std::numeric_limits<double>::epsilon() * magnitude);
+}
+template <class Point, class... Points>
+double pointTolAt(const OdGeTol& tol, const Point& first, const Points&... rest) {
+  return pointTolAt(tol, std::max({magnitude(first), magnitude(rest)...}));
+}
 
 // Representation of `angle` (modulo 2π) inside [start, end] when it falls there; otherwise the
 // representation nearest to the range, so that an angle just before start stays just below it.

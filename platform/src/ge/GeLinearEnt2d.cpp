@@ -8,6 +8,7 @@
 #include "Ge/GeMatrix2d.h"
 #include "Ge/GeRay2d.h"
 #include "OdResult.h"
+#include "ge/GeInternal.h"
 
 namespace {
 
@@ -65,7 +66,8 @@ bool OdGeLinearEnt2d::isPerpendicularTo(const OdGeLinearEnt2d& other, const OdGe
 
 bool OdGeLinearEnt2d::isColinearTo(const OdGeLinearEnt2d& other, const OdGeTol& tol) const {
   if (!isParallelTo(other, tol)) return false;
-  return evalPoint(unboundedParamOf(other.m_point)).distanceTo(other.m_point) <= tol.equalPoint();
+  const OdGePoint2d foot = evalPoint(unboundedParamOf(other.m_point));
+  return foot.distanceTo(other.m_point) <= OdGeInternal::pointTolAt(tol, foot, other.m_point);
 }
 
 double OdGeLinearEnt2d::unboundedParamOf(const OdGePoint2d& point) const {
@@ -106,12 +108,14 @@ bool OdGeLinearEnt2d::intersectWith(const OdGeLinearEnt2d& other, OdGePoint2d& p
     return true;
   }
 
+  const double pointTol = OdGeInternal::pointTolAt(tol, m_point, m_point + m_vector, other.m_point,
+                                                    other.m_point + other.m_vector);
   if (isParallelTo(other, tol)) {
     if (!isColinearTo(other, tol)) return false;
     // Colinear: they intersect only when the shared stretch is a single point.
     double sharedLo, sharedHi;
     sharedParamRange(other, sharedLo, sharedHi);
-    if (std::fabs(sharedHi - sharedLo) > tol.equalPoint() / thisLength) return false;
+    if (std::fabs(sharedHi - sharedLo) > pointTol / thisLength) return false;
     point = evalPoint(0.5 * (sharedLo + sharedHi));
     return true;
   }
@@ -125,12 +129,24 @@ bool OdGeLinearEnt2d::intersectWith(const OdGeLinearEnt2d& other, OdGePoint2d& p
   OdGeInterval thisInterval, otherInterval;
   getInterval(thisInterval);
   other.getInterval(otherInterval);
-  if (!thisInterval.contains(thisParam, tol.equalPoint() / thisLength) ||
-      !otherInterval.contains(otherParam, tol.equalPoint() / otherLength)) {
-    return false;
+  const OdGePoint2d thisNearest = evalPoint(thisInterval.clamp(thisParam));
+  if (thisInterval.contains(thisParam, pointTol / thisLength) &&
+      otherInterval.contains(otherParam, pointTol / otherLength)) {
+    point = thisNearest;
+    return true;
   }
-  point = evalPoint(thisInterval.clamp(thisParam));
-  return true;
+  // The lines cross beyond an end. At a shallow angle that end can still lie within tolerance of
+  // the other entity although the crossing lies much further on: then they touch there.
+  if (other.isOn(thisNearest, tol)) {
+    point = thisNearest;
+    return true;
+  }
+  const OdGePoint2d otherNearest = other.evalPoint(otherInterval.clamp(otherParam));
+  if (isOn(otherNearest, tol)) {
+    point = otherNearest;
+    return true;
+  }
+  return false;
 }
 
 bool OdGeLinearEnt2d::overlap(const OdGeLinearEnt2d& other, OdGeLineSeg2d& result, const OdGeTol& tol) const {
@@ -138,7 +154,9 @@ bool OdGeLinearEnt2d::overlap(const OdGeLinearEnt2d& other, OdGeLineSeg2d& resul
   double sharedLo, sharedHi;
   sharedParamRange(other, sharedLo, sharedHi);
   if (std::isinf(sharedLo) || std::isinf(sharedHi)) return false;
-  if ((sharedHi - sharedLo) * m_vector.length() <= tol.equalPoint()) return false;
+  if ((sharedHi - sharedLo) * m_vector.length() <= OdGeInternal::pointTolAt(tol, m_point, m_point + m_vector)) {
+    return false;
+  }
   result.set(evalPoint(sharedLo), evalPoint(sharedHi));
   return true;
 }

@@ -9,6 +9,7 @@
 #include "Ge/GePlane.h"
 #include "Ge/GeRay3d.h"
 #include "OdResult.h"
+#include "ge/GeInternal.h"
 
 namespace {
 
@@ -66,7 +67,8 @@ bool OdGeLinearEnt3d::isPerpendicularTo(const OdGeLinearEnt3d& other, const OdGe
 
 bool OdGeLinearEnt3d::isColinearTo(const OdGeLinearEnt3d& other, const OdGeTol& tol) const {
   if (!isParallelTo(other, tol)) return false;
-  return evalPoint(unboundedParamOf(other.m_point)).distanceTo(other.m_point) <= tol.equalPoint();
+  const OdGePoint3d foot = evalPoint(unboundedParamOf(other.m_point));
+  return foot.distanceTo(other.m_point) <= OdGeInternal::pointTolAt(tol, foot, other.m_point);
 }
 
 double OdGeLinearEnt3d::unboundedParamOf(const OdGePoint3d& point) const {
@@ -107,12 +109,14 @@ bool OdGeLinearEnt3d::intersectWith(const OdGeLinearEnt3d& other, OdGePoint3d& p
     return true;
   }
 
+  const double pointTol = OdGeInternal::pointTolAt(tol, m_point, m_point + m_vector, other.m_point,
+                                                    other.m_point + other.m_vector);
   if (isParallelTo(other, tol)) {
     if (!isColinearTo(other, tol)) return false;
     // Colinear: they intersect only when the shared stretch is a single point.
     double sharedLo, sharedHi;
     sharedParamRange(other, sharedLo, sharedHi);
-    if (std::fabs(sharedHi - sharedLo) > tol.equalPoint() / thisLength) return false;
+    if (std::fabs(sharedHi - sharedLo) > pointTol / thisLength) return false;
     point = evalPoint(0.5 * (sharedLo + sharedHi));
     return true;
   }
@@ -121,19 +125,31 @@ bool OdGeLinearEnt3d::intersectWith(const OdGeLinearEnt3d& other, OdGePoint3d& p
   const OdGeVector3d normal = m_vector.crossProduct(other.m_vector);
   const OdGeVector3d offset = other.m_point - m_point;
   const double normalLength = normal.length();
-  if (std::fabs(offset.dotProduct(normal)) / normalLength > tol.equalPoint()) return false;
+  if (std::fabs(offset.dotProduct(normal)) / normalLength > pointTol) return false;
   const double thisParam = offset.crossProduct(other.m_vector).dotProduct(normal) / (normalLength * normalLength);
   const double otherParam = offset.crossProduct(m_vector).dotProduct(normal) / (normalLength * normalLength);
 
   OdGeInterval thisInterval, otherInterval;
   getInterval(thisInterval);
   other.getInterval(otherInterval);
-  if (!thisInterval.contains(thisParam, tol.equalPoint() / thisLength) ||
-      !otherInterval.contains(otherParam, tol.equalPoint() / otherLength)) {
-    return false;
+  const OdGePoint3d thisNearest = evalPoint(thisInterval.clamp(thisParam));
+  if (thisInterval.contains(thisParam, pointTol / thisLength) &&
+      otherInterval.contains(otherParam, pointTol / otherLength)) {
+    point = thisNearest;
+    return true;
   }
-  point = evalPoint(thisInterval.clamp(thisParam));
-  return true;
+  // The lines cross beyond an end. At a shallow angle that end can still lie within tolerance of
+  // the other entity although the crossing lies much further on: then they touch there.
+  if (other.isOn(thisNearest, tol)) {
+    point = thisNearest;
+    return true;
+  }
+  const OdGePoint3d otherNearest = other.evalPoint(otherInterval.clamp(otherParam));
+  if (isOn(otherNearest, tol)) {
+    point = otherNearest;
+    return true;
+  }
+  return false;
 }
 
 bool OdGeLinearEnt3d::intersectWith(const OdGePlane& plane, OdGePoint3d& point, const OdGeTol& tol) const {
@@ -144,7 +160,8 @@ bool OdGeLinearEnt3d::intersectWith(const OdGePlane& plane, OdGePoint3d& point, 
   const double param = -plane.signedDistanceTo(m_point) / across;
   OdGeInterval interval;
   getInterval(interval);
-  if (!interval.contains(param, tol.equalPoint() / thisLength)) return false;
+  const double pointTol = OdGeInternal::pointTolAt(tol, m_point, plane.pointOnPlane());
+  if (!interval.contains(param, pointTol / thisLength)) return false;
   point = evalPoint(interval.clamp(param));
   return true;
 }
@@ -154,7 +171,9 @@ bool OdGeLinearEnt3d::overlap(const OdGeLinearEnt3d& other, OdGeLineSeg3d& resul
   double sharedLo, sharedHi;
   sharedParamRange(other, sharedLo, sharedHi);
   if (std::isinf(sharedLo) || std::isinf(sharedHi)) return false;
-  if ((sharedHi - sharedLo) * m_vector.length() <= tol.equalPoint()) return false;
+  if ((sharedHi - sharedLo) * m_vector.length() <= OdGeInternal::pointTolAt(tol, m_point, m_point + m_vector)) {
+    return false;
+  }
   result.set(evalPoint(sharedLo), evalPoint(sharedHi));
   return true;
 }

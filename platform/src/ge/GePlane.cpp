@@ -7,6 +7,7 @@
 #include "Ge/GeMatrix3d.h"
 #include "Ge/GeOcs.h"
 #include "OdResult.h"
+#include "ge/GeInternal.h"
 
 OdGePlane::OdGePlane(double a, double b, double c, double d) {
   const OdGeVector3d normal(a, b, c);
@@ -40,7 +41,7 @@ OdGePlane& OdGePlane::transformBy(const OdGeMatrix3d& matrix) {
 }
 
 bool OdGePlane::isOn(const OdGePoint3d& point, const OdGeTol& tol) const {
-  return distanceTo(point) <= tol.equalPoint();
+  return distanceTo(point) <= OdGeInternal::pointTolAt(tol, point, m_origin);
 }
 
 void OdGePlane::getCoefficients(double& a, double& b, double& c, double& d) const {

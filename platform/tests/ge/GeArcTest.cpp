@@ -104,6 +104,21 @@ TEST(GeCircArc3d, IsOnAtTheToleranceBoundary) {
   EXPECT_NEAR(arc.paramOf(arc.evalPoint(1.0) + normal * 3.0), 1.0, 1e-12);
 }
 
+TEST(GeCircArc, FarFromTheOriginEvaluatedPointsAreOn) {
+  GeRandom random;
+  const OdGeCircArc3d arc(OdGePoint3d(5e5, 3e6, 40.0), random.unitVector(), random.unitVector(), 250.0, 0.2, 5.0);
+  int count = 0;
+  OdGePoint3d p1, p2;
+  for (int i = 0; i < 200; ++i) {
+    const OdGePoint3d onArc = arc.evalPoint(random.uniform(0.2, 5.0));
+    ASSERT_TRUE(arc.isOn(onArc)) << i;
+    // A chord from a point of the arc meets the arc there. Along a chord that leaves the circle at
+    // a shallow angle the crossing is only determined to about rounding noise / angle.
+    ASSERT_TRUE(arc.intersectWith(OdGeLineSeg3d(onArc, arc.evalPoint(random.uniform(0.2, 5.0))), count, p1, p2));
+    EXPECT_TRUE(pointsNear(p1, onArc, 1e-6) || pointsNear(p2, onArc, 1e-6)) << i;
+  }
+}
+
 TEST(GeCircArc, ParamsOfAnArcAcrossTheZeroAngle) {
   // From 350 to 10 degrees: the end angle is raised by a turn.
   const OdGeCircArc3d arc(OdGePoint3d::kOrigin, OdGeVector3d::kZAxis, OdGeVector3d::kXAxis, 2.0,

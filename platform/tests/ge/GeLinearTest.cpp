@@ -170,3 +170,43 @@ TEST(GeLinearEnt, TransformReverseAndKinds) {
   EXPECT_TRUE(copy->isOn(OdGePoint3d(5, 2, 3)));
   delete copy;
 }
+
+TEST(GeLineSeg2d, ShallowTouchCountsByDistanceNotByParameter) {
+  const OdGeTol tol(1e-6, 1e-6);
+  const OdGeLineSeg2d base(OdGePoint2d(0, 0), OdGePoint2d(10, 0));
+  const OdGeVector2d shallow = OdGeVector2d(1.0, -1e-3).normal() * 5.0;  // descending towards the base
+  OdGePoint2d hit;
+  // The end lies within tolerance of the base although the lines cross about 1e-3 further on.
+  const OdGePoint2d nearEnd(4.0, 0.9e-6);
+  const OdGeLineSeg2d touching(nearEnd - shallow, nearEnd);
+  EXPECT_TRUE(base.intersectWith(touching, hit, tol));
+  EXPECT_TRUE(base.isOn(hit, tol));
+  EXPECT_TRUE(touching.intersectWith(base, hit, tol));
+  const OdGePoint2d farEnd(4.0, 1.1e-6);
+  const OdGeLineSeg2d missing(farEnd - shallow, farEnd);
+  EXPECT_FALSE(base.intersectWith(missing, hit, tol));
+  EXPECT_FALSE(missing.intersectWith(base, hit, tol));
+}
+
+TEST(GeLinearEnt, FarFromTheOriginComputedPointsStayOn) {
+  // Survey coordinates: doubles resolve about 5e-10 here, coarser than the default tolerance.
+  GeRandom random;
+  const OdGePoint3d site(5e5, 3e6, 120.0);
+  for (int i = 0; i < 500; ++i) {
+    const OdGePoint3d a = site + random.point(1000.0).asVector();
+    const OdGePoint3d b = site + random.point(1000.0).asVector();
+    const OdGePoint3d far = site + random.point(1000.0).asVector();
+    const double t = random.uniform(0.0, 1.0);
+    OdGePoint2d hit2d;
+    const OdGeLineSeg2d flat(a.convert2d(), b.convert2d());
+    ASSERT_TRUE(flat.isOn(flat.evalPoint(t)));
+    ASSERT_TRUE(flat.intersectWith(OdGeLineSeg2d(flat.evalPoint(t), far.convert2d()), hit2d)) << i;
+    OdGePoint3d hit;
+    const OdGeLineSeg3d seg(a, b);
+    ASSERT_TRUE(seg.intersectWith(OdGeLineSeg3d(seg.evalPoint(t), far), hit)) << i;
+    EXPECT_TRUE(pointsNear(hit, seg.evalPoint(t), 1e-8));
+  }
+  // The raised floor stays far below drawing precision.
+  const OdGeLineSeg3d seg(site, site + OdGeVector3d(100, 0, 0));
+  EXPECT_FALSE(seg.isOn(site + OdGeVector3d(50, 1e-7, 0)));
+}
