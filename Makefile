@@ -4,7 +4,7 @@
 BUILD ?= build
 CORPUS ?= ../shared/corpus
 
-.PHONY: all deps configure build test demo bench clean
+.PHONY: all deps configure build fuzz-build test demo bench clean
 
 all: build
 
@@ -19,7 +19,14 @@ configure: deps $(BUILD)/build.ninja
 build: configure
 	cmake --build $(BUILD)
 
-test: build
+# The fuzz target is built apart, with clang and its sanitizers.
+$(BUILD)/fuzz/build.ninja:
+	CC=clang CXX=clang++ cmake -S . -B $(BUILD)/fuzz -G Ninja -DKESTRIX_FUZZ=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo
+
+fuzz-build: configure $(BUILD)/fuzz/build.ninja
+	cmake --build $(BUILD)/fuzz --target dxf_reader_fuzz
+
+test: build fuzz-build
 	ctest --test-dir $(BUILD) --output-on-failure -j2
 
 demo: build

@@ -96,6 +96,8 @@ class OdDbBlockTableRecord : public OdDbSymbolTableRecord {
   void dwgOutFields(OdDbDwgFiler* filer) const override;
   OdResult dwgInFields(OdDbDwgFiler* filer) override;
   void subSetDatabaseDefaults(OdDbDatabase* database) override;
+  // Makes the BLOCK and ENDBLK markers when the block has none yet.
+  void createBlockMarkersInternal();
 
  protected:
   OdResult subErase(bool erasing) override;

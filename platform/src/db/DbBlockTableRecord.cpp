@@ -89,15 +89,20 @@ bool OdDbBlockTableRecord::isPaperSpace() const {
   return getName().left(12).iCompare(L"*Paper_Space") == 0;
 }
 
-void OdDbBlockTableRecord::subSetDatabaseDefaults(OdDbDatabase* database) {
-  // A new block gets its BLOCK and ENDBLK markers.
-  if (!m_blockBeginId.isNull() || !database || !this->database()) return;
+void OdDbBlockTableRecord::subSetDatabaseDefaults(OdDbDatabase*) { createBlockMarkersInternal(); }
+
+void OdDbBlockTableRecord::createBlockMarkersInternal() {
+  // A new block gets its BLOCK and ENDBLK markers, on layer 0 with the ByLayer linetype.
+  OdDbDatabase* db = database();
+  if (!m_blockBeginId.isNull() || !db) return;
   OdSmartPtr<OdDbBlockBegin> begin = OdDbBlockBegin::createObject();
   OdSmartPtr<OdDbBlockEnd> end = OdDbBlockEnd::createObject();
-  m_blockBeginId = database->addOdDbObject(begin.get(), objectId());
-  m_blockEndId = database->addOdDbObject(end.get(), objectId());
-  begin->setLayer(database->getLayerZeroId());
-  end->setLayer(database->getLayerZeroId());
+  m_blockBeginId = db->addOdDbObject(begin.get(), objectId());
+  m_blockEndId = db->addOdDbObject(end.get(), objectId());
+  for (OdDbEntity* marker : {static_cast<OdDbEntity*>(begin.get()), static_cast<OdDbEntity*>(end.get())}) {
+    marker->setLayer(db->getLayerZeroId());
+    marker->setLinetype(db->getLinetypeByLayerId());
+  }
 }
 
 OdResult OdDbBlockTableRecord::subErase(bool erasing) {

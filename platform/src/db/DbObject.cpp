@@ -221,13 +221,22 @@ OdResult OdDbObject::setXData(const OdDxfTagList& xdata) {
     }
   }
   assertWriteEnabled();
+  // Application names are written as registered.
+  OdDxfTagList given = xdata;
+  if (OdDbDatabase* db = database()) {
+    for (auto& tag : given) {
+      if (tag.code != 1001) continue;
+      OdDbObjectPtr app = db->findRecord(OdDbNameTable::kRegApp, tag.s).openObject();
+      if (auto* record = dynamic_cast<OdDbSymbolTableRecord*>(app.get())) tag.s = record->getName();
+    }
+  }
   // Split the new data by application and replace each application's part.
   OdDxfTagList& current = extrasForWrite().xdata;
   size_t i = 0;
-  while (i < xdata.size()) {
+  while (i < given.size()) {
     size_t j = i + 1;
-    while (j < xdata.size() && xdata[j].code != 1001) ++j;
-    const OdString& app = xdata[i].s;
+    while (j < given.size() && given[j].code != 1001) ++j;
+    const OdString& app = given[i].s;
     OdDxfTagList kept;
     bool inApp = false;
     bool replaced = false;
@@ -235,13 +244,13 @@ OdResult OdDbObject::setXData(const OdDxfTagList& xdata) {
       if (tag.code == 1001) {
         inApp = tag.s.iCompare(app) == 0;
         if (inApp && !replaced && j > i + 1) {
-          kept.insert(kept.end(), xdata.begin() + static_cast<long>(i), xdata.begin() + static_cast<long>(j));
+          kept.insert(kept.end(), given.begin() + static_cast<long>(i), given.begin() + static_cast<long>(j));
           replaced = true;
         }
       }
       if (!inApp) kept.push_back(tag);
     }
-    if (!replaced && j > i + 1) kept.insert(kept.end(), xdata.begin() + static_cast<long>(i), xdata.begin() + static_cast<long>(j));
+    if (!replaced && j > i + 1) kept.insert(kept.end(), given.begin() + static_cast<long>(i), given.begin() + static_cast<long>(j));
     current.swap(kept);
     i = j;
   }

@@ -311,20 +311,15 @@ void writeFields(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext& ct
   if (schema->hooks.beforeWrite) schema->hooks.beforeWrite(object);
   const CodeIndex& index = codeIndexOf(schema);
   const OdDbObjectExtras* extras = object->extras();
-  // Unknown tags in the order of their anchors (stable, so read order holds within one anchor).
-  std::vector<const OdDbObjectExtras::Unknown*> unknown;
-  if (extras && !extras->unknown.empty()) {
-    unknown.reserve(extras->unknown.size());
-    for (const auto& u : extras->unknown) unknown.push_back(&u);
-    std::stable_sort(unknown.begin(), unknown.end(), [](const auto* a, const auto* b) {
-      return a->subclass != b->subclass ? a->subclass < b->subclass : a->afterField < b->afterField;
-    });
-  }
+  // Unknown tags keep their order among themselves: each goes out once the
+  // field it followed has been written (or right away when an earlier one
+  // followed a later field).
+  const std::vector<OdDbObjectExtras::Unknown>* unknown = extras ? &extras->unknown : nullptr;
   size_t next = 0;
   auto flushUnknown = [&](int sub, int field) {
-    while (next < unknown.size() &&
-           (unknown[next]->subclass < sub || (unknown[next]->subclass == sub && unknown[next]->afterField <= field))) {
-      out.push_back(unknown[next]->tag);
+    while (unknown && next < unknown->size() &&
+           ((*unknown)[next].subclass < sub || ((*unknown)[next].subclass == sub && (*unknown)[next].afterField <= field))) {
+      out.push_back((*unknown)[next].tag);
       ++next;
     }
   };
@@ -342,7 +337,7 @@ void writeFields(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext& ct
       flushUnknown(si, fi);
     }
   }
-  while (next < unknown.size()) out.push_back(unknown[next++]->tag);
+  while (unknown && next < unknown->size()) out.push_back((*unknown)[next++].tag);
 }
 
 void readFields(OdDbObject* object, const OdDxfTag* begin, const OdDxfTag* end, OdDbTagContext& ctx) {

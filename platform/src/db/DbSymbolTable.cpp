@@ -159,8 +159,9 @@ const OdDbClassSchema& OdDbSymbolTableRecord::classSchema() {
 
 OdResult OdDbSymbolTableRecord::setName(const OdString& name) {
   if (name.isEmpty() || name.findOneOf(L"<>/\\\":;?*|,=`") >= 0) {
-    // Anonymous blocks ("*U12") and the spaces keep their leading asterisk.
-    if (!(isKindOf(OdDbBlockTableRecord::desc()) && name.left(1) == L"*" && name.mid(1).findOneOf(L"<>/\\\":;?*|,=`") < 0)) {
+    // Anonymous blocks ("*U12"), the spaces and the active viewport ("*Active") keep their leading asterisk.
+    const bool starred = isKindOf(OdDbBlockTableRecord::desc()) || isKindOf(OdDbViewportTableRecord::desc());
+    if (!(starred && name.left(1) == L"*" && name.mid(1).findOneOf(L"<>/\\\":;?*|,=`") < 0)) {
       return eInvalidSymbolTableName;
     }
   }
@@ -387,7 +388,15 @@ struct OdDbLinetypeDashCodec : OdDbFieldCodec {
   bool isEqual(const OdDbObject* a, const OdDbObject* b) const override {
     const auto* la = static_cast<const OdDbLinetypeTableRecord*>(a);
     const auto* lb = static_cast<const OdDbLinetypeTableRecord*>(b);
-    return la->m_patternLength == lb->m_patternLength && la->m_dashes == lb->m_dashes;
+    if (la->m_patternLength != lb->m_patternLength || la->m_dashes.size() != lb->m_dashes.size()) return false;
+    for (size_t i = 0; i < la->m_dashes.size(); ++i) {
+      OdDbLinetypeDash a = la->m_dashes[i], b = lb->m_dashes[i];
+      // Styles of two databases compare by handle.
+      if (a.styleId.handle() != b.styleId.handle()) return false;
+      a.styleId = b.styleId = OdDbObjectId();
+      if (!(a == b)) return false;
+    }
+    return true;
   }
 };
 

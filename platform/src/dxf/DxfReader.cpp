@@ -66,6 +66,7 @@ class DxfReader {
   void readClasses();
   void readTables();
   void readTable();
+  void readTableRecords(const OdDxfTableKind* kind, const OdDbObjectId& tableId, const OdString& name);
   void readBlocks();
   void readEntitiesSection();
   void readObjects();
@@ -227,7 +228,21 @@ void DxfReader::readTables() {
   while (nextTag()) {
     if (m_tag.code != 0) expected("0 TABLE");
     if (m_tag.s == L"ENDSEC") return;
-    if (m_tag.s != L"TABLE") expected("0 TABLE");
+    if (m_tag.s != L"TABLE") {
+      // Records without their table's head: the table is made for them.
+      const OdDxfTableKind* kind = odDxfTableKind(m_tag.s);
+      if (!kind || kind->recordName != OdString(kind->name)) expected("0 TABLE");
+      repair(OdString().format(L"line %d: %ls records without a table head; table added", m_tagLine, kind->name));
+      m_in.pushBack();
+      if (m_db->tableId(kind->table).isNull()) {
+        OdRxObjectPtr table = kind->tableClass()->create();
+        OdDbObjectId id = m_db->addOdDbObject(static_cast<OdDbObject*>(table.get()));
+        m_db->setTableId(kind->table, id);
+        m_objectsWithoutHandle.push_back(id);
+      }
+      readTableRecords(kind, m_db->tableId(kind->table), kind->name);
+      continue;
+    }
     readTable();
   }
   expected("0 ENDSEC");
@@ -260,10 +275,13 @@ void DxfReader::readTable() {
       repair(OdString().format(L"line %d: second %ls table merged into the first", m_bodyLine, name.c_str()));
     }
   } else {
-    // An unknown table: kept whole as a raw section part is not possible; skip
-    // its records with a report.
+    // A table of a kind no drawing has: its records are skipped, with a report.
     repair(OdString().format(L"line %d: unknown table '%ls' dropped", m_bodyLine, name.c_str()));
   }
+  readTableRecords(kind, tableId, name);
+}
+
+void DxfReader::readTableRecords(const OdDxfTableKind* kind, const OdDbObjectId& tableId, const OdString& name) {
   while (nextTag()) {
     if (m_tag.code != 0) expected("0 and a table record");
     if (m_tag.s == L"ENDTAB") {
@@ -862,9 +880,7 @@ void DxfReader::ensureRootDictionaries() {
       blockId = m_db->addOdDbObject(created.get(), blocks->objectId());
       blocks->appendRecordId(blockId);
       m_objectsWithoutHandle.push_back(blockId);
-      created->subSetDatabaseDefaults(m_db.get());
-      m_objectsWithoutHandle.push_back(created->blockBeginId());
-      m_objectsWithoutHandle.push_back(created->blockEndId());
+      created->createBlockMarkersInternal();
       block = created.get();
       repair(OdString().format(L"layout %ls had no block; empty block %ls added", layout->getLayoutName().c_str(), name.c_str()));
     } else {
@@ -889,15 +905,9 @@ void DxfReader::finish() {
   for (const OdDbObjectId& id : blocks->recordIds()) {
     auto* block = static_cast<OdDbBlockTableRecord*>(id.stub()->object);
     if (!block || !block->blockBeginId().isNull()) continue;
-    OdSmartPtr<OdDbBlockBegin> begin = OdDbBlockBegin::createObject();
-    OdSmartPtr<OdDbBlockEnd> end = OdDbBlockEnd::createObject();
-    OdDbObjectId beginId = m_db->addOdDbObject(begin.get(), id);
-    OdDbObjectId endId = m_db->addOdDbObject(end.get(), id);
-    begin->setLayer(m_db->getLayerZeroId());
-    end->setLayer(m_db->getLayerZeroId());
-    m_objectsWithoutHandle.push_back(beginId);
-    m_objectsWithoutHandle.push_back(endId);
-    block->setBlockBeginEndInternal(beginId, endId);
+    OdDbObjectPtr open = id.openObject(OdDb::kForWrite);
+    block->createBlockMarkersInternal();
+    block->setModifiedInternal(false);
     if (m_hasHeader && m_ctx.fileVersion >= OdDb::vAC12 && !block->isModelSpace() && !block->isPaperSpace()) {
       repair(OdString().format(L"block %ls had a record but no definition; an empty definition added", block->getName().c_str()));
     }
