@@ -251,6 +251,7 @@ const OdDxfTagList* OdDbDatabase::headerVariable(const OdString& name) const {
 }
 
 void OdDbDatabase::setHeaderVariable(const OdString& name, const OdDxfTagList& tags) {
+  m_undo->recordHeaderChange(name, headerVariable(name));
   fireHeaderChange(name, true);
   auto it = std::find_if(m_header.begin(), m_header.end(), [&](const auto& v) { return v.name.iCompare(name) == 0; });
   if (it != m_header.end()) it->tags = tags;

@@ -3,7 +3,7 @@
 #include "DbFiler.h"
 
 void OdDbUndoController::pushRecord() {
-  m_records.push_back(Record{m_nextSerial++, {}});
+  m_records.push_back(Record{m_nextSerial++, {}, {}});
 }
 
 void OdDbUndoController::startRecord() {
@@ -41,6 +41,15 @@ void OdDbUndoController::recordAppended(OdDbObject* object) {
   record->entries.push_back(Entry{object->stub(), true, 0, {}});
 }
 
+void OdDbUndoController::recordHeaderChange(const OdString& name, const OdDxfTagList* before) {
+  Record* record = current();
+  if (!record) return;
+  for (const auto& entry : record->header) {
+    if (entry.name.iCompare(name) == 0) return;
+  }
+  record->header.push_back({name, before != nullptr, before ? *before : OdDxfTagList()});
+}
+
 void OdDbUndoController::undo() {
   if (m_records.empty()) return;
   Record record = std::move(m_records.back());
@@ -64,6 +73,10 @@ void OdDbUndoController::undo() {
     stub->flags = it->stubFlags;
     if (wasErased != stub->isErased()) m_database->fireObjectErased(object, stub->isErased());
     else m_database->fireObjectModified(object);
+  }
+  for (auto it = record.header.rbegin(); it != record.header.rend(); ++it) {
+    if (it->existed) m_database->setHeaderVariable(it->name, it->tags);
+    else m_database->removeHeaderVariable(it->name);
   }
   --m_blocked;
 }

@@ -14,6 +14,9 @@ class OdDbUndoController {
   void startRecord();
   void recordBeforeChange(OdDbObject* object);
   void recordAppended(OdDbObject* object);
+  // The value of a header variable before its first change in the record
+  // (absent: the variable did not exist).
+  void recordHeaderChange(const OdString& name, const OdDxfTagList* before);
   bool hasUndo() const { return !m_records.empty(); }
   // Restores the state before the last record and drops the record.
   void undo();
@@ -32,9 +35,15 @@ class OdDbUndoController {
     OdUInt32 stubFlags;
     std::vector<OdUInt8> state;
   };
+  struct HeaderEntry {
+    OdString name;
+    bool existed;
+    OdDxfTagList tags;
+  };
   struct Record {
     OdUInt32 serial;
     std::vector<Entry> entries;
+    std::vector<HeaderEntry> header;
   };
   Record* current() { return m_records.empty() || m_blocked ? nullptr : &m_records.back(); }
   void pushRecord();

@@ -1,0 +1,155 @@
+// ryad: the host program. Opens a drawing (or a new one), loads the tool
+// module, and runs replies from a script, the terminal or standard input.
+//
+//   ryad [--script FILE] [--output FILE] [--module FILE | --no-module] [DRAWING]
+#include <editline/readline.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "core/Host.h"
+#include "core/Modules.h"
+
+using namespace ryhost;
+
+namespace {
+
+// Replies from a script or a pipe: one per line; lines starting with ";" are comments.
+class ScriptInput : public InputSource {
+ public:
+  explicit ScriptInput(std::istream& in) : m_in(in) {}
+  bool readLine(OdString& line, const OdString&) override {
+    std::string bytes;
+    while (std::getline(m_in, bytes)) {
+      if (!bytes.empty() && bytes.back() == '\r') bytes.pop_back();
+      if (!bytes.empty() && bytes[0] == ';') continue;
+      line = OdString(bytes);
+      return true;
+    }
+    return false;
+  }
+
+ private:
+  std::istream& m_in;
+};
+
+// Replies typed at a terminal, with line editing and history. The line
+// editor shows the prompt's last line and the typed reply itself.
+class TerminalInput : public InputSource {
+ public:
+  bool readLine(OdString& line, const OdString& prompt) override {
+    std::fflush(stdout);
+    char* text = readline(prompt.toUtf8().c_str());
+    if (!text) return false;
+    if (*text) add_history(text);
+    line = OdString(text);
+    std::free(text);
+    return true;
+  }
+  bool showsPrompt() const override { return true; }
+};
+
+class StdoutTranscript : public Transcript {
+ public:
+  void write(const OdString& text) override {
+    std::string bytes = text.toUtf8();
+    std::fwrite(bytes.data(), 1, bytes.size(), stdout);
+  }
+};
+
+int usage(FILE* to) {
+  std::fprintf(to, "usage: ryad [--script FILE] [--output FILE] [--module FILE | --no-module] [DRAWING]\n");
+  return to == stderr ? 2 : 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::string script, output, module, drawing;
+  bool noModule = false;
+  for (int i = 1; i < argc; ++i) {
+    std::string arg = argv[i];
+    auto value = [&](std::string& target) {
+      if (i + 1 >= argc) return false;
+      target = argv[++i];
+      return true;
+    };
+    if (arg == "--script") {
+      if (!value(script)) return usage(stderr);
+    } else if (arg == "--output") {
+      if (!value(output)) return usage(stderr);
+    } else if (arg == "--module") {
+      if (!value(module)) return usage(stderr);
+    } else if (arg == "--no-module") {
+      noModule = true;
+    } else if (arg == "--help" || arg == "-h") {
+      return usage(stdout);
+    } else if (!arg.empty() && arg[0] == '-') {
+      return usage(stderr);
+    } else if (drawing.empty()) {
+      drawing = arg;
+    } else {
+      return usage(stderr);
+    }
+  }
+
+  Host& host = Host::instance();
+  std::ifstream scriptFile;
+  std::unique_ptr<InputSource> input;
+  if (!script.empty()) {
+    scriptFile.open(script);
+    if (!scriptFile) {
+      std::fprintf(stderr, "ryad: cannot read the script %s\n", script.c_str());
+      return 1;
+    }
+    input = std::make_unique<ScriptInput>(scriptFile);
+  } else if (isatty(STDIN_FILENO)) {
+    input = std::make_unique<TerminalInput>();
+  } else {
+    input = std::make_unique<ScriptInput>(std::cin);
+  }
+  StdoutTranscript transcript;
+  host.setTranscript(&transcript);
+  host.setInput(input.get());
+
+  if (!drawing.empty()) {
+    if (host.appContextOpenDocument(OdString(drawing)) != eOk) {
+      std::fflush(stdout);
+      std::fprintf(stderr, "\nryad: cannot read the drawing %s\n", drawing.c_str());
+      return 1;
+    }
+  } else {
+    host.appContextNewDocument();
+  }
+  if (!noModule) {
+    const bool explicitModule = !module.empty();
+    OdString path = explicitModule ? OdString(module) : host.programFolder() + L"kestrix.yrx";
+    OdString reason;
+    if (!host.modules().load(path, &reason)) {
+      std::fflush(stdout);
+      std::fprintf(stderr, "ryad: cannot load the module %s: %s\n", path.toUtf8().c_str(), reason.toUtf8().c_str());
+      if (explicitModule) return 1;
+    }
+  }
+
+  host.runCommandLine();
+  if (!output.empty()) {
+    if (!host.current()) {
+      host.noteProblem(L"no drawing is open to save as " + OdString(output));
+    } else if (host.saveDocument(host.current(), OdString(output))) {
+      host.print(L"\nSaved " + OdString(output));
+    }
+  }
+  host.print(L"\n");
+  std::fflush(stdout);
+  host.modules().unloadAll();
+  if (!host.problems().empty()) {
+    std::fprintf(stderr, "ryad: %s\n", host.problems().front().toUtf8().c_str());
+    return 1;
+  }
+  return 0;
+}
