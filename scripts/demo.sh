@@ -1,6 +1,23 @@
 #!/usr/bin/env bash
-# The main job on a sample drawing.
+# The main job on a sample drawing: read a real drawing, show what it holds,
+# run a short session in ryad, and check the saved drawing with the
+# independent reader.
 set -euo pipefail
 build=${1:-build}
 corpus=${2:-../shared/corpus}
-echo "demo: nothing to run yet"
+drawing="$corpus/examples_dxf_text_alignments.dxf"
+out=$(mktemp -d)
+trap 'rm -rf "$out"' EXIT
+
+echo "== What the drawing holds (dxfcheck)"
+"$build/bin/dxfcheck" "$drawing" "$out/copy.dxf"
+
+echo
+echo "== A session in ryad (examples/first-session.scr)"
+"$build/bin/ryad" --script examples/first-session.scr --output "$out/session.dxf" "$drawing"
+
+if /usr/bin/python3 -c 'import ezdxf' 2>/dev/null; then
+  echo
+  echo "== The independent reader's view of the saved drawing"
+  /usr/bin/python3 "$corpus/../tools/dxf_same_entities.py" "$drawing" "$out/session.dxf"
+fi
