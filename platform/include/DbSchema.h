@@ -221,6 +221,13 @@ OdDbField odNameField(int code, OdDbNameTable table, const wchar_t* defaultName 
   return field;
 }
 
+// Angles that files give in degrees and objects keep in radians. The
+// degrees written for an angle are chosen so that reading them gives the
+// very same radians back (a plain conversion differs in the last digit for
+// some values).
+double odDegreesToRadians(double degrees);
+double odRadiansToDegrees(double radians);
+
 // A field with its own codec; the codec must outlive the schema (use a static).
 OdDbField odCustomField(const OdDbFieldCodec& codec, const wchar_t* name = L"");
 

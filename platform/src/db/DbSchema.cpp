@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr double kRadToDeg = 180.0 / 3.14159265358979323846;
 
 template <class T>
 T& at(void* p) { return *static_cast<T*>(p); }
@@ -82,7 +81,7 @@ void appendFieldTags(const OdDbObject* object, const OdDbField& field, OdDxfTagL
     case OdDbFieldKind::kInt64: out.push_back(OdDxfTag::integer(field.code, at<OdInt64>(p))); break;
     case OdDbFieldKind::kDouble: {
       double value = at<double>(p);
-      if (field.flags & OdDbField::kAngleDegrees) value *= kRadToDeg;
+      if (field.flags & OdDbField::kAngleDegrees) value = odRadiansToDegrees(value);
       out.push_back(OdDxfTag::real(field.code, value));
       break;
     }
@@ -150,7 +149,7 @@ bool setFieldFromTag(OdDbObject* object, const OdDbField& field, const OdDxfTag&
     case OdDbFieldKind::kInt64: at<OdInt64>(p) = tagInteger(tag); return true;
     case OdDbFieldKind::kDouble: {
       double value = tagReal(tag);
-      if (field.flags & OdDbField::kAngleDegrees) value /= kRadToDeg;
+      if (field.flags & OdDbField::kAngleDegrees) value = odDegreesToRadians(value);
       at<double>(p) = value;
       return true;
     }
@@ -206,6 +205,22 @@ int findField(const CodeIndex& index, int sub, int code, const std::vector<bool>
 }
 
 }  // namespace
+
+double odDegreesToRadians(double degrees) { return degrees * (3.14159265358979323846 / 180.0); }
+
+double odRadiansToDegrees(double radians) {
+  const double degrees = radians * (180.0 / 3.14159265358979323846);
+  if (!std::isfinite(degrees) || odDegreesToRadians(degrees) == radians) return degrees;
+  // A neighbour a few steps away reads back exactly.
+  double up = degrees, down = degrees;
+  for (int step = 0; step < 16; ++step) {
+    up = std::nextafter(up, HUGE_VAL);
+    down = std::nextafter(down, -HUGE_VAL);
+    if (odDegreesToRadians(up) == radians) return up;
+    if (odDegreesToRadians(down) == radians) return down;
+  }
+  return degrees;
+}
 
 std::vector<const OdDbSubclass*> OdDbClassSchema::chain() const {
   std::vector<const OdDbClassSchema*> levels;

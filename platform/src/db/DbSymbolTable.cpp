@@ -320,7 +320,7 @@ struct OdDbLinetypeDashCodec : OdDbFieldCodec {
       out.push_back(OdDxfTag::integer(75, dash.shapeNumber));
       out.push_back(OdDxfTag::handle(340, dash.styleId.isNull() ? 0 : dash.styleId.handle().value()));
       out.push_back(OdDxfTag::real(46, dash.scale));
-      out.push_back(OdDxfTag::real(50, dash.rotation * 180.0 / M_PI));
+      out.push_back(OdDxfTag::real(50, odRadiansToDegrees(dash.rotation)));
       out.push_back(OdDxfTag::real(44, dash.offsetX));
       out.push_back(OdDxfTag::real(45, dash.offsetY));
       if (dash.complexType & 2) out.push_back(OdDxfTag::str(9, dash.text));
@@ -343,7 +343,7 @@ struct OdDbLinetypeDashCodec : OdDbFieldCodec {
       case 75: dash.shapeNumber = static_cast<OdInt16>(tag.i); return true;
       case 340: dash.styleId = tag.i ? ctx.idFromHandle(static_cast<OdUInt64>(tag.i)) : OdDbObjectId(); return true;
       case 46: dash.scale = tag.x; return true;
-      case 50: dash.rotation = tag.x * M_PI / 180.0; return true;
+      case 50: dash.rotation = odDegreesToRadians(tag.x); return true;
       case 44: dash.offsetX = tag.x; return true;
       case 45: dash.offsetY = tag.x; return true;
       case 9: dash.text = tag.s; return true;

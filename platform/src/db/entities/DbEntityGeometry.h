@@ -32,7 +32,8 @@ inline OdGeMatrix3d planeCoordinateMap(const OdGeMatrix3d& xform, const OdGeVect
 }
 
 // The factor by which lengths along the normal change (for thickness).
-inline double normalScale(const OdGeMatrix3d& xform, const OdGeVector3d& oldNormal, const OdGeVector3d& newNormal) {
+inline double normalScale(const OdGeMatrix3d& xform, const OdGeVector3d& oldNormal,
+                          const OdGeVector3d& newNormal) {
   OdGeVector3d image = xform * oldNormal.normal();
   return image.dotProduct(newNormal);
 }
@@ -40,7 +41,8 @@ inline double normalScale(const OdGeMatrix3d& xform, const OdGeVector3d& oldNorm
 // The 2-d affine part of a plane coordinate map: p' = (a b; c d) p + (tx, ty).
 struct Affine2d {
   double a = 1, b = 0, c = 0, d = 1, tx = 0, ty = 0;
-  explicit Affine2d(const OdGeMatrix3d& m) : a(m(0, 0)), b(m(0, 1)), c(m(1, 0)), d(m(1, 1)), tx(m(0, 3)), ty(m(1, 3)) {}
+  explicit Affine2d(const OdGeMatrix3d& m)
+      : a(m(0, 0)), b(m(0, 1)), c(m(1, 0)), d(m(1, 1)), tx(m(0, 3)), ty(m(1, 3)) {}
   OdGePoint2d apply(const OdGePoint2d& p) const { return {a * p.x + b * p.y + tx, c * p.x + d * p.y + ty}; }
   OdGeVector2d apply(const OdGeVector2d& v) const { return {a * v.x + b * v.y, c * v.x + d * v.y}; }
   double det() const { return a * d - b * c; }
@@ -83,10 +85,13 @@ inline double distanceToTriangle(const OdGePoint3d& point, const OdGePoint3d& a,
     double height = (point - a).dotProduct(n);
     OdGePoint3d foot = point - n * height;
     // Inside when the foot is on the inner side of all three edges.
-    auto side = [&](const OdGePoint3d& p, const OdGePoint3d& q) { return (q - p).crossProduct(foot - p).dotProduct(n); };
+    auto side = [&](const OdGePoint3d& p, const OdGePoint3d& q) {
+      return (q - p).crossProduct(foot - p).dotProduct(n);
+    };
     if (side(a, b) >= 0 && side(b, c) >= 0 && side(c, a) >= 0) return std::fabs(height);
   }
-  return std::min({distanceToSegment(point, a, b), distanceToSegment(point, b, c), distanceToSegment(point, c, a)});
+  return std::min(
+      {distanceToSegment(point, a, b), distanceToSegment(point, b, c), distanceToSegment(point, c, a)});
 }
 
 // Even-odd test of a point against a closed polygon.

@@ -30,20 +30,25 @@ OdResult OdDbPoint::getGeomExtents(OdGeExtents3d& extents) const {
 }
 
 OdResult OdDbPoint::transformBy(const OdGeMatrix3d& xform) {
-  using namespace OdDbEntityGeometry;
-  OdGeVector3d normal = transformedNormal(xform, m_normal);
-  if (normal.isZeroLength()) return eCannotScaleNonUniformly;
+  // The extrusion direction is a vector of its own (as for lines): a mirror
+  // through the plane turns it over.
+  OdGeVector3d normal = xform * m_normal;
+  const double length = normal.length();
+  if (length == 0) return eCannotScaleNonUniformly;
+  normal /= length;
   assertWriteEnabled();
   // The figure's x direction, followed into the new plane.
-  OdGeVector3d xDir = odgeOcsToWcs(OdGeVector3d(std::cos(m_ecsRotation), std::sin(m_ecsRotation), 0), m_normal);
-  m_thickness *= normalScale(xform, m_normal, normal);
+  OdGeVector3d xDir =
+      odgeOcsToWcs(OdGeVector3d(std::cos(m_ecsRotation), std::sin(m_ecsRotation), 0), m_normal);
+  m_thickness *= length;
   m_position.transformBy(xform);
-  m_ecsRotation = snappedAngle(odgeOcsAngle(xform * xDir, normal));
+  m_ecsRotation = OdDbEntityGeometry::snappedAngle(odgeOcsAngle(xform * xDir, normal));
   m_normal = normal;
   return eOk;
 }
 
 double OdDbPoint::distanceTo(const OdGePoint3d& point) const {
   if (m_thickness == 0) return point.distanceTo(m_position);
-  return OdDbEntityGeometry::distanceToSegment(point, m_position, m_position + m_normal.normal() * m_thickness);
+  return OdDbEntityGeometry::distanceToSegment(point, m_position,
+                                               m_position + m_normal.normal() * m_thickness);
 }

@@ -31,14 +31,16 @@ const OdDbClassSchema& OdDbTrace::classSchema() {
   return schema;
 }
 
-OdDbSolid::OdDbSolid(const OdGePoint3d& p0, const OdGePoint3d& p1, const OdGePoint3d& p2, const OdGePoint3d& p3) {
+OdDbSolid::OdDbSolid(const OdGePoint3d& p0, const OdGePoint3d& p1, const OdGePoint3d& p2,
+                     const OdGePoint3d& p3) {
   m_point0 = p0;
   m_point1 = p1;
   m_point2 = p2;
   m_point3 = p3;
 }
 
-OdDbTrace::OdDbTrace(const OdGePoint3d& p0, const OdGePoint3d& p1, const OdGePoint3d& p2, const OdGePoint3d& p3) {
+OdDbTrace::OdDbTrace(const OdGePoint3d& p0, const OdGePoint3d& p1, const OdGePoint3d& p2,
+                     const OdGePoint3d& p3) {
   m_point0 = p0;
   m_point1 = p1;
   m_point2 = p2;

@@ -410,7 +410,7 @@ struct OdDbMTextDirectionCodec : OdDbFieldCodec {
     }
     if (state & 2) return false;
     if (!(state & 1)) {
-      double angle = tag.x * M_PI / 180.0;
+      double angle = odDegreesToRadians(tag.x);
       mtext->m_direction = odgeOcsToWcs(OdGeVector3d(std::cos(angle), std::sin(angle), 0), mtext->m_normal);
     }
     // A rotation given beside a direction is redundant: keep it as read.

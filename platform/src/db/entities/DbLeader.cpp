@@ -1,0 +1,153 @@
+#include "DbLeader.h"
+
+#include <limits>
+
+#include "DbDatabase.h"
+
+#include "db/entities/DbEntityGeometry.h"
+
+ODDB_DEFINE_MEMBERS(OdDbLeader, OdDbEntity, L"LEADER")
+
+using namespace OdDbEntityGeometry;
+
+// Group 76 (vertex count) and the 10 groups of the vertices.
+struct OdDbLeaderVerticesCodec : OdDbFieldCodec {
+  std::vector<int> codes() const override { return {76, 10}; }
+  static OdGePoint3dArray& vertices(OdDbObject* o) { return static_cast<OdDbLeader*>(o)->m_vertices; }
+  static const OdGePoint3dArray& vertices(const OdDbObject* o) {
+    return static_cast<const OdDbLeader*>(o)->m_vertices;
+  }
+  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
+    out.push_back(OdDxfTag::integer(76, static_cast<OdInt64>(vertices(object).size())));
+    for (const auto& p : vertices(object)) out.push_back(OdDxfTag::point(10, p.x, p.y, p.z));
+  }
+  void beginRead(OdDbObject* object) const override { vertices(object).clear(); }
+  bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext&) const override {
+    if (tag.code == 76) return true;  // the count follows from the list
+    if (tag.type != OdDxf::ValueType::kPoint && tag.type != OdDxf::ValueType::kDouble) return false;
+    const bool point = tag.type == OdDxf::ValueType::kPoint;
+    vertices(object).append(OdGePoint3d(tag.x, point ? tag.y : 0.0, point && tag.dims == 3 ? tag.z : 0.0));
+    return true;
+  }
+  void fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const override {
+    filer->wrInt32(static_cast<OdInt32>(vertices(object).size()));
+    for (const auto& p : vertices(object)) filer->wrPoint3d(p);
+  }
+  void fileIn(OdDbObject* object, OdDbDwgFiler* filer) const override {
+    OdGePoint3dArray& points = vertices(object);
+    points.resize(static_cast<size_t>(filer->rdInt32()));
+    for (auto& p : points) p = filer->rdPoint3d();
+  }
+  bool isEqual(const OdDbObject* a, const OdDbObject* b) const override {
+    const OdGePoint3dArray &p = vertices(a), &q = vertices(b);
+    return std::equal(p.begin(), p.end(), q.begin(), q.end(), [](const OdGePoint3d& u, const OdGePoint3d& v) {
+      return u.x == v.x && u.y == v.y && u.z == v.z;
+    });
+  }
+};
+
+const OdDbClassSchema& OdDbLeader::classSchema() {
+  static const OdDbLeaderVerticesCodec verticesCodec;
+  static const OdDbClassSchema schema{
+      &OdDbEntity::classSchema(),
+      {{L"AcDbLeader",
+        {
+            odNameField<&OdDbLeader::m_styleId>(3, OdDbNameTable::kDimStyle, L"Standard").named(L"style"),
+            odField<&OdDbLeader::m_hasArrowHead>(71).named(L"hasArrowHead"),
+            odField<&OdDbLeader::m_pathType>(72).named(L"pathType"),
+            odField<&OdDbLeader::m_annotationType>(73).named(L"annotationType"),
+            odField<&OdDbLeader::m_hookLineDirection>(74).named(L"hookLineDirection"),
+            odField<&OdDbLeader::m_hasHookLine>(75).named(L"hasHookLine"),
+            odField<&OdDbLeader::m_textHeight>(40).named(L"textHeight"),
+            odField<&OdDbLeader::m_textWidth>(41).named(L"textWidth"),
+            odCustomField(verticesCodec, L"vertices"),
+            odField<&OdDbLeader::m_blockColor>(77).optional().named(L"blockColor"),
+            odField<&OdDbLeader::m_annotationId>(340, OdDbFieldKind::kHardPointer)
+                .optional()
+                .named(L"annotation"),
+            odField<&OdDbLeader::m_normal>(210).named(L"normal"),
+            odField<&OdDbLeader::m_horizontalDirection>(211).named(L"horizontalDirection"),
+            odField<&OdDbLeader::m_blockOffset>(212).named(L"blockOffset"),
+            odField<&OdDbLeader::m_annotationOffset>(213).named(L"annotationOffset"),
+        }}}};
+  return schema;
+}
+
+void OdDbLeader::subSetDatabaseDefaults(OdDbDatabase* database) {
+  if (m_styleId.isNull()) m_styleId = database->getDIMSTYLE();
+}
+
+OdGePoint3d OdDbLeader::vertexAt(int index) const {
+  if (index < 0 || index >= numVertices()) throw OdError(eInvalidIndex);
+  return m_vertices[static_cast<size_t>(index)];
+}
+
+bool OdDbLeader::setVertexAt(int index, const OdGePoint3d& point) {
+  if (index < 0 || index >= numVertices()) return false;
+  assertWriteEnabled();
+  m_vertices[static_cast<size_t>(index)] = point;
+  return true;
+}
+
+void OdDbLeader::appendVertex(const OdGePoint3d& point) {
+  assertWriteEnabled();
+  m_vertices.append(point);
+}
+
+void OdDbLeader::removeLastVertex() {
+  if (m_vertices.isEmpty()) return;
+  assertWriteEnabled();
+  m_vertices.removeLast();
+}
+
+void OdDbLeader::attachAnnotation(const OdDbObjectId& annotationId, AnnotationType type) {
+  assertWriteEnabled();
+  m_annotationId = annotationId;
+  m_annotationType = static_cast<OdInt16>(annotationId.isNull() ? kNoAnnotation : type);
+}
+
+void OdDbLeader::detachAnnotation() {
+  assertWriteEnabled();
+  m_annotationId = OdDbObjectId();
+  m_annotationType = kNoAnnotation;
+}
+
+void OdDbLeader::setAnnotationSize(double height, double width) {
+  assertWriteEnabled();
+  m_textHeight = height;
+  m_textWidth = width;
+}
+
+void OdDbLeader::setNormal(const OdGeVector3d& normal) {
+  if (normal.isZeroLength()) return;
+  assertWriteEnabled();
+  m_normal = normal.normal();
+}
+
+OdResult OdDbLeader::getGeomExtents(OdGeExtents3d& extents) const {
+  extents = OdGeExtents3d();
+  extents.addPoints(m_vertices);
+  return extents.isValidExtents() ? eOk : eInvalidExtents;
+}
+
+OdResult OdDbLeader::transformBy(const OdGeMatrix3d& xform) {
+  OdGeVector3d normal = transformedNormal(xform, m_normal);
+  if (normal.isZeroLength()) return eCannotScaleNonUniformly;
+  assertWriteEnabled();
+  for (auto& p : m_vertices) p.transformBy(xform);
+  m_normal = normal;
+  OdGeVector3d horizontal = xform * m_horizontalDirection;
+  if (!horizontal.isZeroLength()) m_horizontalDirection = horizontal.normal();
+  m_blockOffset = xform * m_blockOffset;
+  m_annotationOffset = xform * m_annotationOffset;
+  return eOk;
+}
+
+double OdDbLeader::distanceTo(const OdGePoint3d& point) const {
+  if (m_vertices.isEmpty()) return std::numeric_limits<double>::infinity();
+  double best = point.distanceTo(m_vertices.first());
+  for (size_t i = 1; i < m_vertices.size(); ++i) {
+    best = std::min(best, distanceToSegment(point, m_vertices[i - 1], m_vertices[i]));
+  }
+  return best;
+}

@@ -1,0 +1,301 @@
+#include "DbRasterImage.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "db/entities/DbEntityGeometry.h"
+
+ODDB_DEFINE_MEMBERS(OdDbRasterImage, OdDbEntity, L"IMAGE")
+ODDB_DEFINE_MEMBERS(OdDbWipeout, OdDbRasterImage, L"WIPEOUT")
+
+using namespace OdDbEntityGeometry;
+
+// Group 91 (vertex count) and the 14 groups of the clip boundary.
+struct OdDbImageClipCodec : OdDbFieldCodec {
+  std::vector<int> codes() const override { return {91, 14}; }
+  static OdGePoint2dArray& points(OdDbObject* o) { return static_cast<OdDbRasterImage*>(o)->m_clipVertices; }
+  static const OdGePoint2dArray& points(const OdDbObject* o) {
+    return static_cast<const OdDbRasterImage*>(o)->m_clipVertices;
+  }
+  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
+    out.push_back(OdDxfTag::integer(91, static_cast<OdInt64>(points(object).size())));
+    for (const auto& p : points(object)) out.push_back(OdDxfTag::point(14, p.x, p.y, 0, 2));
+  }
+  void beginRead(OdDbObject* object) const override { points(object).clear(); }
+  bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext&) const override {
+    if (tag.code == 91) return true;  // the count follows from the list
+    if (tag.type != OdDxf::ValueType::kPoint && tag.type != OdDxf::ValueType::kDouble) return false;
+    points(object).append(OdGePoint2d(tag.x, tag.type == OdDxf::ValueType::kPoint ? tag.y : 0.0));
+    return true;
+  }
+  void fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const override {
+    filer->wrInt32(static_cast<OdInt32>(points(object).size()));
+    for (const auto& p : points(object)) filer->wrPoint2d(p);
+  }
+  void fileIn(OdDbObject* object, OdDbDwgFiler* filer) const override {
+    OdGePoint2dArray& list = points(object);
+    list.resize(static_cast<size_t>(filer->rdInt32()));
+    for (auto& p : list) p = filer->rdPoint2d();
+  }
+  bool isEqual(const OdDbObject* a, const OdDbObject* b) const override {
+    const OdGePoint2dArray &p = points(a), &q = points(b);
+    return std::equal(p.begin(), p.end(), q.begin(), q.end(),
+                      [](const OdGePoint2d& u, const OdGePoint2d& v) { return u.x == v.x && u.y == v.y; });
+  }
+};
+
+std::vector<OdDbField> OdDbRasterImage::imageFields() {
+  static const OdDbImageClipCodec clipCodec;
+  return {
+      odField<&OdDbRasterImage::m_classVersion>(90).named(L"classVersion"),
+      odField<&OdDbRasterImage::m_origin>(10).named(L"origin"),
+      odField<&OdDbRasterImage::m_uPixel>(11).named(L"uPixel"),
+      odField<&OdDbRasterImage::m_vPixel>(12).named(L"vPixel"),
+      odField<&OdDbRasterImage::m_imageSize>(13).named(L"imageSize"),
+      odField<&OdDbRasterImage::m_imageDefId>(340, OdDbFieldKind::kHardPointer).named(L"imageDef"),
+      odField<&OdDbRasterImage::m_displayFlags>(70).named(L"displayFlags"),
+      odField<&OdDbRasterImage::m_clipping>(280).named(L"clipping"),
+      odField<&OdDbRasterImage::m_brightness>(281).named(L"brightness"),
+      odField<&OdDbRasterImage::m_contrast>(282).named(L"contrast"),
+      odField<&OdDbRasterImage::m_fade>(283).named(L"fade"),
+      odField<&OdDbRasterImage::m_reactorId>(360, OdDbFieldKind::kHardOwner).named(L"reactor"),
+      odField<&OdDbRasterImage::m_clipType>(71).named(L"clipType"),
+      odCustomField(clipCodec, L"clipBoundary"),
+      odField<&OdDbRasterImage::m_clipInverted>(290).since(OdDb::vAC24).named(L"clipInverted"),
+  };
+}
+
+const OdDbClassSchema& OdDbRasterImage::classSchema() {
+  static const OdDbClassSchema schema{&OdDbEntity::classSchema(), {{L"AcDbRasterImage", imageFields()}}};
+  return schema;
+}
+
+namespace {
+
+// Files write a wipeout's groups under the single marker AcDbWipeout. A
+// file that puts them under AcDbRasterImage first leaves them unknown at
+// the first pass; they are read again here under the wipeout's marker.
+void readImageMarkerForm(OdDbObject* object, OdDbTagContext& ctx) {
+  OdDbObjectExtras* extras = object->extras();
+  if (!extras) return;
+  auto& unknown = extras->unknown;
+  auto marker = std::find_if(unknown.begin(), unknown.end(), [](const auto& u) {
+    return u.tag.code == 100 && u.tag.s.iCompare(L"AcDbRasterImage") == 0;
+  });
+  if (marker == unknown.end()) return;
+  std::vector<OdDxfTag> body{OdDxfTag::str(100, L"AcDbWipeout")};
+  for (auto it = marker + 1; it != unknown.end(); ++it) {
+    if (!(it->tag.code == 100 && it->tag.s.iCompare(L"AcDbWipeout") == 0)) body.push_back(it->tag);
+  }
+  unknown.erase(marker, unknown.end());
+  OdDbSchemaIo::readFields(object, body.data(), body.data() + body.size(), ctx);
+}
+
+}  // namespace
+
+const OdDbClassSchema& OdDbWipeout::classSchema() {
+  static const OdDbClassSchema schema{
+      &OdDbEntity::classSchema(), {{L"AcDbWipeout", imageFields()}}, {&readImageMarkerForm, nullptr}};
+  return schema;
+}
+
+// ---------------------------------------------------------------- image
+
+void OdDbRasterImage::getOrientation(OdGePoint3d& origin, OdGeVector3d& u, OdGeVector3d& v) const {
+  origin = m_origin;
+  u = m_uPixel * m_imageSize.x;
+  v = m_vPixel * m_imageSize.y;
+}
+
+OdResult OdDbRasterImage::setOrientation(const OdGePoint3d& origin, const OdGeVector3d& u,
+                                         const OdGeVector3d& v) {
+  if (u.isZeroLength() || v.isZeroLength() || u.isParallelTo(v)) return eInvalidInput;
+  if (m_imageSize.x <= 0 || m_imageSize.y <= 0) return eInvalidInput;
+  assertWriteEnabled();
+  m_origin = origin;
+  m_uPixel = u / m_imageSize.x;
+  m_vPixel = v / m_imageSize.y;
+  return eOk;
+}
+
+void OdDbRasterImage::setImageSize(const OdGeVector2d& size) {
+  if (size.x <= 0 || size.y <= 0) return;
+  assertWriteEnabled();
+  // The image keeps its place and extent: the pixel vectors change.
+  m_uPixel *= m_imageSize.x / size.x;
+  m_vPixel *= m_imageSize.y / size.y;
+  m_imageSize.set(size.x, size.y);
+}
+
+void OdDbRasterImage::setDisplayOpt(ImageDisplayOpt option, bool on) {
+  assertWriteEnabled();
+  m_displayFlags = static_cast<OdInt16>(on ? (m_displayFlags | option) : (m_displayFlags & ~option));
+}
+
+OdResult OdDbRasterImage::setBrightness(OdInt8 value) {
+  if (value < 0 || value > 100) return eOutOfRange;
+  assertWriteEnabled();
+  m_brightness = value;
+  return eOk;
+}
+
+OdResult OdDbRasterImage::setContrast(OdInt8 value) {
+  if (value < 0 || value > 100) return eOutOfRange;
+  assertWriteEnabled();
+  m_contrast = value;
+  return eOk;
+}
+
+OdResult OdDbRasterImage::setFade(OdInt8 value) {
+  if (value < 0 || value > 100) return eOutOfRange;
+  assertWriteEnabled();
+  m_fade = value;
+  return eOk;
+}
+
+void OdDbRasterImage::setClipped(bool on) {
+  assertWriteEnabled();
+  m_clipping = on ? 1 : 0;
+  m_displayFlags = static_cast<OdInt16>(on ? (m_displayFlags | kClip) : (m_displayFlags & ~kClip));
+}
+
+OdResult OdDbRasterImage::setClipBoundary(ClipBoundaryType type, const OdGePoint2dArray& points) {
+  if ((type == kRect && points.size() != 2) || (type == kPoly && points.size() < 3) || type == kInvalid) {
+    return eInvalidInput;
+  }
+  assertWriteEnabled();
+  m_clipType = static_cast<OdInt16>(type);
+  m_clipVertices = points;
+  return eOk;
+}
+
+void OdDbRasterImage::setClipBoundaryToWholeImage() {
+  assertWriteEnabled();
+  m_clipType = kRect;
+  m_clipVertices = {OdGePoint2d(-0.5, -0.5), OdGePoint2d(m_imageSize.x - 0.5, m_imageSize.y - 0.5)};
+}
+
+OdGePoint3d OdDbRasterImage::pixelToWorld(const OdGePoint2d& pixel) const {
+  return m_origin + m_uPixel * (pixel.x + 0.5) + m_vPixel * (m_imageSize.y - pixel.y - 0.5);
+}
+
+OdGePoint2d OdDbRasterImage::worldToPixel(const OdGePoint3d& point) const {
+  // Coordinates along u and v (which need not be perpendicular).
+  const OdGeVector3d d = point - m_origin;
+  const double uu = m_uPixel.dotProduct(m_uPixel), uv = m_uPixel.dotProduct(m_vPixel),
+               vv = m_vPixel.dotProduct(m_vPixel);
+  const double du = d.dotProduct(m_uPixel), dv = d.dotProduct(m_vPixel);
+  const double det = uu * vv - uv * uv;
+  if (det == 0) return OdGePoint2d();
+  const double a = (du * vv - dv * uv) / det, b = (dv * uu - du * uv) / det;
+  return {a - 0.5, m_imageSize.y - b - 0.5};
+}
+
+void OdDbRasterImage::outlineInPixels(OdGePoint2dArray& points) const {
+  points.clear();
+  const bool clipped = m_clipping != 0 && m_clipVertices.size() >= 2;
+  if (clipped && m_clipType == kPoly && m_clipVertices.size() >= 3) {
+    points = m_clipVertices;
+  } else {
+    OdGePoint2d lo(-0.5, -0.5), hi(m_imageSize.x - 0.5, m_imageSize.y - 0.5);
+    if (clipped) {
+      lo = m_clipVertices[0];
+      hi = m_clipVertices[1];
+    }
+    points = {lo, OdGePoint2d(hi.x, lo.y), hi, OdGePoint2d(lo.x, hi.y)};
+  }
+  if (points.first().x != points.last().x || points.first().y != points.last().y)
+    points.append(points.first());
+}
+
+OdResult OdDbRasterImage::getVertices(OdGePoint3dArray& vertices) const {
+  OdGePoint2dArray pixels;
+  outlineInPixels(pixels);
+  vertices.clear();
+  for (const auto& p : pixels) vertices.append(pixelToWorld(p));
+  return eOk;
+}
+
+OdResult OdDbRasterImage::getGeomExtents(OdGeExtents3d& extents) const {
+  OdGePoint3dArray vertices;
+  getVertices(vertices);
+  extents = OdGeExtents3d();
+  extents.addPoints(vertices);
+  return eOk;
+}
+
+OdResult OdDbRasterImage::transformBy(const OdGeMatrix3d& xform) {
+  const OdGeVector3d u = xform * m_uPixel, v = xform * m_vPixel;
+  if (u.isZeroLength() || v.isZeroLength() || u.isParallelTo(v)) return eCannotScaleNonUniformly;
+  assertWriteEnabled();
+  m_origin.transformBy(xform);
+  m_uPixel = u;
+  m_vPixel = v;
+  return eOk;
+}
+
+double OdDbRasterImage::distanceTo(const OdGePoint3d& point) const {
+  OdGePoint2dArray outline;
+  outlineInPixels(outline);
+  OdGeVector3d normal = m_uPixel.crossProduct(m_vPixel);
+  if (normal.isZeroLength()) return std::numeric_limits<double>::infinity();
+  normal.normalize();
+  // Inside the outline the image covers the point's foot on its plane.
+  const double height = (point - m_origin).dotProduct(normal);
+  if (isInsidePolygon(worldToPixel(point - normal * height), outline)) return std::fabs(height);
+  double best = std::numeric_limits<double>::infinity();
+  for (size_t i = 1; i < outline.size(); ++i) {
+    best = std::min(best, distanceToSegment(point, pixelToWorld(outline[i - 1]), pixelToWorld(outline[i])));
+  }
+  return best;
+}
+
+// ---------------------------------------------------------------- wipeout
+
+OdDbWipeout::OdDbWipeout() {
+  m_displayFlags = kShow | kShowUnAligned | kClip;
+  m_clipping = 1;
+}
+
+OdResult OdDbWipeout::setFrom(const OdGePoint3dArray& polygon, const OdGeVector3d& normal) {
+  if (polygon.size() < 3 || normal.isZeroLength()) return eInvalidInput;
+  const OdGeVector3d n = normal.normal();
+  double x0 = std::numeric_limits<double>::infinity(), y0 = x0, x1 = -x0, y1 = -x0;
+  OdGePoint3dArray local;
+  for (const auto& p : polygon) {
+    local.append(odgeWcsToOcs(p, n));
+    x0 = std::min(x0, local.last().x);
+    y0 = std::min(y0, local.last().y);
+    x1 = std::max(x1, local.last().x);
+    y1 = std::max(y1, local.last().y);
+  }
+  const double width = x1 - x0, height = y1 - y0;
+  if (!(width > 0) || !(height > 0)) return eInvalidInput;
+  // A polygon without area masks nothing.
+  double twiceArea = 0;
+  for (size_t i = 0; i < local.size(); ++i) {
+    const OdGePoint3d& p = local[i];
+    const OdGePoint3d& q = local[(i + 1) % local.size()];
+    twiceArea += p.x * q.y - q.x * p.y;
+  }
+  if (std::fabs(twiceArea) <= 1e-12 * width * height) return eInvalidInput;
+  assertWriteEnabled();
+  // One pixel over the whole box: pixel coordinates run from -0.5 to 0.5,
+  // y downwards.
+  m_origin = odgeOcsToWcs(OdGePoint3d(x0, y0, local.first().z), n);
+  m_uPixel = odgeOcsToWcs(OdGeVector3d(width, 0, 0), n);
+  m_vPixel = odgeOcsToWcs(OdGeVector3d(0, height, 0), n);
+  m_imageSize.set(1, 1);
+  m_clipVertices.clear();
+  for (const auto& p : local)
+    m_clipVertices.append(OdGePoint2d((p.x - x0) / width - 0.5, 0.5 - (p.y - y0) / height));
+  if (m_clipVertices.first().x != m_clipVertices.last().x ||
+      m_clipVertices.first().y != m_clipVertices.last().y) {
+    m_clipVertices.append(m_clipVertices.first());
+  }
+  m_clipType = kPoly;
+  m_clipping = 1;
+  m_displayFlags = static_cast<OdInt16>(m_displayFlags | kShow | kShowUnAligned | kClip);
+  return eOk;
+}

@@ -1,0 +1,192 @@
+// Shared helpers of the entity tests: a tag context that resolves handles
+// and names in a scratch database, round trips through a memory filer and
+// through tags, and entities read from the drawings of the shared corpus.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+#include "DbDatabase.h"
+#include "DbEntity.h"
+#include "dxf/DxfTagReader.h"
+
+namespace entities_test {
+
+inline std::string narrow(const OdString& text) {
+  std::string out;
+  for (wchar_t ch : text.str()) out += ch < 128 ? static_cast<char>(ch) : '?';
+  return out;
+}
+
+// Handles become stubs of the scratch database; names that no table holds
+// become stubs of their own, so that they are written back as read.
+class TestTagContext : public OdDbTagContext {
+ public:
+  explicit TestTagContext(OdDb::DwgVersion version = OdDb::kDHL_CURRENT)
+      : m_db(OdDbDatabase::createNew()), m_version(version) {}
+  OdDbDatabase* database() const override { return m_db.get(); }
+  OdDb::DwgVersion version() const override { return m_version; }
+  void setVersion(OdDb::DwgVersion version) { m_version = version; }
+  OdDbObjectId idFromHandle(OdUInt64 handle) override {
+    return m_db->getOdDbObjectId(OdDbHandle(handle), true);
+  }
+  OdDbObjectId idFromName(OdDbNameTable table, const OdString& name) override {
+    auto key = std::make_pair(static_cast<int>(table), std::wstring(name.c_str()));
+    auto found = m_names.find(key);
+    if (found != m_names.end()) return found->second;
+    if (OdDbObjectId record = OdDbTagContext::idFromName(table, name)) return record;
+    OdDbObjectId id = m_db->getOdDbObjectId(OdDbHandle(m_nextNameHandle++), true);
+    m_names.emplace(key, id);
+    m_ids.emplace(id, name);
+    return id;
+  }
+  OdString nameOf(const OdDbObjectId& id) const override {
+    auto found = m_ids.find(id);
+    return found != m_ids.end() ? found->second : OdDbTagContext::nameOf(id);
+  }
+
+ private:
+  OdDbDatabasePtr m_db;
+  OdDb::DwgVersion m_version;
+  OdUInt64 m_nextNameHandle = 0x7F000000;
+  std::map<std::pair<int, std::wstring>, OdDbObjectId> m_names;
+  std::map<OdDbObjectId, OdString> m_ids;
+};
+
+// A fresh object of the same class with the state filed out and back in.
+template <class T>
+OdSmartPtr<T> viaFiler(const T* source) {
+  OdDbMemoryFiler filer(source->database());
+  source->dwgOutFields(&filer);
+  filer.rewind();
+  OdSmartPtr<T> copy = T::cast(source->isA()->create().get());
+  copy->dwgInFields(&filer);
+  EXPECT_TRUE(filer.atEnd()) << "filing left data unread";
+  return copy;
+}
+
+inline OdDxfTagList writeTags(const OdDbObject* object, OdDbTagContext& ctx) {
+  OdDxfTagList tags;
+  OdDbSchemaIo::writeFields(object, tags, ctx, true);
+  return tags;
+}
+
+// A fresh object of the same class read from the object's tags.
+template <class T>
+OdSmartPtr<T> viaTags(const T* source, OdDbTagContext& ctx) {
+  OdDxfTagList tags = writeTags(source, ctx);
+  OdSmartPtr<T> copy = T::cast(source->isA()->create().get());
+  OdDbSchemaIo::readFields(copy.get(), tags.data(), tags.data() + tags.size(), ctx);
+  return copy;
+}
+
+inline void expectSameFields(const OdDbObject* a, const OdDbObject* b) {
+  OdString difference;
+  EXPECT_TRUE(OdDbSchemaIo::fieldsEqual(a, b, &difference)) << "first difference: " << narrow(difference);
+}
+
+// Both round trips (filer and tags) give back an object with equal fields.
+// The entity first takes the context database's layer, linetype and styles,
+// which the tags name.
+template <class T>
+void expectRoundTrips(T* object, OdDb::DwgVersion version = OdDb::kDHL_CURRENT) {
+  TestTagContext ctx(version);
+  object->setDatabaseDefaults(ctx.database());
+  expectSameFields(object, viaFiler(object).get());
+  expectSameFields(object, viaTags(object, ctx).get());
+}
+
+inline std::string tagText(const OdDxfTag& tag) {
+  std::wostringstream out;
+  out << tag.code << L"=" << tag.valueText().c_str();
+  std::wstring w = out.str();
+  return std::string(w.begin(), w.end());
+}
+
+// ---------------------------------------------------------------- corpus
+
+inline const std::filesystem::path kCorpus = KESTRIX_CORPUS_DIR;
+
+// One entity of a drawing: its type and its tags from the first subclass
+// marker up to the extended data.
+struct CorpusEntity {
+  std::string file;
+  OdString type;
+  OdDxfTagList body;
+  OdDb::DwgVersion version = OdDb::kDHL_CURRENT;
+};
+
+inline OdDb::DwgVersion versionOf(const std::wstring& acadVer) {
+  static const std::pair<const wchar_t*, OdDb::DwgVersion> kVersions[] = {
+      {L"AC1009", OdDb::vAC09}, {L"AC1012", OdDb::vAC12}, {L"AC1014", OdDb::vAC14},
+      {L"AC1015", OdDb::vAC15}, {L"AC1018", OdDb::vAC18}, {L"AC1021", OdDb::vAC21},
+      {L"AC1024", OdDb::vAC24}, {L"AC1027", OdDb::vAC27}, {L"AC1032", OdDb::vAC32}};
+  for (const auto& [name, version] : kVersions) {
+    if (acadVer == name) return version;
+  }
+  return OdDb::vAC09;
+}
+
+// Every entity of the given types in every drawing of the corpus.
+inline std::vector<CorpusEntity> corpusEntities(const std::vector<std::wstring>& types) {
+  std::vector<CorpusEntity> found;
+  if (!std::filesystem::is_directory(kCorpus)) return found;
+  std::vector<std::filesystem::path> paths;
+  for (const auto& entry : std::filesystem::directory_iterator(kCorpus)) {
+    std::string extension = entry.path().extension().string();
+    if (extension == ".dxf" || extension == ".DXF") paths.push_back(entry.path());
+  }
+  std::sort(paths.begin(), paths.end());
+  for (const auto& path : paths) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream content;
+    content << in.rdbuf();
+    const std::string data = content.str();
+    OdDxfTagReader reader(data);
+    std::wstring acadVer, dwgCodePage, *pending = nullptr;
+    OdDxfTag tag;
+    OdDxfTagList all;
+    while (reader.next(tag)) {
+      if (pending && tag.type == OdDxf::ValueType::kString) {
+        *pending = tag.s.c_str();
+        reader.setCodePage(OdDxf::stringCodePageOf(acadVer, dwgCodePage));
+      }
+      pending = nullptr;
+      if (tag.code == 9 && tag.s == L"$ACADVER") pending = &acadVer;
+      if (tag.code == 9 && tag.s == L"$DWGCODEPAGE") pending = &dwgCodePage;
+      all.push_back(tag);
+    }
+    const OdDb::DwgVersion version = versionOf(acadVer);
+    bool inEntities = false;
+    for (size_t i = 0; i < all.size(); ++i) {
+      if (all[i].code == 2 && i > 0 && all[i - 1].code == 0 && all[i - 1].s == L"SECTION") {
+        inEntities = all[i].s == L"ENTITIES" || all[i].s == L"BLOCKS";
+      }
+      if (!inEntities || all[i].code != 0) continue;
+      if (std::find(types.begin(), types.end(), std::wstring(all[i].s.c_str())) == types.end()) continue;
+      CorpusEntity entity{path.filename().string(), all[i].s, {}, version};
+      bool started = false;
+      for (size_t j = i + 1; j < all.size() && all[j].code != 0 && all[j].code != 1001; ++j) {
+        started |= all[j].code == 100;
+        if (started) entity.body.push_back(all[j]);
+      }
+      found.push_back(std::move(entity));
+    }
+  }
+  return found;
+}
+
+// The tags from the subclass marker on (the entity's own part).
+inline OdDxfTagList tagsFrom(const OdDxfTagList& tags, const wchar_t* marker) {
+  for (size_t i = 0; i < tags.size(); ++i) {
+    if (tags[i].code == 100 && tags[i].s == marker)
+      return OdDxfTagList(tags.begin() + static_cast<long>(i), tags.end());
+  }
+  return {};
+}
+
+}  // namespace entities_test
