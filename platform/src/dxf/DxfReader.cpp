@@ -12,6 +12,7 @@
 #include "DbBlockTableRecord.h"
 #include "DbDatabase.h"
 #include "DbDictionary.h"
+#include "DbPolyline.h"
 #include "DbProxy.h"
 #include "DbSymbolTable.h"
 #include "DxfFile.h"
@@ -444,7 +445,16 @@ void DxfReader::readEntityList(const OdDbObjectId& blockId, bool entitiesSection
       }
       owner = spaceFor(paper);
     }
-    OdDbObjectPtr object = makeObject(classFor(dxfName, true), dxfName, complex.get() ? complex->objectId() : owner);
+    OdRxClass* cls = classFor(dxfName, true);
+    if (complex.get() && dxfName == L"VERTEX") {
+      // A vertex takes its polyline's kind: R12 files often leave out its flags.
+      int flags = 0;
+      for (size_t i = 0; i < m_bodyCount; ++i) {
+        if (m_body[i].code == 70) { flags = static_cast<int>(m_body[i].i); break; }
+      }
+      cls = odDbVertexClassForPolyline(complex.get(), flags);
+    }
+    OdDbObjectPtr object = makeObject(cls, dxfName, complex.get() ? complex->objectId() : owner);
     auto* entity = dynamic_cast<OdDbEntity*>(object.get());
     if (!entity) {
       repair(OdString().format(L"line %d: %ls is not an entity; dropped", m_bodyLine, dxfName.c_str()));

@@ -29,7 +29,8 @@ OdResult odDbMapPlane(const OdGeVector3d& normal, const OdGeMatrix3d& xform, OdD
   const OdGeVector3d z = xform * zAxis;
   const OdGeVector3d cross = x.crossProduct(y);
   const double xLength = x.length(), yLength = y.length(), crossLength = cross.length();
-  if (xLength == 0.0 || yLength == 0.0 || crossLength <= 1e-12 * xLength * yLength) return eDegenerateGeometry;
+  if (xLength == 0.0 || yLength == 0.0 || crossLength <= 1e-12 * xLength * yLength)
+    return eDegenerateGeometry;
   OdGeVector3d newNormal = cross / crossLength;
   const double along = z.dotProduct(newNormal);
   // The new normal follows the transformed normal; when that flips the plane's
@@ -113,11 +114,14 @@ bool OdDbBulgePath::isArc(int segment) const {
   return bulges[static_cast<size_t>(segment)] != 0.0 && !isDegenerate(segment);
 }
 
-OdGePoint3d OdDbBulgePath::toWorld(const OdGePoint2d& point) const { return odgeOcsToWcs(point, elevation, normal); }
+OdGePoint3d OdDbBulgePath::toWorld(const OdGePoint2d& point) const {
+  return odgeOcsToWcs(point, elevation, normal);
+}
 
 bool OdDbBulgePath::arcAt(int segment, OdGeCircArc3d& arc) const {
   if (!isArc(segment)) return false;
-  return odgeArcFromBulge(points[static_cast<size_t>(segment)], points[static_cast<size_t>(segmentEnd(segment))],
+  return odgeArcFromBulge(points[static_cast<size_t>(segment)],
+                          points[static_cast<size_t>(segmentEnd(segment))],
                           bulges[static_cast<size_t>(segment)], elevation, normal, arc);
 }
 
@@ -319,15 +323,18 @@ int findSpan(const OdDbNurbs& c, double u) {
   int low = c.degree, high = n + 1;
   int mid = (low + high) / 2;
   while (u < k[static_cast<size_t>(mid)] || u >= k[static_cast<size_t>(mid + 1)]) {
-    if (u < k[static_cast<size_t>(mid)]) high = mid;
-    else low = mid;
+    if (u < k[static_cast<size_t>(mid)])
+      high = mid;
+    else
+      low = mid;
     mid = (low + high) / 2;
   }
   return mid;
 }
 
 // The p + 1 basis functions of degree p that are non-zero on the span.
-void basisFunctions(const std::vector<double>& knots, int span, double u, int p, std::vector<double>& values) {
+void basisFunctions(const std::vector<double>& knots, int span, double u, int p,
+                    std::vector<double>& values) {
   values.assign(static_cast<size_t>(p + 1), 0.0);
   std::vector<double> left(static_cast<size_t>(p + 1)), right(static_cast<size_t>(p + 1));
   values[0] = 1.0;
@@ -347,8 +354,8 @@ void basisFunctions(const std::vector<double>& knots, int span, double u, int p,
 
 // Basis functions and their first derivatives on the span (index j stands for
 // the function of control point span - p + j).
-void basisWithDerivatives(const std::vector<double>& knots, int span, double u, int p, std::vector<double>& values,
-                          std::vector<double>& derivatives) {
+void basisWithDerivatives(const std::vector<double>& knots, int span, double u, int p,
+                          std::vector<double>& values, std::vector<double>& derivatives) {
   basisFunctions(knots, span, u, p, values);
   derivatives.assign(static_cast<size_t>(p + 1), 0.0);
   if (p == 0) return;
@@ -370,10 +377,12 @@ void basisWithDerivatives(const std::vector<double>& knots, int span, double u, 
 }
 
 // 8-point Gauss-Legendre nodes and weights on [-1, 1].
-constexpr double kGaussNodes[8] = {-0.9602898564975363, -0.7966664774136267, -0.5255324099163290, -0.1834346424956498,
-                                   0.1834346424956498,  0.5255324099163290,  0.7966664774136267,  0.9602898564975363};
-constexpr double kGaussWeights[8] = {0.1012285362903763, 0.2223810344533745, 0.3137066458778873, 0.3626837833783620,
-                                     0.3626837833783620, 0.3137066458778873, 0.2223810344533745, 0.1012285362903763};
+constexpr double kGaussNodes[8] = {-0.9602898564975363, -0.7966664774136267, -0.5255324099163290,
+                                   -0.1834346424956498, 0.1834346424956498,  0.5255324099163290,
+                                   0.7966664774136267,  0.9602898564975363};
+constexpr double kGaussWeights[8] = {0.1012285362903763, 0.2223810344533745, 0.3137066458778873,
+                                     0.3626837833783620, 0.3626837833783620, 0.3137066458778873,
+                                     0.2223810344533745, 0.1012285362903763};
 
 template <class F>
 double integrate(double a, double b, F f) {
@@ -391,11 +400,17 @@ double goldenMinimum(double a, double b, F f) {
   double fc = f(c), fd = f(d);
   for (int i = 0; i < 100 && b - a > 1e-15 * (1.0 + std::fabs(a) + std::fabs(b)); ++i) {
     if (fc < fd) {
-      b = d; d = c; fd = fc;
-      c = b - ratio * (b - a); fc = f(c);
+      b = d;
+      d = c;
+      fd = fc;
+      c = b - ratio * (b - a);
+      fc = f(c);
     } else {
-      a = c; c = d; fc = fd;
-      d = a + ratio * (b - a); fd = f(d);
+      a = c;
+      c = d;
+      fc = fd;
+      d = a + ratio * (b - a);
+      fd = f(d);
     }
   }
   return fc < fd ? c : d;
@@ -515,7 +530,8 @@ double OdDbNurbs::closestParam(const OdGePoint3d& point) const {
   constexpr int kSamples = 16;
   std::vector<double> params;
   for (size_t s = 0; s + 1 < breaks.size(); ++s) {
-    for (int i = 0; i < kSamples; ++i) params.push_back(breaks[s] + (breaks[s + 1] - breaks[s]) * i / kSamples);
+    for (int i = 0; i < kSamples; ++i)
+      params.push_back(breaks[s] + (breaks[s + 1] - breaks[s]) * i / kSamples);
   }
   params.push_back(endParam());
   size_t best = 0;
@@ -529,7 +545,28 @@ double OdDbNurbs::closestParam(const OdGePoint3d& point) const {
   }
   const double a = params[best > 0 ? best - 1 : 0], b = params[std::min(best + 1, params.size() - 1)];
   if (b <= a) return params[best];
-  return goldenMinimum(a, b, [&](double u) { return pointAt(u).distanceTo(point); });
+  double u = goldenMinimum(a, b, [&](double t) { return pointAt(t).distanceTo(point); });
+  // The distance is flat at its minimum, so the search leaves the parameter only
+  // roughly placed: Newton steps on (C(u) - P) . C'(u) = 0 place it exactly.
+  auto slope = [&](double t) {
+    OdGePoint3d p;
+    OdGeVector3d d;
+    evaluate(t, p, &d);
+    return (p - point).dotProduct(d);
+  };
+  const double h = 1e-7 * (b - a);
+  double nearest = pointAt(u).distanceTo(point);
+  for (int i = 0; i < 8; ++i) {
+    const double f = slope(u), df = (slope(u + h) - slope(u - h)) / (2.0 * h);
+    if (df == 0.0 || !std::isfinite(f / df)) break;
+    const double next = std::clamp(u - f / df, a, b);
+    const double distance = pointAt(next).distanceTo(point);
+    if (distance > nearest) break;
+    nearest = distance;
+    if (next == u) break;
+    u = next;
+  }
+  return u;
 }
 
 OdGeExtents3d OdDbNurbs::extents() const {
@@ -538,7 +575,8 @@ OdGeExtents3d OdDbNurbs::extents() const {
   constexpr int kSamples = 32;
   std::vector<double> params;
   for (size_t s = 0; s + 1 < breaks.size(); ++s) {
-    for (int i = 0; i < kSamples; ++i) params.push_back(breaks[s] + (breaks[s + 1] - breaks[s]) * i / kSamples);
+    for (int i = 0; i < kSamples; ++i)
+      params.push_back(breaks[s] + (breaks[s + 1] - breaks[s]) * i / kSamples);
   }
   params.push_back(endParam());
   std::vector<OdGePoint3d> samples;
@@ -582,8 +620,9 @@ double OdDbNurbs::signedArea(const OdGeVector3d& normal) const {
   return area;
 }
 
-bool OdDbNurbs::interpolate(const std::vector<OdGePoint3d>& fitPoints, int degree, const OdGeVector3d& startTangent,
-                            const OdGeVector3d& endTangent, OdDbNurbs& curve) {
+bool OdDbNurbs::interpolate(const std::vector<OdGePoint3d>& fitPoints, int degree,
+                            const OdGeVector3d& startTangent, const OdGeVector3d& endTangent,
+                            OdDbNurbs& curve) {
   std::vector<OdGePoint3d> q;
   for (const OdGePoint3d& p : fitPoints) {
     if (q.empty() || !p.isEqualTo(q.back())) q.push_back(p);
@@ -623,7 +662,9 @@ bool OdDbNurbs::interpolate(const std::vector<OdGePoint3d>& fitPoints, int degre
     std::vector<double> row(count, 0.0), values, derivatives;
     const int span = findSpan(curve, param);
     basisWithDerivatives(curve.knots, span, param, p, values, derivatives);
-    for (int j = 0; j <= p; ++j) row[static_cast<size_t>(span - p + j)] = derivative ? derivatives[static_cast<size_t>(j)] : values[static_cast<size_t>(j)];
+    for (int j = 0; j <= p; ++j)
+      row[static_cast<size_t>(span - p + j)] =
+          derivative ? derivatives[static_cast<size_t>(j)] : values[static_cast<size_t>(j)];
     matrix.push_back(std::move(row));
     rhs.push_back(value);
   };

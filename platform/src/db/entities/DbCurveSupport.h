@@ -57,7 +57,9 @@ class OdDbBulgePath {
 
   int numSegments() const;
   // End index of a segment (wraps for the closing segment).
-  int segmentEnd(int segment) const { return segment + 1 < static_cast<int>(points.size()) ? segment + 1 : 0; }
+  int segmentEnd(int segment) const {
+    return segment + 1 < static_cast<int>(points.size()) ? segment + 1 : 0;
+  }
   bool isArc(int segment) const;
   bool isDegenerate(int segment) const;
   OdGePoint3d toWorld(const OdGePoint2d& point) const;
@@ -118,6 +120,6 @@ struct OdDbNurbs {
 
   // Global interpolation through the points: chord-length parameters on [0, 1],
   // averaged knots; with non-zero tangents, the end derivatives are matched too.
-  static bool interpolate(const std::vector<OdGePoint3d>& fitPoints, int degree, const OdGeVector3d& startTangent,
-                          const OdGeVector3d& endTangent, OdDbNurbs& curve);
+  static bool interpolate(const std::vector<OdGePoint3d>& fitPoints, int degree,
+                          const OdGeVector3d& startTangent, const OdGeVector3d& endTangent, OdDbNurbs& curve);
 };
