@@ -174,7 +174,9 @@ void DxfReader::scanHeaderForEncoding() {
   }
   m_report.versionName = acadver;
   m_report.version = acadver.isEmpty() ? OdDb::vAC09 : odDxfVersionFromName(acadver);
-  m_ctx.fileVersion = acadver.isEmpty() ? OdDb::kDHL_CURRENT : m_report.version;
+  // Groups are matched by the file's version from R13 on; older files (and
+  // files without a version) may carry later groups, so nothing is held back.
+  m_ctx.fileVersion = acadver.isEmpty() || m_report.version < OdDb::vAC12 ? OdDb::kDHL_CURRENT : m_report.version;
   m_in.setCodePage(OdDxf::stringCodePageOf(acadver.c_str(), codepage.c_str()));
 }
 
@@ -385,7 +387,7 @@ void DxfReader::readBlocks() {
       blockId = m_db->addOdDbObject(record.get(), m_db->getBlockTableId());
       static_cast<OdDbSymbolTable*>(table.get())->appendRecordId(blockId);
       m_blocksByName[name] = blockId;
-      if (m_ctx.fileVersion >= OdDb::vAC12 && m_hasHeader) {
+      if (m_report.version >= OdDb::vAC12 && m_hasHeader) {
         repair(OdString().format(L"line %d: block '%ls' had no block record; record added", blockLine, name.c_str()));
       }
     }
@@ -599,10 +601,10 @@ OdDbObjectId DxfReader::addWithHandle(OdDbObject* object, const Header& header, 
     repair(OdString().format(L"line %d: %ls has the handle %ls of another object; given a new handle", m_bodyLine,
                              what.c_str(), OdDbHandle(header.handle).ascii().c_str()));
     m_duplicateHandles.insert(header.handle);
-  } else if (m_ctx.fileVersion >= OdDb::vAC12 && m_hasHeader) {
-    repair(OdString().format(L"line %d: %ls had no handle; given a new one", m_bodyLine, what.c_str()));
   } else if (header.hasHandle && !header.handleValid) {
     repair(OdString().format(L"line %d: %ls had an empty handle; given a new one", m_bodyLine, what.c_str()));
+  } else if (m_report.version >= OdDb::vAC12 && m_hasHeader) {
+    repair(OdString().format(L"line %d: %ls had no handle; given a new one", m_bodyLine, what.c_str()));
   }
   // New handles are handed out once every handle of the file is known.
   OdDbObjectId id = m_db->addOdDbObject(object, owner, OdDbHandle(0x7FFFFFFF00000000ull + m_objectsWithoutHandle.size() + 1));
@@ -686,7 +688,7 @@ void DxfReader::ensureTables() {
     OdDbObjectId id = m_db->addOdDbObject(static_cast<OdDbObject*>(table.get()));
     m_db->setTableId(kind.table, id);
     m_objectsWithoutHandle.push_back(id);
-    if (m_hasHeader && m_ctx.fileVersion >= OdDb::vAC12) {
+    if (m_hasHeader && m_report.version >= OdDb::vAC12) {
       repair(OdString().format(L"missing %ls table added", kind.name));
     }
   }
@@ -714,7 +716,7 @@ void DxfReader::ensureSpaces() {
 // ---------------------------------------------------------------- after reading
 
 void DxfReader::ensureStandardRecords() {
-  const bool report = m_hasHeader && m_ctx.fileVersion >= OdDb::vAC12;
+  const bool report = m_hasHeader && m_report.version >= OdDb::vAC12;
   auto ensure = [&](OdDbNameTable kind, const wchar_t* name, auto setup) {
     if (!m_db->findRecord(kind, name).isNull()) return;
     const OdDxfTableKind* tableKind = odDxfTableKind(kind);
@@ -759,7 +761,7 @@ void DxfReader::resolveDeferredNames() {
           id = m_db->addOdDbObject(layer.get(), table->objectId());
           table->appendRecordId(id);
           m_objectsWithoutHandle.push_back(id);
-          if (m_hasHeader && m_ctx.fileVersion >= OdDb::vAC12) {
+          if (m_hasHeader && m_report.version >= OdDb::vAC12) {
             repair(OdString().format(L"layer '%ls' used by %ls was missing; added", d.name.c_str(), what.c_str()));
           }
           break;
@@ -796,7 +798,7 @@ void DxfReader::resolveDeferredNames() {
 }
 
 void DxfReader::ensureRootDictionaries() {
-  const bool report = m_hasHeader && m_ctx.fileVersion >= OdDb::vAC12;
+  const bool report = m_hasHeader && m_report.version >= OdDb::vAC12;
   OdDbObjectId nodId = m_db->getNamedObjectsDictionaryId();
   if (nodId.isNull()) {
     OdDbDictionaryPtr nod = OdDbDictionary::createObject();
@@ -918,7 +920,7 @@ void DxfReader::finish() {
     OdDbObjectPtr open = id.openObject(OdDb::kForWrite);
     block->createBlockMarkersInternal();
     block->setModifiedInternal(false);
-    if (m_hasHeader && m_ctx.fileVersion >= OdDb::vAC12 && !block->isModelSpace() && !block->isPaperSpace()) {
+    if (m_hasHeader && m_report.version >= OdDb::vAC12 && !block->isModelSpace() && !block->isPaperSpace()) {
       repair(OdString().format(L"block %ls had a record but no definition; an empty definition added", block->getName().c_str()));
     }
   }

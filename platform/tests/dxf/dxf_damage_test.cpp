@@ -53,8 +53,8 @@ TEST(DamagedFiles, DuplicateAndMissingHandlesGetNewOnesAndAreReported) {
   const auto ids = modelSpaceIds(odDxfReadBuffer(data).get());
   ASSERT_EQ(ids.size(), 2u);
   // Give the second line the first one's handle, then drop the handle altogether.
-  const std::string first = "\n  5\n" + ids[0].handle().ascii().toUtf8() + "\r";
-  const std::string second = "\n  5\n" + ids[1].handle().ascii().toUtf8() + "\r";
+  const std::string first = "\n  5\r\n" + ids[0].handle().ascii().toUtf8() + "\r\n";
+  const std::string second = "\n  5\r\n" + ids[1].handle().ascii().toUtf8() + "\r\n";
   std::string duplicate = data;
   duplicate.replace(duplicate.find(second), second.size(), first);
   OdDxfReadReport report;
@@ -66,7 +66,7 @@ TEST(DamagedFiles, DuplicateAndMissingHandlesGetNewOnesAndAreReported) {
   EXPECT_GE(db->handseed().value(), std::max(read[0].handle().value(), read[1].handle().value()) + 1);
 
   std::string missing = data;
-  missing.replace(missing.find(second), second.size(), "\n  5\n\r");
+  missing.replace(missing.find(second), second.size(), "\n  5\r\n\r\n");
   report = {};
   db = odDxfReadBuffer(missing, &report);
   EXPECT_TRUE(hasRepair(report, L"empty handle")) << report.repairs.size();

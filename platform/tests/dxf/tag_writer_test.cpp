@@ -71,11 +71,7 @@ class RandomTags {
       }
       case 3: return integerTag();
       case 4: {
-        if (pick(20) == 0) {  // a handle whose text is not hex stays as text
-          OdDxfTag tag = OdDxfTag::handle(330, 0);
-          tag.s = L"no handle";
-          return tag;
-        }
+        if (pick(20) == 0) return OdDxfTag::str(330, L"no handle");  // text that is no handle stays text
         return OdDxfTag::handle(pickOf({5, 105, 330, 360, 390, 480, 1005}), m_random() >> pick(64));
       }
       case 5: {
