@@ -1,5 +1,6 @@
 // Small helpers shared by the benchmark programs: wall-clock timing and
-// memory figures from the kernel.
+// memory figures from the kernel. Programs print processor time beside wall
+// time where other work on the machine may slow them.
 #pragma once
 
 #include <malloc.h>

@@ -2,6 +2,7 @@
 // tables and dictionaries, header variables, undo and reactors.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -70,9 +71,13 @@ class OdDbDatabase : public OdRxObject {
   OdDbObjectIdArray allObjectIds() const;
   // Number of handles in use (objects and dangling references).
   size_t numberOfHandles() const;
-  // Calls fn(id) for every id that has an object, in no particular order.
+  // Calls fn(id) for every id that has an object, in no particular order
+  // (fast: no sorting).
   template <class Fn>
-  void forEachObjectId(Fn&& fn) const;
+  void forEachObjectId(Fn&& fn) const {
+    visitObjectIds(&fn, [](void* context, const OdDbObjectId& id) { (*static_cast<Fn*>(context))(id); });
+  }
+  void visitObjectIds(void* context, void (*visit)(void*, const OdDbObjectId&)) const;
 
   // Tables and dictionaries.
   OdDbObjectId getBlockTableId() const { return m_blockTableId; }
@@ -142,6 +147,18 @@ class OdDbDatabase : public OdRxObject {
   bool getANGDIR() const { return headerInt(L"$ANGDIR", 0) != 0; }
   int getDWGCODEPAGE() const;
 
+  // The properties new entities take (current layer, linetype, colour,
+  // scale, lineweight, text style and size), kept until a header variable
+  // changes or a record they name goes away.
+  struct EntityDefaults {
+    OdDbObjectId layer, linetype, textStyle;
+    OdCmColor color;
+    double linetypeScale = 1.0;
+    double textSize = 2.5;
+    OdDb::LineWeight lineWeight = OdDb::kLnWtByLayer;
+  };
+  const EntityDefaults& entityDefaults() const;
+
   // Version of the file the database was read from (new drawings: R2018).
   OdDb::DwgVersion originalFileVersion() const { return m_fileVersion; }
   void setOriginalFileVersion(OdDb::DwgVersion version) { m_fileVersion = version; }
@@ -202,6 +219,9 @@ class OdDbDatabase : public OdRxObject {
       m_regAppTableId, m_ucsTableId, m_viewTableId, m_viewportTableId, m_namedObjectsDictionaryId;
   OdDbObjectId m_currentSpaceId;
   std::vector<OdDbHeaderVariable> m_header;
+  std::map<OdString, size_t, OdStringLessNoCase> m_headerIndex;
+  mutable EntityDefaults m_defaults;
+  mutable bool m_defaultsValid = false;
   std::vector<OdDbClassRecord> m_classRecords;
   std::vector<RawSection> m_rawSections;
   std::unique_ptr<OdDbUndoController> m_undo;
@@ -221,7 +241,3 @@ class OdDbStub {
   bool isErased() const { return flags & kErased; }
 };
 
-template <class Fn>
-void OdDbDatabase::forEachObjectId(Fn&& fn) const {
-  for (const OdDbObjectId& id : allObjectIds()) fn(id);
-}

@@ -231,8 +231,21 @@ double odRadiansToDegrees(double radians);
 // A field with its own codec; the codec must outlive the schema (use a static).
 OdDbField odCustomField(const OdDbFieldCodec& codec, const wchar_t* name = L"");
 
+// Where written groups go: a tag list, or straight into a file.
+class OdDbTagSink {
+ public:
+  virtual ~OdDbTagSink() = default;
+  virtual void addTag(const OdDxfTag& tag) = 0;
+  virtual void addString(int code, const OdString& value) { addTag(OdDxfTag::str(code, value)); }
+  virtual void addReal(int code, double value) { addTag(OdDxfTag::real(code, value)); }
+  virtual void addPoint(int code, double x, double y, double z, int dims) { addTag(OdDxfTag::point(code, x, y, z, dims)); }
+  virtual void addInteger(int code, OdInt64 value) { addTag(OdDxfTag::integer(code, value)); }
+  virtual void addHandle(int code, OdUInt64 value) { addTag(OdDxfTag::handle(code, value)); }
+};
+
 // Tag conversion of whole objects, derived from their class's field table.
 namespace OdDbSchemaIo {
+void writeFields(const OdDbObject* object, OdDbTagSink& out, OdDbTagContext& ctx, bool withMarkers);
 // The tags of one subclass of the object (fields and the unknown tags kept in it).
 void writeFields(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext& ctx, bool withMarkers);
 // Reads body tags (subclass markers and fields) into the object. Tags that

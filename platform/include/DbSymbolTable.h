@@ -4,6 +4,8 @@
 // DbBlockTableRecord.h.
 #pragma once
 
+#include <unordered_map>
+
 #include "CmColor.h"
 #include "DbObject.h"
 
@@ -18,6 +20,7 @@ class OdDbSymbolTableRecord : public OdDbObject {
   const OdString& getName() const { return m_name; }
   OdResult getName(OdString& name) const { name = m_name; return eOk; }
   OdResult setName(const OdString& name);
+  OdResult dwgInFields(OdDbDwgFiler* filer) override;
   // Dependent on an external reference ("XREF|NAME").
   bool isDependent() const { return (m_flags & 16) != 0; }
   bool isResolved() const { return (m_flags & 32) != 0; }
@@ -75,12 +78,17 @@ class OdDbSymbolTable : public OdDbObject {
   // Internal to the platform: keeps the name index in step with renames and
   // with records added by the reader.
   void appendRecordId(const OdDbObjectId& id);
-  void recordRenamed(const OdDbObjectId& id);
+  void recordRenamed(const OdDbObjectId& id) const;
   void dwgOutFields(OdDbDwgFiler* filer) const override;
   OdResult dwgInFields(OdDbDwgFiler* filer) override;
 
  protected:
+  void rebuildIndex() const;
+
   OdDbObjectIdArray m_records;
+  // Records by upper-case name, rebuilt after renames.
+  mutable std::unordered_map<std::wstring, OdDbObjectIdArray> m_index;
+  mutable bool m_indexDirty = true;
 };
 
 #define ODDB_DECLARE_TABLE(TableClass, RecordClass)                                               \

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "DbBlockTableRecord.h"
 
 #include "DbBlockReference.h"
@@ -60,11 +62,12 @@ OdResult OdDbBlockTableRecord::getBlockReferenceIds(OdDbObjectIdArray& ids, bool
   OdDbDatabase* db = database();
   if (!db) return eNoDatabase;
   const OdDbObjectId self = objectId();
-  for (const OdDbObjectId& id : db->allObjectIds()) {
-    if (id.isErased()) continue;
+  db->forEachObjectId([&](const OdDbObjectId& id) {
+    if (id.isErased()) return;
     auto* ref = dynamic_cast<OdDbBlockReference*>(id.stub()->object);
     if (ref && ref->blockTableRecord() == self) ids.append(id);
-  }
+  });
+  std::sort(ids.begin(), ids.end());
   return eOk;
 }
 

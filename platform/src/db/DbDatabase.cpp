@@ -154,6 +154,12 @@ OdDbObjectIdArray OdDbDatabase::allObjectIds() const {
   return ids;
 }
 
+void OdDbDatabase::visitObjectIds(void* context, void (*visit)(void*, const OdDbObjectId&)) const {
+  m_stubs->forEach([&](OdDbStub* stub) {
+    if (stub->object) visit(context, OdDbObjectId(stub));
+  });
+}
+
 size_t OdDbDatabase::numberOfHandles() const { return m_handles->count; }
 
 // ---------------------------------------------------------------- tables
@@ -244,23 +250,45 @@ OdDbObjectId OdDbDatabase::getDimStyleStandardId() const { return findRecord(OdD
 // ---------------------------------------------------------------- header
 
 const OdDxfTagList* OdDbDatabase::headerVariable(const OdString& name) const {
-  for (const auto& var : m_header) {
-    if (var.name.iCompare(name) == 0) return &var.tags;
-  }
-  return nullptr;
+  auto it = m_headerIndex.find(name);
+  return it == m_headerIndex.end() ? nullptr : &m_header[it->second].tags;
 }
 
 void OdDbDatabase::setHeaderVariable(const OdString& name, const OdDxfTagList& tags) {
   m_undo->recordHeaderChange(name, headerVariable(name));
   fireHeaderChange(name, true);
-  auto it = std::find_if(m_header.begin(), m_header.end(), [&](const auto& v) { return v.name.iCompare(name) == 0; });
-  if (it != m_header.end()) it->tags = tags;
-  else m_header.push_back({name, tags});
+  auto it = m_headerIndex.find(name);
+  if (it != m_headerIndex.end()) {
+    m_header[it->second].tags = tags;
+  } else {
+    m_headerIndex.emplace(name, m_header.size());
+    m_header.push_back({name, tags});
+  }
+  m_defaultsValid = false;
   fireHeaderChange(name, false);
 }
 
 void OdDbDatabase::removeHeaderVariable(const OdString& name) {
   std::erase_if(m_header, [&](const auto& v) { return v.name.iCompare(name) == 0; });
+  m_headerIndex.clear();
+  for (size_t i = 0; i < m_header.size(); ++i) m_headerIndex.emplace(m_header[i].name, i);
+  m_defaultsValid = false;
+}
+
+const OdDbDatabase::EntityDefaults& OdDbDatabase::entityDefaults() const {
+  const bool stale = !m_defaultsValid || m_defaults.layer.isErased() || m_defaults.linetype.isErased() ||
+                     m_defaults.textStyle.isErased() || m_defaults.layer.isNull();
+  if (stale) {
+    m_defaults.layer = getCLAYER();
+    m_defaults.linetype = getCELTYPE();
+    m_defaults.textStyle = getTEXTSTYLE();
+    m_defaults.color = getCECOLOR();
+    m_defaults.linetypeScale = getCELTSCALE();
+    m_defaults.textSize = getTEXTSIZE();
+    m_defaults.lineWeight = getCELWEIGHT();
+    m_defaultsValid = true;
+  }
+  return m_defaults;
 }
 
 double OdDbDatabase::headerReal(const OdString& name, double defaultValue) const {

@@ -193,11 +193,12 @@ void OdDbEntity::setDatabaseDefaults(OdDbDatabase* database, bool) {
   OdDbDatabase* db = database ? database : this->database();
   if (!db) return;
   assertWriteEnabled();
-  m_layerId = db->getCLAYER();
-  m_linetypeId = db->getCELTYPE();
-  m_color = db->getCECOLOR().entityColor();
-  m_linetypeScale = db->getCELTSCALE();
-  m_lineWeight = static_cast<OdInt16>(db->getCELWEIGHT());
+  const OdDbDatabase::EntityDefaults& defaults = db->entityDefaults();
+  m_layerId = defaults.layer;
+  m_linetypeId = defaults.linetype;
+  m_color = defaults.color.entityColor();
+  m_linetypeScale = defaults.linetypeScale;
+  m_lineWeight = static_cast<OdInt16>(defaults.lineWeight);
   subSetDatabaseDefaults(db);
 }
 

@@ -71,34 +71,35 @@ const OdDbClassSchema* schemaOf(const OdDbObject* object) {
   return nullptr;
 }
 
-void appendFieldTags(const OdDbObject* object, const OdDbField& field, OdDxfTagList& out, OdDbTagContext& ctx) {
+void appendFieldTags(const OdDbObject* object, const OdDbField& field, OdDbTagSink& out, OdDbTagContext& ctx,
+                     OdDxfTagList& scratch) {
   const void* p = field.ref(object);
   switch (field.kind) {
-    case OdDbFieldKind::kBool: out.push_back(OdDxfTag::integer(field.code, at<bool>(p) ? 1 : 0)); break;
-    case OdDbFieldKind::kInt8: out.push_back(OdDxfTag::integer(field.code, at<OdInt8>(p))); break;
-    case OdDbFieldKind::kInt16: out.push_back(OdDxfTag::integer(field.code, at<OdInt16>(p))); break;
-    case OdDbFieldKind::kInt32: out.push_back(OdDxfTag::integer(field.code, at<OdInt32>(p))); break;
-    case OdDbFieldKind::kInt64: out.push_back(OdDxfTag::integer(field.code, at<OdInt64>(p))); break;
+    case OdDbFieldKind::kBool: out.addInteger(field.code, at<bool>(p) ? 1 : 0); break;
+    case OdDbFieldKind::kInt8: out.addInteger(field.code, at<OdInt8>(p)); break;
+    case OdDbFieldKind::kInt16: out.addInteger(field.code, at<OdInt16>(p)); break;
+    case OdDbFieldKind::kInt32: out.addInteger(field.code, at<OdInt32>(p)); break;
+    case OdDbFieldKind::kInt64: out.addInteger(field.code, at<OdInt64>(p)); break;
     case OdDbFieldKind::kDouble: {
       double value = at<double>(p);
       if (field.flags & OdDbField::kAngleDegrees) value = odRadiansToDegrees(value);
-      out.push_back(OdDxfTag::real(field.code, value));
+      out.addReal(field.code, value);
       break;
     }
-    case OdDbFieldKind::kString: out.push_back(OdDxfTag::str(field.code, at<OdString>(p))); break;
+    case OdDbFieldKind::kString: out.addString(field.code, at<OdString>(p)); break;
     case OdDbFieldKind::kPoint2d: {
       const auto& pt = at<OdGePoint2d>(p);
-      out.push_back(OdDxfTag::point(field.code, pt.x, pt.y, 0, 2));
+      out.addPoint(field.code, pt.x, pt.y, 0, 2);
       break;
     }
     case OdDbFieldKind::kPoint3d: {
       const auto& pt = at<OdGePoint3d>(p);
-      out.push_back(OdDxfTag::point(field.code, pt.x, pt.y, pt.z, 3));
+      out.addPoint(field.code, pt.x, pt.y, pt.z, 3);
       break;
     }
     case OdDbFieldKind::kVector3d: {
       const auto& v = at<OdGeVector3d>(p);
-      out.push_back(OdDxfTag::point(field.code, v.x, v.y, v.z, 3));
+      out.addPoint(field.code, v.x, v.y, v.z, 3);
       break;
     }
     case OdDbFieldKind::kHardOwner:
@@ -106,19 +107,32 @@ void appendFieldTags(const OdDbObject* object, const OdDbField& field, OdDxfTagL
     case OdDbFieldKind::kHardPointer:
     case OdDbFieldKind::kSoftPointer: {
       const auto& id = at<OdDbObjectId>(p);
-      out.push_back(OdDxfTag::handle(field.code, id.isNull() ? 0 : id.handle().value()));
+      out.addHandle(field.code, id.isNull() ? 0 : id.handle().value());
       break;
     }
     case OdDbFieldKind::kNameRef: {
       const auto& id = at<OdDbObjectId>(p);
       OdString name = ctx.nameOf(id);
       if (name.isEmpty() && field.defaultName) name = field.defaultName;
-      out.push_back(OdDxfTag::str(field.code, name));
+      out.addString(field.code, name);
       break;
     }
-    case OdDbFieldKind::kCustom: field.codec->toTags(object, out, ctx); break;
+    case OdDbFieldKind::kCustom:
+      scratch.clear();
+      field.codec->toTags(object, scratch, ctx);
+      for (const auto& tag : scratch) out.addTag(tag);
+      break;
   }
 }
+
+class ListSink : public OdDbTagSink {
+ public:
+  explicit ListSink(OdDxfTagList& list) : m_list(list) {}
+  void addTag(const OdDxfTag& tag) override { m_list.push_back(tag); }
+
+ private:
+  OdDxfTagList& m_list;
+};
 
 OdInt64 tagInteger(const OdDxfTag& tag) {
   switch (tag.type) {
@@ -312,15 +326,20 @@ OdInt64& OdDbTagContext::codecState(const void* key) {
 }
 
 OdString OdDbTagContext::nameOf(const OdDbObjectId& id) const {
-  if (id.isNull()) return OdString();
-  OdDbObjectPtr object = id.openObject(OdDb::kForRead, true);
-  if (auto* record = dynamic_cast<OdDbSymbolTableRecord*>(object.get())) return record->getName();
-  return OdString();
+  // Read straight from the record: no open, no notification.
+  if (id.isNull() || !id.isValid()) return OdString();
+  auto* record = dynamic_cast<const OdDbSymbolTableRecord*>(id.stub()->object);
+  return record ? record->getName() : OdString();
 }
 
 namespace OdDbSchemaIo {
 
-void writeFields(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext& ctx, bool withMarkers) {
+void writeFields(const OdDbObject* object, OdDxfTagList& list, OdDbTagContext& ctx, bool withMarkers) {
+  ListSink sink(list);
+  writeFields(object, sink, ctx, withMarkers);
+}
+
+void writeFields(const OdDbObject* object, OdDbTagSink& out, OdDbTagContext& ctx, bool withMarkers) {
   const OdDbClassSchema* schema = schemaOf(object);
   if (!schema) return;
   if (schema->hooks.beforeWrite) schema->hooks.beforeWrite(object);
@@ -334,25 +353,26 @@ void writeFields(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext& ct
   auto flushUnknown = [&](int sub, int field) {
     while (unknown && next < unknown->size() &&
            ((*unknown)[next].subclass < sub || ((*unknown)[next].subclass == sub && (*unknown)[next].afterField <= field))) {
-      out.push_back((*unknown)[next].tag);
+      out.addTag((*unknown)[next].tag);
       ++next;
     }
   };
   const bool entityList = ctx.forEntityList();
+  OdDxfTagList scratch;
   for (int si = 0; si < static_cast<int>(index.chain.size()); ++si) {
     const OdDbSubclass* sub = index.chain[static_cast<size_t>(si)];
-    if (withMarkers && sub->marker && *sub->marker) out.push_back(OdDxfTag::str(100, sub->marker));
+    if (withMarkers && sub->marker && *sub->marker) out.addString(100, sub->marker);
     flushUnknown(si, -1);
     for (int fi = 0; fi < static_cast<int>(sub->fields.size()); ++fi) {
       const OdDbField& field = sub->fields[static_cast<size_t>(fi)];
       bool skip = (field.flags & OdDbField::kNoDxf) || ctx.version() < field.minVersion ||
                   (entityList && (field.flags & OdDbField::kNoEntityList)) ||
                   ((field.flags & OdDbField::kOptional) && field.hasDefault(object));
-      if (!skip) appendFieldTags(object, field, out, ctx);
+      if (!skip) appendFieldTags(object, field, out, ctx, scratch);
       flushUnknown(si, fi);
     }
   }
-  while (unknown && next < unknown->size()) out.push_back((*unknown)[next++].tag);
+  while (unknown && next < unknown->size()) out.addTag((*unknown)[next++].tag);
 }
 
 void readFields(OdDbObject* object, const OdDxfTag* begin, const OdDxfTag* end, OdDbTagContext& ctx) {

@@ -61,9 +61,22 @@ const OdDbClassSchema& OdDbSymbolTable::classSchema() {
   return schema;
 }
 
-OdDbObjectId OdDbSymbolTable::getAt(const OdString& name, bool getErasedRecord) const {
-  OdDbObjectId erasedMatch;
+void OdDbSymbolTable::rebuildIndex() const {
+  m_index.clear();
   for (const OdDbObjectId& id : m_records) {
+    if (!id.isValid()) continue;
+    auto* record = static_cast<const OdDbSymbolTableRecord*>(id.stub()->object);
+    m_index[record->m_name.upper().str()].append(id);
+  }
+  m_indexDirty = false;
+}
+
+OdDbObjectId OdDbSymbolTable::getAt(const OdString& name, bool getErasedRecord) const {
+  if (m_indexDirty) rebuildIndex();
+  auto it = m_index.find(name.upper().str());
+  if (it == m_index.end()) return OdDbObjectId();
+  OdDbObjectId erasedMatch;
+  for (const OdDbObjectId& id : it->second) {
     if (!id.isValid()) continue;
     auto* record = static_cast<const OdDbSymbolTableRecord*>(id.stub()->object);
     if (record->m_name.iCompare(name) != 0) continue;
@@ -89,12 +102,17 @@ OdDbObjectId OdDbSymbolTable::add(OdDbSymbolTableRecord* record) {
   assertWriteEnabled();
   OdDbObjectId id = db->addOdDbObject(record, objectId());
   m_records.append(id);
+  m_indexDirty = true;
   record->subSetDatabaseDefaults(db);
   return id;
 }
 
-void OdDbSymbolTable::appendRecordId(const OdDbObjectId& id) { m_records.append(id); }
-void OdDbSymbolTable::recordRenamed(const OdDbObjectId&) {}
+void OdDbSymbolTable::appendRecordId(const OdDbObjectId& id) {
+  m_records.append(id);
+  m_indexDirty = true;
+}
+
+void OdDbSymbolTable::recordRenamed(const OdDbObjectId&) const { m_indexDirty = true; }
 
 OdDbSymbolTableIteratorPtr OdDbSymbolTable::newIterator(bool atBeginning, bool skipErased) const {
   OdDbSymbolTableIteratorPtr it(new OdDbSymbolTableIterator(m_records, skipErased));
@@ -113,6 +131,21 @@ OdResult OdDbSymbolTable::dwgInFields(OdDbDwgFiler* filer) {
   OdInt32 count = filer->rdInt32();
   m_records.clear();
   for (OdInt32 i = 0; i < count; ++i) m_records.append(filer->rdHardOwnershipId());
+  m_indexDirty = true;
+  return result;
+}
+
+namespace {
+// The table that owns a record, read from its stub (no open).
+const OdDbSymbolTable* ownerTable(const OdDbObject* record) {
+  const OdDbObjectId owner = record->ownerId();
+  return owner.isValid() ? dynamic_cast<const OdDbSymbolTable*>(owner.stub()->object) : nullptr;
+}
+}  // namespace
+
+OdResult OdDbSymbolTableRecord::dwgInFields(OdDbDwgFiler* filer) {
+  OdResult result = OdDbObject::dwgInFields(filer);
+  if (const OdDbSymbolTable* table = ownerTable(this)) table->recordRenamed(objectId());
   return result;
 }
 
@@ -175,6 +208,7 @@ OdResult OdDbSymbolTableRecord::setName(const OdString& name) {
   }
   assertWriteEnabled();
   m_name = name;
+  if (const OdDbSymbolTable* table = ownerTable(this)) table->recordRenamed(objectId());
   return eOk;
 }
 

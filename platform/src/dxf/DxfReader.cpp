@@ -6,6 +6,7 @@
 #include <fstream>
 #include <map>
 #include <set>
+#include <unordered_map>
 #include <sstream>
 
 #include "DbBlockReference.h"
@@ -44,6 +45,19 @@ class ReadContext : public OdDbTagContext {
   void deferName(OdDbObject* object, const OdDbField& field, const OdString& name) override {
     deferred.push_back({object, &field, name});
   }
+  // Entities name the same few layers and styles over and over: found names are remembered.
+  OdDbObjectId idFromName(OdDbNameTable table, const OdString& name) override {
+    std::wstring key(1, static_cast<wchar_t>(static_cast<int>(table) + 1));
+    key += name.str();
+    auto it = m_names.find(key);
+    if (it != m_names.end() && !it->second.isErased()) return it->second;
+    OdDbObjectId id = OdDbTagContext::idFromName(table, name);
+    if (!id.isNull()) m_names[key] = id;
+    return id;
+  }
+
+ private:
+  std::unordered_map<std::wstring, OdDbObjectId> m_names;
 };
 
 class DxfReader {

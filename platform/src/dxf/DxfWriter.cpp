@@ -37,6 +37,37 @@ class WriteContext : public OdDbTagContext {
 
 OdUInt64 handleOf(const OdDbObjectId& id) { return id.isNull() ? 0 : id.handle().value(); }
 
+// Fields go straight into the file; after a chosen subclass marker, extra
+// groups can be put in (the block's own values after AcDbBlockBegin).
+class WriterSink : public OdDbTagSink {
+ public:
+  explicit WriterSink(OdDxfTagWriter& out) : m_out(out) {}
+  void insertAfterMarker(const wchar_t* marker, const OdDxfTagList* tags) {
+    m_marker = marker;
+    m_insert = tags;
+  }
+  void addTag(const OdDxfTag& tag) override { m_out.writeTag(tag); }
+  void addString(int code, const OdString& value) override {
+    m_out.writeString(code, value);
+    if (code == 100 && m_insert && value == m_marker) {
+      for (const auto& tag : *m_insert) m_out.writeTag(tag);
+      m_insert = nullptr;
+    }
+  }
+  void addReal(int code, double value) override { m_out.writeDouble(code, value); }
+  void addPoint(int code, double x, double y, double z, int dims) override {
+    if (dims == 2) m_out.writePoint(code, x, y);
+    else m_out.writePoint(code, x, y, z);
+  }
+  void addInteger(int code, OdInt64 value) override { m_out.writeInt(code, value); }
+  void addHandle(int code, OdUInt64 value) override { m_out.writeHandle(code, value); }
+
+ private:
+  OdDxfTagWriter& m_out;
+  const wchar_t* m_marker = nullptr;
+  const OdDxfTagList* m_insert = nullptr;
+};
+
 class DxfWriter {
  public:
   DxfWriter(OdDbDatabase* db, OdDb::DwgVersion version)
@@ -70,8 +101,6 @@ class DxfWriter {
   OdDb::DwgVersion m_version;
   WriteContext m_ctx;
   OdDxfTagWriter m_out;
-  OdDxfTagList m_tags;
-  std::vector<const OdDbObject*> m_written;  // objects written by the table, block and entity sections
 };
 
 void DxfWriter::writeObject(const OdDbObject* object, const OdString& dxfName, int handleCode,
@@ -95,16 +124,9 @@ void DxfWriter::writeObject(const OdDbObject* object, const OdString& dxfName, i
     }
   }
   m_out.writeHandle(330, handleOf(object->ownerId()));
-  m_tags.clear();
-  OdDbSchemaIo::writeFields(object, m_tags, m_ctx, true);
-  bool inserted = false;
-  for (const auto& tag : m_tags) {
-    m_out.writeTag(tag);
-    if (insert && !inserted && tag.code == 100 && tag.s == insertAfterMarker) {
-      for (const auto& extra : *insert) m_out.writeTag(extra);
-      inserted = true;
-    }
-  }
+  WriterSink sink(m_out);
+  sink.insertAfterMarker(insertAfterMarker, insert);
+  OdDbSchemaIo::writeFields(object, sink, m_ctx, true);
   if (extras) {
     for (const auto& tag : extras->xdata) m_out.writeTag(tag);
   }
@@ -151,10 +173,12 @@ void DxfWriter::writeClasses() {
   std::vector<OdDbClassRecord> records = m_db->classRecords();
   // Classes in use that the file needs to announce and that were not read.
   std::vector<OdString> used;
+  std::vector<const OdRxClass*> seen;
   m_db->forEachObjectId([&](const OdDbObjectId& id) {
-    if (id.isErased()) return;
-    OdString name = id.stub()->object->dxfName();
-    if (odDxfStandardClass(name) && std::find(used.begin(), used.end(), name) == used.end()) used.push_back(name);
+    const OdRxClass* cls = id.stub()->object->isA();
+    if (std::find(seen.begin(), seen.end(), cls) != seen.end() || id.isErased()) return;
+    seen.push_back(cls);
+    if (odDxfStandardClass(cls->dxfName())) used.push_back(cls->dxfName());
   });
   std::sort(used.begin(), used.end());
   for (const OdString& name : used) {
@@ -187,10 +211,8 @@ void DxfWriter::writeTables() {
   for (const OdDxfTableKind& kind : odDxfTableKinds()) {
     auto* table = static_cast<OdDbSymbolTable*>(objectOf(m_db->tableId(kind.table)));
     if (!table) continue;
-    m_written.push_back(table);
     m_out.writeString(0, L"TABLE");
     m_out.writeString(2, kind.name);
-    m_tags.clear();
     // The table object itself: "0 TABLE" already stands, its name follows it.
     m_out.writeHandle(5, handleOf(table->objectId()));
     if (const OdDbObjectExtras* extras = table->extras()) {
@@ -202,8 +224,8 @@ void DxfWriter::writeTables() {
       }
     }
     m_out.writeHandle(330, handleOf(table->ownerId()));
-    OdDbSchemaIo::writeFields(table, m_tags, m_ctx, true);
-    for (const auto& tag : m_tags) m_out.writeTag(tag);
+    WriterSink sink(m_out);
+    OdDbSchemaIo::writeFields(table, sink, m_ctx, true);
     if (const OdDbObjectExtras* extras = table->extras()) {
       for (const auto& tag : extras->xdata) m_out.writeTag(tag);
     }
@@ -211,7 +233,6 @@ void DxfWriter::writeTables() {
     for (const OdDbObjectId& id : table->recordIds()) {
       const OdDbObject* record = objectOf(id);
       if (!record) continue;
-      m_written.push_back(record);
       writeObject(record, kind.recordName, handleCode);
     }
     m_out.writeString(0, L"ENDTAB");
@@ -229,7 +250,6 @@ void DxfWriter::writeBlocks() {
     const OdDbObject* begin = objectOf(block->blockBeginId());
     const OdDbObject* end = objectOf(block->blockEndId());
     if (begin) {
-      m_written.push_back(begin);
       OdDxfTagList values;
       values.push_back(OdDxfTag::str(2, block->getName()));
       values.push_back(OdDxfTag::integer(70, block->blockFlags()));
@@ -245,7 +265,6 @@ void DxfWriter::writeBlocks() {
       for (const OdDbObjectId& entityId : block->entityIds()) writeEntity(entityId);
     }
     if (end) {
-      m_written.push_back(end);
       writeObject(end, L"ENDBLK");
     }
   }
@@ -257,7 +276,6 @@ void DxfWriter::writeEntity(const OdDbObjectId& id) {
   if (!object) return;
   auto* entity = dynamic_cast<const OdDbEntity*>(object);
   if (!entity) return;
-  m_written.push_back(entity);
   writeObject(entity, entity->dxfName());
   const OdDbObjectIdArray* subs = entity->subentityIds();
   if (!subs) return;
@@ -266,14 +284,12 @@ void DxfWriter::writeEntity(const OdDbObjectId& id) {
     const OdDbObject* sub = objectOf(subId);
     if (!sub) continue;
     any = true;
-    m_written.push_back(sub);
     writeObject(sub, sub->dxfName());
   }
   // Polylines always close their vertex list; references only when they have attributes.
   if (!any && entity->isKindOf(OdDbBlockReference::desc())) return;
   const OdDbObject* seqEnd = objectOf(entity->sequenceEndId());
   if (seqEnd) {
-    m_written.push_back(seqEnd);
     writeObject(seqEnd, L"SEQEND");
   } else {
     // A complex entity made without its end marker still needs one in the file.
@@ -297,17 +313,21 @@ void DxfWriter::writeEntities() {
 
 void DxfWriter::writeObjects() {
   section(L"OBJECTS");
-  std::sort(m_written.begin(), m_written.end());
-  auto written = [&](const OdDbObject* object) { return std::binary_search(m_written.begin(), m_written.end(), object); };
   const OdDbObject* root = objectOf(m_db->getNamedObjectsDictionaryId());
   if (root) writeObject(root, root->dxfName());
-  for (const OdDbObjectId& id : m_db->allObjectIds()) {
+  // The other objects, in handle order.
+  std::vector<const OdDbObject*> rest;
+  m_db->forEachObjectId([&](const OdDbObjectId& id) {
     const OdDbObject* object = objectOf(id);
-    if (!object || object == root || written(object)) continue;
-    if (object->isKindOf(OdDbEntity::desc())) continue;  // entities of no block are not written
-    if (object->isKindOf(OdDbSymbolTable::desc()) || object->isKindOf(OdDbSymbolTableRecord::desc())) continue;
-    writeObject(object, object->dxfName());
-  }
+    // Tables, records and entities stand in their own sections (entities of no block are not written).
+    if (!object || object == root || object->isKindOf(OdDbEntity::desc())) return;
+    if (object->isKindOf(OdDbSymbolTable::desc()) || object->isKindOf(OdDbSymbolTableRecord::desc())) return;
+    rest.push_back(object);
+  });
+  std::sort(rest.begin(), rest.end(), [](const OdDbObject* a, const OdDbObject* b) {
+    return a->getDbHandle().value() < b->getDbHandle().value();
+  });
+  for (const OdDbObject* object : rest) writeObject(object, object->dxfName());
   endSection();
 }
 

@@ -143,8 +143,8 @@ void OdDbText::mirrorInY(bool on) {
 }
 
 void OdDbText::subSetDatabaseDefaults(OdDbDatabase* database) {
-  if (m_styleId.isNull()) m_styleId = database->getTEXTSTYLE();
-  if (m_height == 0) m_height = database->getTEXTSIZE();
+  if (m_styleId.isNull()) m_styleId = database->entityDefaults().textStyle;
+  if (m_height == 0) m_height = database->entityDefaults().textSize;
 }
 
 void OdDbText::getBoundingPoints(OdGePoint3dArray& points) const {
@@ -609,6 +609,6 @@ OdResult OdDbMText::transformBy(const OdGeMatrix3d& xform) {
 }
 
 void OdDbMText::subSetDatabaseDefaults(OdDbDatabase* database) {
-  if (m_styleId.isNull()) m_styleId = database->getTEXTSTYLE();
-  if (m_textHeight == 0) m_textHeight = database->getTEXTSIZE();
+  if (m_styleId.isNull()) m_styleId = database->entityDefaults().textStyle;
+  if (m_textHeight == 0) m_textHeight = database->entityDefaults().textSize;
 }
