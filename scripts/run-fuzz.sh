@@ -2,8 +2,8 @@
 # Runs the DXF reader's fuzz target for a fixed number of runs, seeded from
 # the small drawings of the corpus. Fails when the target finds a fault.
 set -euo pipefail
-fuzzer=$1
-corpus=$2
+fuzzer=$(realpath "$1")
+corpus=$(realpath "$2")
 runs=${3:-4000}
 if [ ! -x "$fuzzer" ]; then
   echo "fuzz target $fuzzer not built (needs clang with libFuzzer)" >&2

@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 
+#include "DxfFile.h"
 #include "core/Host.h"
 #include "core/Modules.h"
 
@@ -117,11 +118,16 @@ int main(int argc, char** argv) {
   host.setInput(input.get());
 
   if (!drawing.empty()) {
-    if (host.appContextOpenDocument(OdString(drawing)) != eOk) {
-      std::fflush(stdout);
-      std::fprintf(stderr, "\nryad: cannot read the drawing %s\n", drawing.c_str());
+    OdDbDatabasePtr db;
+    OdDxfReadReport report;
+    try {
+      db = odDxfReadFile(OdString(drawing), &report);
+    } catch (const OdError& error) {
+      std::fprintf(stderr, "ryad: cannot read the drawing %s: %s\n", drawing.c_str(), error.description().toUtf8().c_str());
       return 1;
     }
+    for (const auto& repair : report.repairs) host.print(L"\nRepaired: " + repair);
+    host.addDocument(db, OdString(drawing));
   } else {
     host.appContextNewDocument();
   }

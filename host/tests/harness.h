@@ -82,9 +82,18 @@ class HostSession {
   void start() {
     ryhost::Host& h = ryhost::Host::instance();
     h.reset();
-    static const std::string dataFolder =
-        (std::filesystem::temp_directory_path() / ("ryad-test-data-" + std::to_string(getpid()))).string();
-    std::filesystem::create_directories(dataFolder);
+    // One settings folder per test process, removed when the process ends.
+    struct DataFolder {
+      std::string path =
+          (std::filesystem::temp_directory_path() / ("ryad-test-data-" + std::to_string(getpid()))).string();
+      DataFolder() { std::filesystem::create_directories(path); }
+      ~DataFolder() {
+        std::error_code ec;
+        std::filesystem::remove_all(path, ec);
+      }
+    };
+    static const DataFolder folder;
+    const std::string& dataFolder = folder.path;
     h.setDataFolder(OdString(dataFolder));
     h.setProgramFolder(OdString(std::string(KESTRIX_BIN_DIR) + "/"));
     h.setInput(&m_input);

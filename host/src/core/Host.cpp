@@ -428,8 +428,10 @@ int Host::runCommandLine() {
       }
       continue;
     }
-    if (m_sysvars->find(name)) {
-      runSysVarCommand(name);
+    OdString variable = name;
+    variable.trimLeft(L'\'');
+    if (m_sysvars->find(variable)) {
+      runSysVarCommand(variable);
       continue;
     }
     print(L"\nUnknown command \"" + name.upper() + L"\".");
@@ -495,6 +497,7 @@ void Host::runSysVarCommand(const OdString& name) {
     print(L"\n" + def->name + L" = " + formatValue(current) + L" (read only)");
     return;
   }
+  bool undoStep = false;
   for (;;) {
     Reply reply = readReply(L"\nEnter new value for " + def->name + L" <" + formatValue(current) + L">: ");
     if (reply.kind != Reply::kText || reply.isEnter()) return;
@@ -506,6 +509,10 @@ void Host::runSysVarCommand(const OdString& name) {
       print(L"\nRequires a value of the variable's type.");
       continue;
     }
+    // A value set at the command prompt is an undo step of its own; inside a
+    // command (typed transparently) it belongs to that command's step.
+    if (!undoStep && m_running.empty() && m_current) m_current->database()->startUndoRecord();
+    undoStep = true;
     if (m_sysvars->set(name, value, &reason) == RTNORM) return;
     print(L"\n" + reason);
   }
