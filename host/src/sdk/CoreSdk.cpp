@@ -50,6 +50,7 @@ RbKind kindOf(int type) {
     default: break;
   }
   if (type == -1 || type == -2) return RbKind::kName;  // entity names in entity-data lists
+  if ((type >= 320 && type <= 369) || (type >= 390 && type <= 399)) return RbKind::kName;  // pointer groups: names
   if (type == -3 || type == -4) return type == -4 ? RbKind::kString : RbKind::kNone;
   switch (OdDxf::valueTypeOf(type)) {
     case OdDxf::ValueType::kString:

@@ -1,0 +1,580 @@
+// Entity-data lists: reading entities as lists, changing them from lists,
+// making entities (simple, complex, block definitions) and walking them.
+#include <cmath>
+#include <cwchar>
+
+#include "DbBlockReference.h"
+#include "DbPolyline.h"
+#include "DbSymbolTable.h"
+#include "core/CommandStack.h"
+#include "harness.h"
+#include "rydb.h"
+#include "ryed.h"
+#include "ryut.h"
+#include "sdk/EntityLists.h"
+
+namespace {
+
+// A list that frees itself.
+struct List {
+  resbuf* head;
+  explicit List(resbuf* list) : head(list) {}
+  ~List() { ryutRelRb(head); }
+  List(const List&) = delete;
+  List& operator=(const List&) = delete;
+  // The n-th group of that code, or null.
+  resbuf* group(int code, int nth = 0) const {
+    for (resbuf* rb = head; rb; rb = rb->rbnext) {
+      if (rb->restype == code && nth-- == 0) return rb;
+    }
+    return nullptr;
+  }
+  std::wstring text(int code, int nth = 0) const {
+    resbuf* rb = group(code, nth);
+    return rb && rb->resval.rstring ? rb->resval.rstring : L"<none>";
+  }
+  int count(int code) const {
+    int n = 0;
+    for (resbuf* rb = head; rb; rb = rb->rbnext) n += rb->restype == code;
+    return n;
+  }
+};
+
+int errnoValue() {
+  resbuf value{};
+  ryedGetVar(L"ERRNO", &value);
+  return value.resval.rint;
+}
+
+struct Name {
+  ads_name n = {0, 0};
+};
+
+Name makeLine(const ads_point from, const ads_point to, const ACHAR* layer = nullptr) {
+  List list(layer ? ryutBuildList(RTDXF0, L"LINE", 8, layer, 10, from, 11, to, RTNONE)
+                  : ryutBuildList(RTDXF0, L"LINE", 10, from, 11, to, RTNONE));
+  Name name;
+  EXPECT_EQ(rydbEntMakeX(list.head, name.n), RTNORM);
+  return name;
+}
+
+OdDbObjectId idOf(const Name& name) {
+  OdDbObjectId id;
+  rydbGetObjectId(id, name.n);
+  return id;
+}
+
+const ads_point kOrigin = {0, 0, 0};
+const ads_point kPoint = {10, 5, 0};
+
+// ---------------------------------------------------------------- reading
+
+TEST(EntityListsRead, LineListHasHeaderNamesMarkersAndPoints) {
+  HostSession session;
+  const Name line = makeLine(kOrigin, kPoint);
+  List list(rydbEntGet(line.n));
+  ASSERT_NE(list.head, nullptr);
+  EXPECT_EQ(list.head->restype, -1);
+  EXPECT_TRUE(rydbNameEqual(list.head->resval.rlname, line.n));
+  EXPECT_EQ(list.text(0), L"LINE");
+  Name owner;
+  rydbGetAdsName(owner.n, session.db()->getModelSpaceId());
+  ASSERT_NE(list.group(330), nullptr);
+  EXPECT_TRUE(rydbNameEqual(list.group(330)->resval.rlname, owner.n));
+  EXPECT_EQ(list.text(5), std::wstring(idOf(line).handle().ascii().c_str()));
+  EXPECT_EQ(list.text(100, 0), L"AcDbEntity");
+  EXPECT_EQ(list.text(100, 1), L"AcDbLine");
+  EXPECT_EQ(list.text(8), L"0");
+  EXPECT_EQ(list.text(410), L"Model");
+  EXPECT_EQ(list.group(67), nullptr);
+  ASSERT_NE(list.group(11), nullptr);
+  EXPECT_DOUBLE_EQ(list.group(11)->resval.rpoint[0], 10);
+  EXPECT_DOUBLE_EQ(list.group(11)->resval.rpoint[1], 5);
+  // The list frees and copies like any other.
+  List copy(ryutDupList(list.head));
+  EXPECT_TRUE(rydbNameEqual(copy.group(330)->resval.rlname, owner.n));
+}
+
+TEST(EntityListsRead, PaperSpaceEntityHasGroup67AndItsLayout) {
+  HostSession session;
+  List made(ryutBuildList(RTDXF0, L"CIRCLE", 67, 1, 10, kPoint, 40, 2.0, RTNONE));
+  Name circle;
+  ASSERT_EQ(rydbEntMakeX(made.head, circle.n), RTNORM);
+  List list(rydbEntGet(circle.n));
+  ASSERT_NE(list.group(67), nullptr);
+  EXPECT_EQ(list.group(67)->resval.rint, 1);
+  EXPECT_NE(list.text(410), L"Model");
+  EXPECT_NE(list.text(410), L"<none>");
+}
+
+TEST(EntityListsRead, TwoDimensionalPointsHaveZeroZ) {
+  HostSession session;
+  const ads_point a = {1, 2, 0}, b = {4, 6, 0};
+  List made(ryutBuildList(RTDXF0, L"LWPOLYLINE", 90, 2, 38, 7.0, 10, a, 10, b, RTNONE));
+  Name poly;
+  ASSERT_EQ(rydbEntMakeX(made.head, poly.n), RTNORM);
+  List list(rydbEntGet(poly.n));
+  ASSERT_EQ(list.count(10), 2);
+  EXPECT_DOUBLE_EQ(list.group(10, 1)->resval.rpoint[0], 4);
+  EXPECT_DOUBLE_EQ(list.group(10, 1)->resval.rpoint[1], 6);
+  EXPECT_DOUBLE_EQ(list.group(10, 1)->resval.rpoint[2], 0);
+}
+
+TEST(EntityListsRead, InsertWithAttributesWalksToSeqendAndOn) {
+  HostSession session(CorpusDrawing{"examples_dxf_multi_insert_with_attribs.dxf"});
+  Name first;
+  ASSERT_EQ(rydbEntNext(nullptr, first.n), RTNORM);
+  List insert(rydbEntGet(first.n));
+  EXPECT_EQ(insert.text(0), L"INSERT");
+  EXPECT_EQ(insert.text(2), L"FLAG");
+  EXPECT_EQ(insert.text(8), L"FLAGS");
+  ASSERT_NE(insert.group(66), nullptr);
+  EXPECT_EQ(insert.group(66)->resval.rint, 1);
+
+  std::vector<std::wstring> tags;
+  Name at = first;
+  Name next;
+  while (rydbEntNext(at.n, next.n) == RTNORM) {
+    List list(rydbEntGet(next.n));
+    if (list.text(0) != L"ATTRIB") {
+      EXPECT_EQ(list.text(0), L"SEQEND");
+      // The end marker's owner is the insert.
+      EXPECT_TRUE(rydbNameEqual(list.group(330)->resval.rlname, first.n));
+      at = next;
+      break;
+    }
+    EXPECT_TRUE(rydbNameEqual(list.group(330)->resval.rlname, first.n));
+    tags.push_back(list.text(2));
+    at = next;
+  }
+  EXPECT_EQ(tags, (std::vector<std::wstring>{L"NAME", L"XPOS", L"YPOS"}));
+  // Past the end marker comes the next main entity, or the end of the drawing.
+  EXPECT_NE(rydbEntNext(at.n, next.n), RTNORM);
+  EXPECT_EQ(errnoValue(), ryhost::kErrnoEndOfEntities);
+}
+
+// The fast tag writer gives what the platform's own writer gives, on every
+// object of real drawings.
+TEST(EntityListsRead, TagsMatchThePlatformWriterOnCorpusDrawings) {
+  struct Context : OdDbTagContext {
+    OdDbDatabase* db;
+    explicit Context(OdDbDatabase* d) : db(d) {}
+    OdDbDatabase* database() const override { return db; }
+    bool forEntityList() const override { return true; }
+    OdDbObjectId idFromHandle(OdUInt64 h) override { return db->getOdDbObjectId(OdDbHandle(h)); }
+  };
+  for (const char* file : {"examples_dxf_text_negative_extrusion.dxf", "examples_dxf_multi_insert_with_attribs.dxf",
+                           "examples_dxf_hatches_1.dxf", "examples_dxf_columns_R2018.dxf", "examples_dxf_visibility.dxf"}) {
+    HostSession session(CorpusDrawing{file});
+    OdDbDatabase* db = session.db();
+    Context ctx(db);
+    int compared = 0;
+    OdDxfTagList fast;
+    for (const OdDbObjectId& id : db->allObjectIds()) {
+      if (id.isErased()) continue;
+      const OdDbObject* object = id.stub()->object;
+      ryhost::entityTags(object, fast, true);
+      OdDxfTagList written;
+      OdDbSchemaIo::writeFields(object, written, ctx, true);
+      OdDxfTagList expected;
+      for (const OdDxfTag& tag : written) {
+        if (ryhost::isNameGroup(tag.code) && tag.type == OdDxf::ValueType::kHandle) {
+          if (tag.i == 0) continue;
+          OdDxfTag name = tag;
+          name.i = reinterpret_cast<OdInt64>(db->getOdDbObjectId(OdDbHandle(static_cast<OdUInt64>(tag.i))).stub());
+          expected.push_back(name);
+        } else {
+          expected.push_back(tag);
+        }
+      }
+      // The fields follow the header groups; 410 and extended data are the list's own.
+      auto begin = std::find_if(fast.begin(), fast.end(), [](const OdDxfTag& t) { return t.code == 100; });
+      OdDxfTagList body;
+      for (auto it = fast.begin(); it != fast.end(); ++it) {
+        if (it->code == -3) break;
+        if (it >= begin && it->code != 410) body.push_back(*it);
+      }
+      if (expected.empty() || expected.front().code != 100) continue;  // objects without markers
+      ASSERT_EQ(body.size(), expected.size()) << file << " " << object->dxfName().toUtf8();
+      for (size_t i = 0; i < body.size(); ++i) {
+        EXPECT_TRUE(body[i] == expected[i]) << file << " " << object->dxfName().toUtf8() << " group " << expected[i].code << " "
+                                        << body[i].valueText().toUtf8() << " / " << expected[i].valueText().toUtf8();
+      }
+      ++compared;
+    }
+    EXPECT_GT(compared, 10) << file;
+  }
+}
+
+// ---------------------------------------------------------------- changing
+
+TEST(EntityListsModify, ChangedGroupsShowInTheNextList) {
+  HostSession session;
+  const Name line = makeLine(kOrigin, kPoint);
+  {
+    List list(rydbEntGet(line.n));
+    list.group(10)->resval.rpoint[0] = -3;
+    resbuf* layer = list.group(8);
+    std::free(layer->resval.rstring);
+    layer->resval.rstring = static_cast<ACHAR*>(std::malloc(6 * sizeof(ACHAR)));
+    std::wcscpy(layer->resval.rstring, L"Walls");
+    ASSERT_EQ(rydbEntMod(list.head), RTNORM);
+  }
+  List after(rydbEntGet(line.n));
+  EXPECT_DOUBLE_EQ(after.group(10)->resval.rpoint[0], -3);
+  EXPECT_DOUBLE_EQ(after.group(11)->resval.rpoint[0], 10);
+  EXPECT_EQ(after.text(8), L"Walls");
+  // The layer was made for the entity.
+  EXPECT_FALSE(session.db()->findRecord(OdDbNameTable::kLayer, L"walls").isNull());
+  // A short list changes only its own groups.
+  List colour(ryutBuildList(-1, line.n, 62, 1, RTNONE));
+  ASSERT_EQ(rydbEntMod(colour.head), RTNORM);
+  List last(rydbEntGet(line.n));
+  EXPECT_EQ(last.group(62)->resval.rint, 1);
+  EXPECT_EQ(last.text(8), L"Walls");
+  EXPECT_DOUBLE_EQ(last.group(10)->resval.rpoint[0], -3);
+  // A group appended to a whole list goes where it belongs.
+  List appended(rydbEntGet(line.n));
+  resbuf* tail = appended.head;
+  while (tail->rbnext) tail = tail->rbnext;
+  tail->rbnext = ryutBuildList(39, 2.5, 62, 4, RTNONE);
+  ASSERT_EQ(rydbEntMod(appended.head), RTNORM);
+  List final(rydbEntGet(line.n));
+  EXPECT_EQ(final.group(62)->resval.rint, 4);
+  EXPECT_DOUBLE_EQ(final.group(39)->resval.rreal, 2.5);
+}
+
+// Giving an entity its own list back changes nothing, for every entity of
+// real drawings (the groups go back where they came from).
+TEST(EntityListsModify, OwnListGivenBackLeavesEveryEntityAsItWas) {
+  for (const char* file : {"examples_dxf_text_negative_extrusion.dxf", "examples_dxf_hatches_1.dxf",
+                           "examples_dxf_multi_insert_with_attribs.dxf", "examples_dxf_columns_R2018.dxf"}) {
+    HostSession session(CorpusDrawing{file});
+    int modified = 0;
+    for (const OdDbObjectId& id : session.db()->allObjectIds()) {
+      if (id.isErased() || !id.stub()->object->isKindOf(OdDbEntity::desc())) continue;
+      if (id.stub()->object->isKindOf(OdDbSequenceEnd::desc())) continue;
+      OdRxObjectPtr before = id.stub()->object->clone();
+      Name name;
+      rydbGetAdsName(name.n, id);
+      List list(rydbEntGet(name.n));
+      ASSERT_EQ(rydbEntMod(list.head), RTNORM) << file << " " << id.stub()->object->dxfName().toUtf8();
+      OdString difference;
+      EXPECT_TRUE(OdDbSchemaIo::fieldsEqual(static_cast<OdDbObject*>(before.get()), id.stub()->object, &difference))
+          << file << " " << id.stub()->object->dxfName().toUtf8() << ": " << difference.toUtf8();
+      ++modified;
+    }
+    EXPECT_GT(modified, 5) << file;
+  }
+}
+
+TEST(EntityListsModify, PolylineKeepsItsVerticesAndTheirBulges) {
+  HostSession session;
+  const ads_point a = {0, 0, 0}, b = {10, 0, 0}, c = {10, 10, 0};
+  List made(ryutBuildList(RTDXF0, L"LWPOLYLINE", 90, 3, 10, a, 42, 0.5, 10, b, 10, c, RTNONE));
+  Name poly;
+  ASSERT_EQ(rydbEntMakeX(made.head, poly.n), RTNORM);
+  List layer(ryutBuildList(-1, poly.n, 8, L"0", RTNONE));
+  ASSERT_EQ(rydbEntMod(layer.head), RTNORM);
+  {
+    List list(rydbEntGet(poly.n));
+    ASSERT_EQ(list.count(10), 3);
+    // Moving the last vertex through the whole list keeps the first vertex's bulge.
+    list.group(10, 2)->resval.rpoint[1] = 20;
+    ASSERT_EQ(rydbEntMod(list.head), RTNORM);
+  }
+  OdDbObjectPtr object = idOf(poly).openObject();
+  auto* polyline = static_cast<OdDbPolyline*>(object.get());
+  ASSERT_EQ(polyline->numVerts(), 3u);
+  double bulge = 0;
+  polyline->getBulgeAt(0, bulge);
+  EXPECT_DOUBLE_EQ(bulge, 0.5);
+  OdGePoint2d last;
+  polyline->getPointAt(2, last);
+  EXPECT_DOUBLE_EQ(last.y, 20);
+}
+
+TEST(EntityListsModify, RefusedListsLeaveTheEntityAlone) {
+  HostSession session;
+  const Name line = makeLine(kOrigin, kPoint);
+  struct Case {
+    resbuf* list;
+    int errnoValue;
+  };
+  const Case cases[] = {
+      {ryutBuildList(-1, line.n, RTDXF0, L"CIRCLE", 10, kPoint, RTNONE), ryhost::kErrnoChangeType},
+      {ryutBuildList(-1, line.n, 6, L"NoSuchLinetype", 10, kPoint, RTNONE), ryhost::kErrnoBadLinetype},
+      {ryutBuildList(-1, line.n, 8, L"bad<name", 10, kPoint, RTNONE), ryhost::kErrnoBadLayer},
+      {ryutBuildList(-1, line.n, 10, kPoint, -3, 1001, L"NOT_REGISTERED", 1000, L"x", RTNONE), ryhost::kErrnoXdataAppPlace},
+      {ryutBuildList(10, kPoint, RTNONE), ryhost::kErrnoInvalidName},
+  };
+  for (const Case& c : cases) {
+    List list(c.list);
+    EXPECT_EQ(rydbEntMod(list.head), RTERROR);
+    EXPECT_EQ(errnoValue(), c.errnoValue);
+  }
+  List after(rydbEntGet(line.n));
+  EXPECT_DOUBLE_EQ(after.group(10)->resval.rpoint[0], 0);
+  EXPECT_EQ(after.text(0), L"LINE");
+}
+
+TEST(EntityListsModify, EntityOnLockedLayerIsRefused) {
+  HostSession session;
+  const Name line = makeLine(kOrigin, kPoint, L"Locked");
+  {
+    OdDbObjectPtr layer = session.db()->findRecord(OdDbNameTable::kLayer, L"Locked").openObject(OdDb::kForWrite);
+    static_cast<OdDbLayerTableRecord*>(layer.get())->setIsLocked(true);
+  }
+  List list(ryutBuildList(-1, line.n, 10, kPoint, RTNONE));
+  EXPECT_EQ(rydbEntMod(list.head), RTERROR);
+  EXPECT_EQ(errnoValue(), ryhost::kErrnoLockedLayer);
+  EXPECT_EQ(rydbEntDel(line.n), RTERROR);
+  EXPECT_FALSE(idOf(line).isErased());
+}
+
+TEST(EntityListsModify, ExtendedDataIsReplacedPerApplication) {
+  HostSession session;
+  const Name line = makeLine(kOrigin, kPoint);
+  ASSERT_EQ(rydbRegApp(L"KX_ONE"), RTNORM);
+  ASSERT_EQ(rydbRegApp(L"KX_TWO"), RTNORM);
+  List data(ryutBuildList(-1, line.n, -3, 1001, L"KX_ONE", 1000, L"first", 1002, L"{", 1070, 7, 1002, L"}", 1001,
+                          L"KX_TWO", 1040, 2.5, 1010, kPoint, RTNONE));
+  ASSERT_EQ(rydbEntMod(data.head), RTNORM);
+  List replace(ryutBuildList(-1, line.n, -3, 1001, L"KX_ONE", 1071, 123456, RTNONE));
+  ASSERT_EQ(rydbEntMod(replace.head), RTNORM);
+
+  List apps(ryutBuildList(RTSTR, L"kx_one", RTNONE));
+  List one(rydbEntGetX(line.n, apps.head));
+  ASSERT_NE(one.group(-3), nullptr);
+  EXPECT_EQ(one.count(1001), 1);
+  EXPECT_EQ(one.group(1071)->resval.rlong, 123456);
+  EXPECT_EQ(one.group(1000), nullptr);
+  List all(ryutBuildList(RTSTR, L"*", RTNONE));
+  List both(rydbEntGetX(line.n, all.head));
+  EXPECT_EQ(both.count(1001), 2);
+  EXPECT_DOUBLE_EQ(both.group(1010)->resval.rpoint[0], 10);
+  List plain(rydbEntGet(line.n));
+  EXPECT_EQ(plain.group(-3), nullptr);
+
+  List unbalanced(ryutBuildList(-1, line.n, -3, 1001, L"KX_ONE", 1002, L"{", RTNONE));
+  EXPECT_EQ(rydbEntMod(unbalanced.head), RTERROR);
+  EXPECT_EQ(errnoValue(), ryhost::kErrnoXdataNesting);
+}
+
+// ---------------------------------------------------------------- making
+
+TEST(EntityListsMake, SimpleEntityTakesTheDrawingsCurrentProperties) {
+  HostSession session;
+  List clayer(ryutBuildList(RTDXF0, L"LAYER", 2, L"Current", 70, 0, 62, 3, 6, L"Continuous", RTNONE));
+  ASSERT_EQ(rydbEntMake(clayer.head), RTNORM);
+  resbuf value{};
+  value.restype = RTSTR;
+  value.resval.rstring = const_cast<ACHAR*>(L"Current");
+  ASSERT_EQ(ryedSetVar(L"CLAYER", &value), RTNORM);
+  const Name line = makeLine(kOrigin, kPoint);
+  List list(rydbEntGet(line.n));
+  EXPECT_EQ(list.text(8), L"Current");
+  Name last;
+  ASSERT_EQ(rydbEntLast(last.n), RTNORM);
+  EXPECT_TRUE(rydbNameEqual(last.n, line.n));
+
+  List style(ryutBuildList(RTDXF0, L"STYLE", 2, L"Narrow", 70, 0, 40, 0.0, 41, 0.8, 3, L"romans", RTNONE));
+  ASSERT_EQ(rydbEntMake(style.head), RTNORM);
+  value.resval.rstring = const_cast<ACHAR*>(L"Narrow");
+  ASSERT_EQ(ryedSetVar(L"TEXTSTYLE", &value), RTNORM);
+  const ads_point at = {1, 1, 0};
+  List text(ryutBuildList(RTDXF0, L"TEXT", 10, at, 1, L"hello", RTNONE));
+  Name made;
+  ASSERT_EQ(rydbEntMakeX(text.head, made.n), RTNORM);
+  List textList(rydbEntGet(made.n));
+  EXPECT_EQ(textList.text(7), L"Narrow");
+  EXPECT_GT(textList.group(40)->resval.rreal, 0);
+
+  List missing(ryutBuildList(RTDXF0, L"LINE", 10, kOrigin, RTNONE));
+  EXPECT_EQ(rydbEntMake(missing.head), RTERROR);
+  EXPECT_EQ(errnoValue(), ryhost::kErrnoMissingField);
+  List unknown(ryutBuildList(RTDXF0, L"NO_SUCH_THING", 10, kOrigin, RTNONE));
+  EXPECT_EQ(rydbEntMake(unknown.head), RTERROR);
+  EXPECT_EQ(errnoValue(), ryhost::kErrnoBadEntityType);
+}
+
+TEST(EntityListsMake, InsertWithAttributesAppearsAtItsSeqend) {
+  HostSession session;
+  List block(ryutBuildList(RTDXF0, L"BLOCK", 2, L"TAGGED", 70, 2, 10, kOrigin, RTNONE));
+  List circle(ryutBuildList(RTDXF0, L"CIRCLE", 10, kOrigin, 40, 1.0, RTNONE));
+  List end(ryutBuildList(RTDXF0, L"ENDBLK", RTNONE));
+  ASSERT_EQ(rydbEntMake(block.head), RTNORM);
+  ASSERT_EQ(rydbEntMake(circle.head), RTNORM);
+  ASSERT_EQ(rydbEntMake(end.head), RTNORM);
+  EXPECT_TRUE(session.modelSpace().empty());
+
+  List insert(ryutBuildList(RTDXF0, L"INSERT", 2, L"TAGGED", 66, 1, 10, kPoint, RTNONE));
+  List attrib(ryutBuildList(RTDXF0, L"ATTRIB", 10, kPoint, 40, 1.0, 1, L"value", 2, L"TAG", 70, 0, RTNONE));
+  List seqend(ryutBuildList(RTDXF0, L"SEQEND", RTNONE));
+  ASSERT_EQ(rydbEntMake(insert.head), RTNORM);
+  ASSERT_EQ(rydbEntMake(attrib.head), RTNORM);
+  EXPECT_TRUE(session.modelSpace().empty());
+  Name made;
+  ASSERT_EQ(rydbEntMakeX(seqend.head, made.n), RTNORM);
+  ASSERT_EQ(session.modelSpace().size(), 1u);
+  EXPECT_EQ(idOf(made), session.modelSpace()[0]);
+
+  Name sub;
+  ASSERT_EQ(rydbEntNext(made.n, sub.n), RTNORM);
+  List attribute(rydbEntGet(sub.n));
+  EXPECT_EQ(attribute.text(0), L"ATTRIB");
+  EXPECT_EQ(attribute.text(1), L"value");
+  EXPECT_EQ(attribute.text(2), L"TAG");
+  Name marker;
+  ASSERT_EQ(rydbEntNext(sub.n, marker.n), RTNORM);
+  EXPECT_EQ(List(rydbEntGet(marker.n)).text(0), L"SEQEND");
+  Name past;
+  EXPECT_EQ(rydbEntNext(marker.n, past.n), RTERROR);
+}
+
+TEST(EntityListsMake, PolylineWithVerticesAndBrokenSequences) {
+  HostSession session;
+  const ads_point points[] = {{0, 0, 0}, {5, 0, 0}, {5, 5, 0}};
+  List polyline(ryutBuildList(RTDXF0, L"POLYLINE", 66, 1, 70, 1, RTNONE));
+  List seqend(ryutBuildList(RTDXF0, L"SEQEND", RTNONE));
+  ASSERT_EQ(rydbEntMake(polyline.head), RTNORM);
+  for (const auto& p : points) {
+    List vertex(ryutBuildList(RTDXF0, L"VERTEX", 10, p, RTNONE));
+    ASSERT_EQ(rydbEntMake(vertex.head), RTNORM);
+  }
+  Name made;
+  ASSERT_EQ(rydbEntMakeX(seqend.head, made.n), RTNORM);
+  OdDbObjectPtr object = idOf(made).openObject();
+  auto* poly = dynamic_cast<OdDb2dPolyline*>(object.get());
+  ASSERT_NE(poly, nullptr);
+  EXPECT_EQ(poly->numVerts(), 3u);
+  object.release();
+  const size_t before = session.modelSpace().size();
+
+  // A vertex without its polyline, a polyline interrupted by a line, an
+  // attribute after a polyline: nothing of them reaches the drawing.
+  List vertex(ryutBuildList(RTDXF0, L"VERTEX", 10, kPoint, RTNONE));
+  EXPECT_EQ(rydbEntMake(vertex.head), RTERROR);
+  EXPECT_EQ(errnoValue(), ryhost::kErrnoBadComplex);
+  ASSERT_EQ(rydbEntMake(polyline.head), RTNORM);
+  ASSERT_EQ(rydbEntMake(vertex.head), RTNORM);
+  List line(ryutBuildList(RTDXF0, L"LINE", 10, kOrigin, 11, kPoint, RTNONE));
+  EXPECT_EQ(rydbEntMake(line.head), RTERROR);
+  EXPECT_EQ(rydbEntMake(seqend.head), RTERROR);
+  ASSERT_EQ(rydbEntMake(polyline.head), RTNORM);
+  List attrib(ryutBuildList(RTDXF0, L"ATTRIB", 10, kPoint, 1, L"v", 2, L"T", RTNONE));
+  EXPECT_EQ(rydbEntMake(attrib.head), RTERROR);
+  EXPECT_EQ(rydbEntMake(seqend.head), RTERROR);
+  EXPECT_EQ(session.modelSpace().size(), before);
+}
+
+TEST(EntityListsMake, BlockDefinitionAndTableRecords) {
+  HostSession session;
+  List block(ryutBuildList(RTDXF0, L"BLOCK", 2, L"DOOR", 70, 0, 10, kPoint, RTNONE));
+  List line(ryutBuildList(RTDXF0, L"LINE", 10, kOrigin, 11, kPoint, RTNONE));
+  List end(ryutBuildList(RTDXF0, L"ENDBLK", RTNONE));
+  ASSERT_EQ(rydbEntMake(block.head), RTNORM);
+  ASSERT_EQ(rydbEntMake(line.head), RTNORM);
+  Name made;
+  ASSERT_EQ(rydbEntMakeX(end.head, made.n), RTNORM);
+  OdDbObjectId blockId = session.db()->findRecord(OdDbNameTable::kBlock, L"DOOR");
+  ASSERT_FALSE(blockId.isNull());
+  EXPECT_EQ(idOf(made), blockId);
+  EXPECT_TRUE(session.modelSpace().empty());
+  OdDbObjectPtr object = blockId.openObject();
+  EXPECT_EQ(static_cast<OdDbBlockTableRecord*>(object.get())->entityIds().size(), 1u);
+  EXPECT_EQ(rydbEntMake(end.head), RTERROR);
+  EXPECT_EQ(errnoValue(), ryhost::kErrnoBadBlockDefinition);
+
+  List insert(ryutBuildList(RTDXF0, L"INSERT", 2, L"DOOR", 10, kOrigin, RTNONE));
+  EXPECT_EQ(rydbEntMake(insert.head), RTNORM);
+  List missing(ryutBuildList(RTDXF0, L"INSERT", 2, L"WINDOW", 10, kOrigin, RTNONE));
+  EXPECT_EQ(rydbEntMake(missing.head), RTERROR);
+  EXPECT_EQ(errnoValue(), ryhost::kErrnoBadBlockName);
+
+  List style(ryutBuildList(RTDXF0, L"STYLE", 2, L"Narrow", 70, 0, 40, 0.0, 41, 0.8, 3, L"romans", RTNONE));
+  ASSERT_EQ(rydbEntMake(style.head), RTNORM);
+  EXPECT_EQ(rydbEntMake(style.head), RTERROR);
+  OdDbObjectPtr record = session.db()->findRecord(OdDbNameTable::kTextStyle, L"NARROW").openObject();
+  ASSERT_TRUE(record.get());
+  EXPECT_DOUBLE_EQ(static_cast<OdDbTextStyleTableRecord*>(record.get())->xScale(), 0.8);
+}
+
+// ---------------------------------------------------------------- walking, erasing, handles
+
+TEST(EntityListsWalk, NextSkipsErasedEntitiesAndEraseToggles) {
+  HostSession session;
+  const Name a = makeLine(kOrigin, kPoint);
+  const Name b = makeLine(kPoint, kOrigin);
+  const Name c = makeLine(kOrigin, kOrigin);
+  ASSERT_EQ(rydbEntDel(b.n), RTNORM);
+  EXPECT_TRUE(idOf(b).isErased());
+  Name next;
+  ASSERT_EQ(rydbEntNext(nullptr, next.n), RTNORM);
+  EXPECT_TRUE(rydbNameEqual(next.n, a.n));
+  ASSERT_EQ(rydbEntNext(a.n, next.n), RTNORM);
+  EXPECT_TRUE(rydbNameEqual(next.n, c.n));
+  EXPECT_EQ(rydbEntGet(b.n), nullptr);
+  EXPECT_EQ(errnoValue(), ryhost::kErrnoDeletedEntity);
+  EXPECT_EQ(rydbEntUpd(b.n), RTERROR);
+  // Erasing an erased entity brings it back.
+  ASSERT_EQ(rydbEntDel(b.n), RTNORM);
+  EXPECT_FALSE(idOf(b).isErased());
+  EXPECT_EQ(rydbEntUpd(b.n), RTNORM);
+  ASSERT_EQ(rydbEntNext(a.n, next.n), RTNORM);
+  EXPECT_TRUE(rydbNameEqual(next.n, b.n));
+  const ads_name bogus = {12345, 678};
+  EXPECT_EQ(rydbEntGet(bogus), nullptr);
+  EXPECT_EQ(errnoValue(), ryhost::kErrnoInvalidName);
+}
+
+Name g_erased;
+void eraseCommand() { rydbEntDel(g_erased.n); }
+
+TEST(EntityListsWalk, UndoBringsBackWhatACommandErased) {
+  HostSession session;
+  g_erased = makeLine(kOrigin, kPoint);
+  session.host().commands().addCommand(L"TESTS", L"KXERASE", L"KXERASE", 0, eraseCommand);
+  session.run({"KXERASE"});
+  EXPECT_TRUE(idOf(g_erased).isErased());
+  session.run({"U"});
+  EXPECT_FALSE(idOf(g_erased).isErased());
+  List list(rydbEntGet(g_erased.n));
+  EXPECT_EQ(list.text(0), L"LINE");
+}
+
+TEST(EntityListsWalk, HandlesNameLiveObjects) {
+  HostSession session;
+  const Name line = makeLine(kOrigin, kPoint);
+  OdString handle = idOf(line).handle().ascii();
+  Name found;
+  ASSERT_EQ(rydbHandEnt(handle.c_str(), found.n), RTNORM);
+  EXPECT_TRUE(rydbNameEqual(found.n, line.n));
+  ASSERT_EQ(rydbHandEnt(handle.lower().c_str(), found.n), RTNORM);
+  EXPECT_TRUE(rydbNameEqual(found.n, line.n));
+  for (const ACHAR* bad : {L"", L"XYZ", L"FFFFFF"}) {
+    EXPECT_EQ(rydbHandEnt(bad, found.n), RTERROR) << bad;
+    EXPECT_EQ(errnoValue(), ryhost::kErrnoInvalidHandle);
+  }
+  rydbEntDel(line.n);
+  EXPECT_EQ(rydbHandEnt(handle.c_str(), found.n), RTERROR);
+}
+
+TEST(EntityListsWalk, ObjectCoordinatesFollowTheArbitraryAxisRule) {
+  const ads_point point = {1, 2, 3};
+  const ads_point down = {0, 0, -1};
+  ads_point ocs, back;
+  ASSERT_EQ(rydbWcs2Ecs(point, down, false, ocs), RTNORM);
+  EXPECT_DOUBLE_EQ(ocs[0], -1);
+  EXPECT_DOUBLE_EQ(ocs[1], 2);
+  EXPECT_DOUBLE_EQ(ocs[2], -3);
+  const ads_point tilted = {0.3, -0.5, 0.8};
+  ASSERT_EQ(rydbWcs2Ecs(point, tilted, false, ocs), RTNORM);
+  ASSERT_EQ(rydbEcs2Wcs(ocs, tilted, false, back), RTNORM);
+  for (int i = 0; i < 3; ++i) EXPECT_NEAR(back[i], point[i], 1e-12);
+  // The OCS z of a point is its distance along the normal.
+  const double length = std::sqrt(0.09 + 0.25 + 0.64);
+  EXPECT_NEAR(ocs[2], (0.3 * 1 - 0.5 * 2 + 0.8 * 3) / length, 1e-12);
+}
+
+}  // namespace
