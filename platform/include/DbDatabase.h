@@ -218,6 +218,7 @@ class OdDbDatabase : public OdRxObject {
   OdDbObjectId m_blockTableId, m_layerTableId, m_linetypeTableId, m_textStyleTableId, m_dimStyleTableId,
       m_regAppTableId, m_ucsTableId, m_viewTableId, m_viewportTableId, m_namedObjectsDictionaryId;
   OdDbObjectId m_currentSpaceId;
+  mutable OdDbObjectId m_modelSpaceId, m_paperSpaceId;
   std::vector<OdDbHeaderVariable> m_header;
   std::map<OdString, size_t, OdStringLessNoCase> m_headerIndex;
   mutable EntityDefaults m_defaults;

@@ -225,11 +225,25 @@ OdDbObjectId OdDbDatabase::getLayoutDictionaryId(bool createIfNotFound) {
 }
 
 OdDbObjectId OdDbDatabase::getModelSpaceId() const {
-  OdDbObjectId id = findRecord(OdDbNameTable::kBlock, L"*Model_Space");
-  return id;
+  // Asked for every entity written: remembered while it stays what it was.
+  static const OdString kName(L"*Model_Space");
+  if (m_modelSpaceId.isValid() && !m_modelSpaceId.isErased() &&
+      static_cast<OdDbSymbolTableRecord*>(m_modelSpaceId.stub()->object)->getName().iCompare(kName) == 0) {
+    return m_modelSpaceId;
+  }
+  m_modelSpaceId = findRecord(OdDbNameTable::kBlock, kName);
+  return m_modelSpaceId;
 }
 
-OdDbObjectId OdDbDatabase::getPaperSpaceId() const { return findRecord(OdDbNameTable::kBlock, L"*Paper_Space"); }
+OdDbObjectId OdDbDatabase::getPaperSpaceId() const {
+  static const OdString kName(L"*Paper_Space");
+  if (m_paperSpaceId.isValid() && !m_paperSpaceId.isErased() &&
+      static_cast<OdDbSymbolTableRecord*>(m_paperSpaceId.stub()->object)->getName().iCompare(kName) == 0) {
+    return m_paperSpaceId;
+  }
+  m_paperSpaceId = findRecord(OdDbNameTable::kBlock, kName);
+  return m_paperSpaceId;
+}
 
 OdDbObjectId OdDbDatabase::currentSpaceId() const {
   if (!m_currentSpaceId.isNull() && !m_currentSpaceId.isErased()) return m_currentSpaceId;

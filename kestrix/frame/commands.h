@@ -1,0 +1,37 @@
+// The module's command table: every registration, in order, with its group,
+// global name, local-name string number, flags and handler; and the
+// handlers, each written in its subsystem's folder.
+#pragma once
+
+#include <vector>
+
+#include "OdEdCommandStack.h"
+
+struct KestrixCommand {
+  const wchar_t* group;
+  const wchar_t* globalName;
+  unsigned int localNameId;  // string number in the local-name library
+  OdInt32 flags;
+  RyCommandFunction handler;
+};
+
+// The 184 registrations, in registration order.
+const std::vector<KestrixCommand>& kestrixCommandTable();
+
+// The groups, in the order they are removed at unload.
+const std::vector<const wchar_t*>& kestrixCommandGroupsInRemovalOrder();
+
+// ---- Handlers
+
+// Registered commands whose tools are not in this version: one line, no change.
+void notAvailableCommand();
+
+// Selection by sample (frame/SelectionBySample.cpp).
+void getselCommand();
+void getBlkSelCommand();
+void getEntSelCommand();
+void getLaySelCommand();
+void getColSelCommand();
+void getEntLaySelCommand();
+void getEntColSelCommand();
+void getLayColSelCommand();
