@@ -2,6 +2,7 @@
 // QUIT) and undo (UNDO, U).
 #include <filesystem>
 
+#include "commands/CommandRegistry.h"
 #include "core/CommandStack.h"
 #include "core/Host.h"
 
@@ -158,7 +159,13 @@ void undoCommand() {
 
 }  // namespace
 
+std::vector<HostCommandRegistrar>& hostCommandRegistrars() {
+  static std::vector<HostCommandRegistrar> registrars;
+  return registrars;
+}
+
 void registerHostCommands(CommandStack& stack) {
+  for (HostCommandRegistrar registrar : hostCommandRegistrars()) registrar(stack);
   const wchar_t* group = L"RYAD";
   stack.addCommand(group, L"OPEN", L"OPEN", OdEdCommand::kNoUndoMarker, openCommand);
   stack.addCommand(group, L"NEW", L"NEW", OdEdCommand::kNoUndoMarker, newCommand);
