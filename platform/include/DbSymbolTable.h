@@ -154,6 +154,7 @@ class OdDbLayerTableRecord : public OdDbSymbolTableRecord {
 
   friend struct OdDbLayerColorCodec;
 };
+using OdDbLayerTableRecordPtr = OdSmartPtr<OdDbLayerTableRecord>;
 
 // One element of a linetype pattern: a dash (positive), a gap (negative) or
 // a dot (zero), optionally with a shape or text.
@@ -197,6 +198,7 @@ class OdDbLinetypeTableRecord : public OdDbSymbolTableRecord {
 
   friend struct OdDbLinetypeDashCodec;
 };
+using OdDbLinetypeTableRecordPtr = OdSmartPtr<OdDbLinetypeTableRecord>;
 
 class OdDbTextStyleTableRecord : public OdDbSymbolTableRecord {
   ODRX_DECLARE_MEMBERS(OdDbTextStyleTableRecord);
@@ -228,11 +230,13 @@ class OdDbTextStyleTableRecord : public OdDbSymbolTableRecord {
   OdString m_fileName = L"txt";
   OdString m_bigFontFileName;
 };
+using OdDbTextStyleTableRecordPtr = OdSmartPtr<OdDbTextStyleTableRecord>;
 
 class OdDbRegAppTableRecord : public OdDbSymbolTableRecord {
   ODRX_DECLARE_MEMBERS(OdDbRegAppTableRecord);
   ODDB_DECLARE_SCHEMA();
 };
+using OdDbRegAppTableRecordPtr = OdSmartPtr<OdDbRegAppTableRecord>;
 
 class OdDbDimStyleTableRecord : public OdDbSymbolTableRecord {
   ODRX_DECLARE_MEMBERS(OdDbDimStyleTableRecord);
@@ -255,6 +259,7 @@ class OdDbDimStyleTableRecord : public OdDbSymbolTableRecord {
   double m_dimgap = 0.09;
   OdDbObjectId m_dimtxsty;
 };
+using OdDbDimStyleTableRecordPtr = OdSmartPtr<OdDbDimStyleTableRecord>;
 
 class OdDbUCSTableRecord : public OdDbSymbolTableRecord {
   ODRX_DECLARE_MEMBERS(OdDbUCSTableRecord);
@@ -273,6 +278,7 @@ class OdDbUCSTableRecord : public OdDbSymbolTableRecord {
   OdGeVector3d m_xAxis = OdGeVector3d(1, 0, 0);
   OdGeVector3d m_yAxis = OdGeVector3d(0, 1, 0);
 };
+using OdDbUCSTableRecordPtr = OdSmartPtr<OdDbUCSTableRecord>;
 
 class OdDbViewTableRecord : public OdDbSymbolTableRecord {
   ODRX_DECLARE_MEMBERS(OdDbViewTableRecord);
@@ -290,6 +296,7 @@ class OdDbViewTableRecord : public OdDbSymbolTableRecord {
   OdGeVector3d m_viewDirection = OdGeVector3d(0, 0, 1);
   OdGePoint3d m_target;
 };
+using OdDbViewTableRecordPtr = OdSmartPtr<OdDbViewTableRecord>;
 
 class OdDbViewportTableRecord : public OdDbSymbolTableRecord {
   ODRX_DECLARE_MEMBERS(OdDbViewportTableRecord);
@@ -311,3 +318,4 @@ class OdDbViewportTableRecord : public OdDbSymbolTableRecord {
   double m_height = 1.0;
   double m_aspect = 1.0;
 };
+using OdDbViewportTableRecordPtr = OdSmartPtr<OdDbViewportTableRecord>;
