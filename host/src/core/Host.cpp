@@ -117,6 +117,7 @@ void Host::reset() {
   m_sysvars = std::make_unique<SysVars>();
   m_pending.clear();
   m_running.clear();
+  m_runningCommands.clear();
   m_problems.clear();
   m_lastCommand.empty();
   m_menuGroups.clear();
@@ -381,6 +382,7 @@ bool Host::runCommand(const OdString& typed) {
   if (undoable) doc->database()->startUndoRecord();
   for (OdEditorReactor* reactor : std::vector<OdEditorReactor*>(m_editorReactors)) reactor->commandWillStart(global);
   m_running.push_back(global);
+  m_runningCommands.push_back(command);
   bool cancelled = false, failed = false;
   try {
     command->execute();
@@ -394,6 +396,7 @@ bool Host::runCommand(const OdString& typed) {
     print(L"\nError: " + OdString(error.what()));
   }
   m_running.pop_back();
+  m_runningCommands.pop_back();
   if (m_running.empty() && (flags & OdEdCommand::kUsePickSet) && !(flags & OdEdCommand::kRedraw) && m_current == doc) {
     doc->selections().pickFirst().clear();
   }

@@ -217,6 +217,8 @@ class Host : public RyApDocManager, public OdDbHostAppServices, public OdEditor 
   void addReactor(OdEditorReactor* reactor) override;
   void removeReactor(OdEditorReactor* reactor) override;
   OdString activeCommand() const override;
+  // The innermost command that runs (its resource handle finds its dialogs), or null at the prompt.
+  OdEdCommand* runningCommand() const { return m_runningCommands.empty() ? nullptr : m_runningCommands.back().get(); }
 
   // ---- commands
   CommandStack& commands();
@@ -269,6 +271,7 @@ class Host : public RyApDocManager, public OdDbHostAppServices, public OdEditor 
   std::unique_ptr<SysVars> m_sysvars;
   std::unique_ptr<ModuleList> m_modules;
   std::vector<OdString> m_running;
+  std::vector<OdEdCommandPtr> m_runningCommands;
   std::vector<OdString> m_problems;
   OdString m_lastCommand;
   OdString m_programFolder, m_dataFolder;
