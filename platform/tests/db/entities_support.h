@@ -23,11 +23,16 @@ inline std::string narrow(const OdString& text) {
 }
 
 // Handles become stubs of the scratch database; names that no table holds
-// become stubs of their own, so that they are written back as read.
+// become stubs of their own, so that they are written back as read. All
+// contexts share one scratch database, so that ids an object took from one
+// context stay valid in the next.
 class TestTagContext : public OdDbTagContext {
  public:
-  explicit TestTagContext(OdDb::DwgVersion version = OdDb::kDHL_CURRENT)
-      : m_db(OdDbDatabase::createNew()), m_version(version) {}
+  explicit TestTagContext(OdDb::DwgVersion version = OdDb::kDHL_CURRENT) : m_db(scratch()), m_version(version) {}
+  static OdDbDatabasePtr scratch() {
+    static OdDbDatabasePtr db = OdDbDatabase::createNew();
+    return db;
+  }
   OdDbDatabase* database() const override { return m_db.get(); }
   OdDb::DwgVersion version() const override { return m_version; }
   void setVersion(OdDb::DwgVersion version) { m_version = version; }
