@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # The main job on a sample drawing: read a real drawing, show what it holds,
-# run a short session in ryad, and check the saved drawing with the
-# independent reader.
+# select by sample in ryad with the kestrix module, and check the saved
+# drawing with the independent reader.
 set -euo pipefail
 build=${1:-build}
 corpus=${2:-../shared/corpus}
-drawing="$corpus/examples_dxf_text_alignments.dxf"
+drawing="$corpus/examples_dxf_xclip.dxf"
 out=$(mktemp -d)
 trap 'rm -rf "$out"' EXIT
 
@@ -13,8 +13,8 @@ echo "== What the drawing holds (dxfcheck)"
 "$build/bin/dxfcheck" "$drawing" "$out/copy.dxf"
 
 echo
-echo "== A session in ryad (examples/first-session.scr)"
-"$build/bin/ryad" --script examples/first-session.scr --output "$out/session.dxf" "$drawing"
+echo "== Selection by sample in ryad (examples/select-by-sample.scr)"
+"$build/bin/ryad" --script examples/select-by-sample.scr --output "$out/session.dxf" "$drawing"
 
 if /usr/bin/python3 -c 'import ezdxf' 2>/dev/null; then
   echo

@@ -757,8 +757,16 @@ void DxfReader::ensureStandardRecords() {
   ensure(OdDbNameTable::kRegApp, L"ACAD", none);
   // R13 and R14 drawings are written in their own version, which needs no more.
   if (m_report.version >= OdDb::vAC12 && m_report.version < OdDb::vAC15) return;
-  ensure(OdDbNameTable::kDimStyle, L"Standard", none);
-  ensure(OdDbNameTable::kVport, L"*Active", none);
+  // A dimension style and an active viewport only when the table has none at all.
+  auto emptyTable = [&](OdDbNameTable kind) {
+    auto* table = static_cast<OdDbSymbolTable*>(m_db->tableId(kind).stub()->object);
+    for (const OdDbObjectId& id : table->recordIds()) {
+      if (!id.isErased()) return false;
+    }
+    return true;
+  };
+  if (emptyTable(OdDbNameTable::kDimStyle)) ensure(OdDbNameTable::kDimStyle, L"Standard", none);
+  if (emptyTable(OdDbNameTable::kVport)) ensure(OdDbNameTable::kVport, L"*Active", none);
 }
 
 void DxfReader::resolveDeferredNames() {
@@ -801,6 +809,13 @@ void DxfReader::resolveDeferredNames() {
           break;
         case OdDbNameTable::kDimStyle:
           id = m_db->getDimStyleStandardId();
+          if (id.isNull()) {
+            // No "Standard": the first style of the table stands in.
+            auto* table = static_cast<OdDbSymbolTable*>(m_db->getDimStyleTableId().stub()->object);
+            for (const OdDbObjectId& record : table->recordIds()) {
+              if (!record.isErased()) { id = record; break; }
+            }
+          }
           repair(OdString().format(L"dimension style '%ls' used by %ls was missing; Standard used", d.name.c_str(), what.c_str()));
           break;
         default: continue;
