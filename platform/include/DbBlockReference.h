@@ -44,6 +44,9 @@ class OdDbBlockReference : public OdDbEntity {
   OdResult explode(OdRxObjectPtrArray& entities) const override;
   void dwgOutFields(OdDbDwgFiler* filer) const override;
   OdResult dwgInFields(OdDbDwgFiler* filer) override;
+  // A copy has no attributes: they belong to the reference copied (a
+  // command that copies references copies their attributes itself).
+  void copyFrom(const OdRxObject* source) override;
 
  protected:
   OdResult subErase(bool erasing) override;

@@ -6,6 +6,7 @@
 #include "DbBlockTableRecord.h"
 #include "DbDatabase.h"
 #include "DbSymbolTable.h"
+#include "DbText.h"
 
 ODDB_DEFINE_ABSTRACT_MEMBERS(OdDbEntity, OdDbObject)
 ODDB_DEFINE_ABSTRACT_MEMBERS(OdDbCurve, OdDbEntity)
@@ -82,6 +83,22 @@ const OdDbClassSchema& OdDbCurve::classSchema() {
 OdDbEntity::OdDbEntity() = default;
 
 namespace {
+// Applies a property change to the subentities of a complex entity: a
+// polyline's vertices and the end marker. Attributes keep their own
+// properties, as they classically do when their reference changes.
+template <class Change>
+void changeSubentities(const OdDbEntity* entity, bool doSubents, Change change) {
+  if (!doSubents) return;
+  const OdDbObjectIdArray* subs = entity->subentityIds();
+  if (!subs) return;
+  OdDbObjectIdArray ids = *subs;
+  ids.append(entity->sequenceEndId());
+  for (const OdDbObjectId& id : ids) {
+    OdDbEntityPtr sub = OdDbEntity::cast(id.openObject(OdDb::kForWrite).get());
+    if (sub.get() && !sub->isKindOf(OdDbText::desc())) change(sub.get());
+  }
+}
+
 OdString recordName(const OdDbObjectId& id) {
   OdDbObjectPtr object = id.openObject(OdDb::kForRead, true);
   auto* record = dynamic_cast<OdDbSymbolTableRecord*>(object.get());
@@ -99,10 +116,11 @@ OdResult OdDbEntity::setLayer(const OdString& layerName, bool doSubents) {
   return setLayer(id, doSubents);
 }
 
-OdResult OdDbEntity::setLayer(const OdDbObjectId& layerId, bool) {
+OdResult OdDbEntity::setLayer(const OdDbObjectId& layerId, bool doSubents) {
   if (layerId.isNull()) return eNullObjectId;
   assertWriteEnabled();
   m_layerId = layerId;
+  changeSubentities(this, doSubents, [&](OdDbEntity* sub) { sub->setLayer(layerId, false); });
   return eOk;
 }
 
@@ -116,35 +134,40 @@ OdResult OdDbEntity::setLinetype(const OdString& linetypeName, bool doSubents) {
   return setLinetype(id, doSubents);
 }
 
-OdResult OdDbEntity::setLinetype(const OdDbObjectId& linetypeId, bool) {
+OdResult OdDbEntity::setLinetype(const OdDbObjectId& linetypeId, bool doSubents) {
   assertWriteEnabled();
   m_linetypeId = linetypeId;
+  changeSubentities(this, doSubents, [&](OdDbEntity* sub) { sub->setLinetype(linetypeId, false); });
   return eOk;
 }
 
-OdResult OdDbEntity::setLinetypeScale(double scale, bool) {
+OdResult OdDbEntity::setLinetypeScale(double scale, bool doSubents) {
   if (!(scale > 0)) return eInvalidInput;
   assertWriteEnabled();
   m_linetypeScale = scale;
+  changeSubentities(this, doSubents, [&](OdDbEntity* sub) { sub->setLinetypeScale(scale, false); });
   return eOk;
 }
 
-OdResult OdDbEntity::setColor(const OdCmColor& color, bool) {
+OdResult OdDbEntity::setColor(const OdCmColor& color, bool doSubents) {
   assertWriteEnabled();
   m_color = color.entityColor();
+  changeSubentities(this, doSubents, [&](OdDbEntity* sub) { sub->setColor(color, false); });
   return eOk;
 }
 
-OdResult OdDbEntity::setColorIndex(OdInt16 index, bool) {
+OdResult OdDbEntity::setColorIndex(OdInt16 index, bool doSubents) {
   if (index < 0 || index > 257) return eInvalidInput;
   assertWriteEnabled();
   m_color.setColorIndex(index);
+  changeSubentities(this, doSubents, [&](OdDbEntity* sub) { sub->setColorIndex(index, false); });
   return eOk;
 }
 
-OdResult OdDbEntity::setLineWeight(OdDb::LineWeight weight, bool) {
+OdResult OdDbEntity::setLineWeight(OdDb::LineWeight weight, bool doSubents) {
   assertWriteEnabled();
   m_lineWeight = static_cast<OdInt16>(weight);
+  changeSubentities(this, doSubents, [&](OdDbEntity* sub) { sub->setLineWeight(weight, false); });
   return eOk;
 }
 
@@ -154,9 +177,10 @@ OdCmTransparency OdDbEntity::transparency() const {
   return t;
 }
 
-OdResult OdDbEntity::setTransparency(const OdCmTransparency& transparency, bool) {
+OdResult OdDbEntity::setTransparency(const OdCmTransparency& transparency, bool doSubents) {
   assertWriteEnabled();
   m_transparency = transparency.serializeOut();
+  changeSubentities(this, doSubents, [&](OdDbEntity* sub) { sub->setTransparency(transparency, false); });
   return eOk;
 }
 
@@ -171,9 +195,10 @@ OdResult OdDbEntity::setPlotStyleName(OdDb::PlotStyleNameType type, const OdDbOb
   return eOk;
 }
 
-OdResult OdDbEntity::setVisibility(OdDb::Visibility visibility, bool) {
+OdResult OdDbEntity::setVisibility(OdDb::Visibility visibility, bool doSubents) {
   assertWriteEnabled();
   m_visibility = static_cast<OdInt16>(visibility);
+  changeSubentities(this, doSubents, [&](OdDbEntity* sub) { sub->setVisibility(visibility, false); });
   return eOk;
 }
 

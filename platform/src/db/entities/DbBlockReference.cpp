@@ -254,6 +254,12 @@ OdResult OdDbBlockReference::explode(OdRxObjectPtrArray& entities) const {
   return eOk;
 }
 
+void OdDbBlockReference::copyFrom(const OdRxObject* source) {
+  OdDbEntity::copyFrom(source);
+  m_attributes.clear();
+  m_seqEnd = OdDbObjectId();
+}
+
 void OdDbBlockReference::dwgOutFields(OdDbDwgFiler* filer) const {
   OdDbEntity::dwgOutFields(filer);
   filer->wrInt32(static_cast<OdInt32>(m_attributes.size()));
