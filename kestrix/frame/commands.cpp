@@ -7,8 +7,8 @@
 const std::vector<KestrixCommand>& kestrixCommandTable() {
   // Handlers shared by two names (a short and an English one) appear twice.
   static const std::vector<KestrixCommand> table = {
-    {L"EvKestrixTools", L"attout", 64000, 2, &notAvailableCommand},
-    {L"EvKestrixTools", L"attin", 64001, 0, &notAvailableCommand},
+    {L"EvKestrixTools", L"attout", 64000, 2, &attoutCommand},
+    {L"EvKestrixTools", L"attin", 64001, 0, &attinCommand},
     {L"EvKestrixTools", L"blocktoxref", 64002, 0, &notAvailableCommand},
     {L"EvKestrixTools", L"blockreplace", 64003, 0x2000000, &notAvailableCommand},
     {L"EvKestrixTools", L"-xlist", 64004, 1, &notAvailableCommand},

@@ -26,6 +26,10 @@ const std::vector<const wchar_t*>& kestrixCommandGroupsInRemovalOrder();
 // Registered commands whose tools are not in this version: one line, no change.
 void notAvailableCommand();
 
+// Attribute export and import (blocks/AttributeExport.cpp, blocks/AttributeImport.cpp).
+void attoutCommand();
+void attinCommand();
+
 // Selection by sample (frame/SelectionBySample.cpp).
 void getselCommand();
 void getBlkSelCommand();

@@ -114,7 +114,7 @@ SysVars::SysVars() {
   add(session(L"PERIMETER", realValue(0), 1, 0, L"Perimeter from the last area measure"));
   add(session(L"AREA", realValue(0), 1, 0, L"Area from the last area measure"));
   add(session(L"DWGCODEPAGE", stringValue(L"ANSI_1252"), 1, 0, L"Code page of drawings before R2007"));
-  add(session(L"ANSICODEPAGE", shortValue(1252), 1, 65535, L"Code page of ANSI text files the tools read and write"));
+  add(session(L"ANSICODEPAGE", longValue(1252), 1, 65535, L"Code page of ANSI text files the tools read and write"));
   add(session(L"CTAB", stringValue(L"Model"), 1, 0, L"The current layout"));
   m_defs[L"PERIMETER"].readOnly = true;
   m_defs[L"AREA"].readOnly = true;

@@ -755,17 +755,18 @@ int ryedEntSel(const ACHAR* prompt, ads_name entity, ads_point pickPoint) {
                                          : L"\n*Invalid selection*\nExpects a point or a keyword.");
       continue;
     }
-    if (id.isNull()) {
-      setErrno(kErrnoMissedPick);
-      return RTERROR;
-    }
-    rydbGetAdsName(entity, id);
+    // The point is given back also when the pick missed: callers start a window there.
     if (pickPoint) {
       const OdGePoint3d user = ryhost::wcsToUcs(world);
       pickPoint[0] = user.x;
       pickPoint[1] = user.y;
       pickPoint[2] = user.z;
     }
+    if (id.isNull()) {
+      setErrno(kErrnoMissedPick);
+      return RTERROR;
+    }
+    rydbGetAdsName(entity, id);
     return RTNORM;
   }
 }
