@@ -12,6 +12,7 @@
 #include "DbDictionary.h"
 #include "core/CommandStack.h"
 #include "core/SelectionSets.h"
+#include "RxModule.h"
 #include "harness.h"
 #include "ryed.h"
 
@@ -89,6 +90,34 @@ TEST(ModuleFrame, RegistersTheWholeTableInOrderAndRemovesItAtUnload) {
   // A second load in the same process registers the table again.
   ASSERT_TRUE(session.loadModule());
   EXPECT_EQ(moduleCommands().size(), 184u);
+}
+
+TEST(ModuleFrame, InitialisingTwiceReusesTheLibraryClassesAndModuleObject) {
+  HostSession session;
+  ASSERT_TRUE(session.loadModule());
+  void* module = dlopen(kModule.c_str(), RTLD_NOW | RTLD_NOLOAD);
+  ASSERT_NE(module, nullptr);
+  auto entry = reinterpret_cast<std::uintptr_t (*)(unsigned int, void*)>(dlsym(module, "ryrxEntryPoint"));
+  auto createModule = reinterpret_cast<OdRxModule* (*)(void**)>(dlsym(module, "odrxCreateModuleObject"));
+  ASSERT_TRUE(entry && createModule);
+  const ryHandle resources = moduleCommands().front()->resourceHandle();
+  OdRxClass* reactorClass = odrxFindClass(L"KWIBCmdEndReactor");
+  ASSERT_NE(reactorClass, nullptr);
+
+  EXPECT_EQ(entry(kRyrxInitAppMsg, nullptr), 0u);
+  EXPECT_EQ(moduleCommands().size(), 184u);
+  EXPECT_EQ(moduleCommands().front()->resourceHandle(), resources);
+  EXPECT_EQ(odrxFindClass(L"KWIBCmdEndReactor"), reactorClass);
+  // The module object is made once and takes the caller's instance value over.
+  void* instance = reinterpret_cast<void*>(0x1234);
+  OdRxModule* first = createModule(&instance);
+  EXPECT_EQ(instance, nullptr);
+  EXPECT_EQ(first->sysData(), reinterpret_cast<void*>(0x1234));
+  void* other = reinterpret_cast<void*>(0x5678);
+  EXPECT_EQ(createModule(&other), first);
+  // Messages the module does not handle are ignored.
+  EXPECT_EQ(entry(77, nullptr), 0u);
+  dlclose(module);
 }
 
 TEST(ModuleFrame, ToolsNotInThisVersionSayTheirNameAndChangeNothing) {
