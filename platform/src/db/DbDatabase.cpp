@@ -225,22 +225,17 @@ OdDbObjectId OdDbDatabase::getLayoutDictionaryId(bool createIfNotFound) {
 }
 
 OdDbObjectId OdDbDatabase::getModelSpaceId() const {
-  // Asked for every entity written: remembered while it stays what it was.
+  // Asked for every entity written: remembered while the record lives (a
+  // block table record cannot be renamed to or from a space's name).
   static const OdString kName(L"*Model_Space");
-  if (m_modelSpaceId.isValid() && !m_modelSpaceId.isErased() &&
-      static_cast<OdDbSymbolTableRecord*>(m_modelSpaceId.stub()->object)->getName().iCompare(kName) == 0) {
-    return m_modelSpaceId;
-  }
+  if (m_modelSpaceId.isValid() && !m_modelSpaceId.isErased()) return m_modelSpaceId;
   m_modelSpaceId = findRecord(OdDbNameTable::kBlock, kName);
   return m_modelSpaceId;
 }
 
 OdDbObjectId OdDbDatabase::getPaperSpaceId() const {
   static const OdString kName(L"*Paper_Space");
-  if (m_paperSpaceId.isValid() && !m_paperSpaceId.isErased() &&
-      static_cast<OdDbSymbolTableRecord*>(m_paperSpaceId.stub()->object)->getName().iCompare(kName) == 0) {
-    return m_paperSpaceId;
-  }
+  if (m_paperSpaceId.isValid() && !m_paperSpaceId.isErased()) return m_paperSpaceId;
   m_paperSpaceId = findRecord(OdDbNameTable::kBlock, kName);
   return m_paperSpaceId;
 }

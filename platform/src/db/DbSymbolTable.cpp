@@ -191,6 +191,13 @@ const OdDbClassSchema& OdDbSymbolTableRecord::classSchema() {
 }
 
 OdResult OdDbSymbolTableRecord::setName(const OdString& name) {
+  // The spaces keep their names, and no block takes one of theirs.
+  if (database() && isKindOf(OdDbBlockTableRecord::desc())) {
+    auto isSpaceName = [](const OdString& n) {
+      return n.iCompare(L"*Model_Space") == 0 || n.left(12).iCompare(L"*Paper_Space") == 0;
+    };
+    if ((isSpaceName(m_name) || isSpaceName(name)) && m_name.iCompare(name) != 0) return eIllegalReplacement;
+  }
   if (name.isEmpty() || name.findOneOf(L"<>/\\\":;?*|,=`") >= 0) {
     // Anonymous blocks ("*U12"), the spaces and the active viewport ("*Active") keep their leading asterisk.
     const bool starred = isKindOf(OdDbBlockTableRecord::desc()) || isKindOf(OdDbViewportTableRecord::desc());

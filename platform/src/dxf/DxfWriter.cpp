@@ -3,7 +3,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <condition_variable>
 #include <cstring>
+#include <deque>
+#include <mutex>
+#include <thread>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -68,12 +72,20 @@ class WriterSink : public OdDbTagSink {
   const OdDxfTagList* m_insert = nullptr;
 };
 
+// Takes the written text in pieces as it is made (a file being saved).
+class ChunkSink {
+ public:
+  virtual ~ChunkSink() = default;
+  virtual void take(std::string&& chunk) = 0;
+};
+
 class DxfWriter {
  public:
-  DxfWriter(OdDbDatabase* db, OdDb::DwgVersion version)
-      : m_db(db), m_version(version < OdDb::vAC12 ? OdDb::vAC15 : version), m_ctx(db, m_version) {
+  DxfWriter(OdDbDatabase* db, OdDb::DwgVersion version, ChunkSink* sink = nullptr)
+      : m_db(db), m_version(version < OdDb::vAC12 ? OdDb::vAC15 : version), m_ctx(db, m_version), m_sink(sink) {
     m_out.setCodePage(m_version >= OdDb::vAC21 ? kOdCodePageUtf8 : db->getDWGCODEPAGE());
   }
+  // The whole text; with a sink, what the sink has not taken yet.
   std::string write();
 
  private:
@@ -97,9 +109,19 @@ class DxfWriter {
     return id.isNull() || !id.isValid() || id.isErased() ? nullptr : id.stub()->object;
   }
 
+  // Hands the text made so far to the sink once it is large enough.
+  void passOn() {
+    if (m_sink && m_out.size() >= kChunkSize) {
+      m_sink->take(m_out.release());
+      m_out.reserve(kChunkSize + kChunkSize / 4);
+    }
+  }
+  static constexpr size_t kChunkSize = 8u << 20;
+
   OdDbDatabase* m_db;
   OdDb::DwgVersion m_version;
   WriteContext m_ctx;
+  ChunkSink* m_sink;
   OdDxfTagWriter m_out;
 };
 
@@ -130,6 +152,7 @@ void DxfWriter::writeObject(const OdDbObject* object, const OdString& dxfName, i
   if (extras) {
     for (const auto& tag : extras->xdata) m_out.writeTag(tag);
   }
+  passOn();
 }
 
 void DxfWriter::writeHeader() {
@@ -174,9 +197,12 @@ void DxfWriter::writeClasses() {
   // Classes in use that the file needs to announce and that were not read.
   std::vector<OdString> used;
   std::vector<const OdRxClass*> seen;
+  const OdRxClass* last = nullptr;
   m_db->forEachObjectId([&](const OdDbObjectId& id) {
     const OdRxClass* cls = id.stub()->object->isA();
-    if (std::find(seen.begin(), seen.end(), cls) != seen.end() || id.isErased()) return;
+    if (cls == last || id.isErased()) return;
+    last = cls;
+    if (std::find(seen.begin(), seen.end(), cls) != seen.end()) return;
     seen.push_back(cls);
     if (odDxfStandardClass(cls->dxfName())) used.push_back(cls->dxfName());
   });
@@ -317,12 +343,20 @@ void DxfWriter::writeObjects() {
   if (root) writeObject(root, root->dxfName());
   // The other objects, in handle order.
   std::vector<const OdDbObject*> rest;
+  // Tables, records and entities stand in their own sections (entities of no
+  // block are not written); the answer is the same for every object of a class.
+  const OdRxClass* lastClass = nullptr;
+  bool lastGoesHere = false;
   m_db->forEachObjectId([&](const OdDbObjectId& id) {
     const OdDbObject* object = objectOf(id);
-    // Tables, records and entities stand in their own sections (entities of no block are not written).
-    if (!object || object == root || object->isKindOf(OdDbEntity::desc())) return;
-    if (object->isKindOf(OdDbSymbolTable::desc()) || object->isKindOf(OdDbSymbolTableRecord::desc())) return;
-    rest.push_back(object);
+    if (!object || object == root) return;
+    const OdRxClass* cls = object->isA();
+    if (cls != lastClass) {
+      lastClass = cls;
+      lastGoesHere = !cls->isDerivedFrom(OdDbEntity::desc()) && !cls->isDerivedFrom(OdDbSymbolTable::desc()) &&
+                     !cls->isDerivedFrom(OdDbSymbolTableRecord::desc());
+    }
+    if (lastGoesHere) rest.push_back(object);
   });
   std::sort(rest.begin(), rest.end(), [](const OdDbObject* a, const OdDbObject* b) {
     return a->getDbHandle().value() < b->getDbHandle().value();
@@ -332,7 +366,8 @@ void DxfWriter::writeObjects() {
 }
 
 std::string DxfWriter::write() {
-  m_out.reserve(1 << 20);
+  // About 250 bytes an object: the buffer grows rarely.
+  m_out.reserve(m_sink ? kChunkSize + kChunkSize / 4 : std::max<size_t>(1 << 20, m_db->numberOfHandles() * 250));
   writeHeader();
   writeClasses();
   writeTables();
@@ -357,8 +392,72 @@ std::string odDxfWriteBuffer(OdDbDatabase* db, OdDb::DwgVersion version) {
 
 void odDxfWriteFile(OdDbDatabase* db, const OdString& path) { odDxfWriteFile(db, path, odDxfSaveVersion(db)); }
 
+namespace {
+
+// Writes the pieces of text to a file on a thread of its own, so that making
+// the text and copying it to the system overlap.
+class FileChunkWriter : public ChunkSink {
+ public:
+  explicit FileChunkWriter(int fd) : m_fd(fd), m_thread([this] { run(); }) {}
+  ~FileChunkWriter() override { finish(); }
+  void take(std::string&& chunk) override {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    // At most two pieces wait: the maker does not run far ahead.
+    m_room.wait(lock, [&] { return m_queue.size() < 2 || m_error != 0; });
+    m_queue.push_back(std::move(chunk));
+    m_ready.notify_one();
+  }
+  // Waits until everything is written; returns the first error (0 when none).
+  int finish() {
+    {
+      std::lock_guard<std::mutex> lock(m_mutex);
+      m_done = true;
+      m_ready.notify_one();
+    }
+    if (m_thread.joinable()) m_thread.join();
+    return m_error;
+  }
+
+ private:
+  void run() {
+    for (;;) {
+      std::string chunk;
+      {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_ready.wait(lock, [&] { return !m_queue.empty() || m_done; });
+        if (m_queue.empty()) return;
+        chunk = std::move(m_queue.front());
+        m_queue.pop_front();
+        m_room.notify_one();
+      }
+      if (m_error) continue;  // after an error the rest is dropped
+      size_t done = 0;
+      while (done < chunk.size()) {
+        ssize_t n = ::write(m_fd, chunk.data() + done, chunk.size() - done);
+        if (n < 0) {
+          if (errno == EINTR) continue;
+          std::lock_guard<std::mutex> lock(m_mutex);
+          m_error = errno;
+          m_room.notify_all();
+          break;
+        }
+        done += static_cast<size_t>(n);
+      }
+    }
+  }
+
+  int m_fd;
+  std::mutex m_mutex;
+  std::condition_variable m_ready, m_room;
+  std::deque<std::string> m_queue;
+  bool m_done = false;
+  int m_error = 0;
+  std::thread m_thread;
+};
+
+}  // namespace
+
 void odDxfWriteFile(OdDbDatabase* db, const OdString& path, OdDb::DwgVersion version) {
-  const std::string data = odDxfWriteBuffer(db, version);
   const std::string target = path.toUtf8();
   // A temporary file beside the target, flushed and renamed over it: the old
   // file stays whole until the new one is complete.
@@ -372,25 +471,31 @@ void odDxfWriteFile(OdDbDatabase* db, const OdString& path, OdDb::DwgVersion ver
     unlink(name.data());
     throw OdError_FileException(eFileWriteError, path + L": " + OdString(std::strerror(error)));
   };
-  size_t done = 0;
-  while (done < data.size()) {
-    ssize_t n = ::write(fd, data.data() + done, data.size() - done);
-    if (n < 0) {
-      if (errno == EINTR) continue;
-      fail(errno);
+  int error = 0;
+  {
+    FileChunkWriter chunks(fd);
+    try {
+      DxfWriter writer(db, version, &chunks);
+      chunks.take(writer.write());
+    } catch (...) {
+      chunks.finish();
+      close(fd);
+      unlink(name.data());
+      throw;
     }
-    done += static_cast<size_t>(n);
+    error = chunks.finish();
   }
+  if (error) fail(error);
   if (fsync(fd) != 0) fail(errno);
   fchmod(fd, 0644);
   if (close(fd) != 0) {
-    int error = errno;
+    int closeError = errno;
     unlink(name.data());
-    throw OdError_FileException(eFileWriteError, path + L": " + OdString(std::strerror(error)));
+    throw OdError_FileException(eFileWriteError, path + L": " + OdString(std::strerror(closeError)));
   }
   if (rename(name.data(), target.c_str()) != 0) {
-    int error = errno;
+    int renameError = errno;
     unlink(name.data());
-    throw OdError_FileException(eFileWriteError, path + L": " + OdString(std::strerror(error)));
+    throw OdError_FileException(eFileWriteError, path + L": " + OdString(std::strerror(renameError)));
   }
 }
