@@ -8,6 +8,9 @@
 #include <random>
 #include <sstream>
 
+#include <csignal>
+#include <sys/resource.h>
+
 #include "DbBlockTableRecord.h"
 #include "DbCurves.h"
 #include "DbDatabase.h"
@@ -139,5 +142,43 @@ TEST(Saving, IsAtomicAndAFailedSaveLeavesTheTargetAsItWas) {
   int files = 0;
   for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(dir)) ++files;
   EXPECT_EQ(files, 2);  // plan.dxf and blocked.dxf: no temporary files left
+  std::filesystem::remove_all(dir);
+}
+
+TEST(Saving, AFileSystemRefusingMidwayLeavesTheTargetAsItWas) {
+  // A drawing whose text runs to several pieces, saved where files may not
+  // grow beyond 1 MB: the writer fails part-way through the pieces.
+  OdDbDatabasePtr db = OdDbDatabase::createNew();
+  {
+    OdSmartPtr<OdDbBlockTableRecord> space =
+        OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+    for (int i = 0; i < 80000; ++i) {
+      OdDbLinePtr line = OdDbLine::createObject();
+      line->setEndPoint({i / 7.0, i / 3.0, 0.0});
+      space->appendOdDbEntity(line.get());
+    }
+  }
+  const auto dir = std::filesystem::temp_directory_path() / ("kestrix-full-" + std::to_string(getpid()));
+  std::filesystem::create_directories(dir);
+  const auto target = dir / "plan.dxf";
+  { std::ofstream(target) << "old contents"; }
+
+  struct rlimit saved {};
+  getrlimit(RLIMIT_FSIZE, &saved);
+  auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+  struct rlimit small = saved;
+  small.rlim_cur = 1 << 20;
+  setrlimit(RLIMIT_FSIZE, &small);
+  EXPECT_THROW(odDxfWriteFile(db.get(), OdString(target.string())), OdError_FileException);
+  setrlimit(RLIMIT_FSIZE, &saved);
+  std::signal(SIGXFSZ, oldHandler);
+
+  EXPECT_EQ(readAll(target.string()), "old contents");
+  int files = 0;
+  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(dir)) ++files;
+  EXPECT_EQ(files, 1);
+  // With room again the same database saves whole.
+  odDxfWriteFile(db.get(), OdString(target.string()));
+  EXPECT_EQ(modelSpaceIds(odDxfReadFile(OdString(target.string())).get()).size(), 80000u);
   std::filesystem::remove_all(dir);
 }
