@@ -1,4 +1,4 @@
-// What the table, property and inquiry commands share: prompts that leave
+// What the host commands share: prompts that leave
 // the command on Esc, selections, name lists with wildcards, symbol-table
 // lookups, and the texts of colours, lineweights, distances and points.
 //

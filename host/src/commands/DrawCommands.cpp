@@ -118,13 +118,13 @@ void lineCommand() {
 double askCircleSize(const OdGePoint3d& center) {
   const double last = memory().circleRadius;
   const int flags = RSG_NOZERO | RSG_NONEG | RSG_2D | (last > 0 ? 0 : RSG_NONULL);
-  const OdString shown = last > 0 ? L" <" + distanceText(last) + L">: " : OdString(L": ");
+  const OdString shown = last > 0 ? L" <" + formatDistance(last) + L">: " : OdString(L": ");
   double value = 0;
   const Answer radius =
       askDistance(L"\nSpecify radius of circle or [Diameter]" + shown, value, L"Diameter", &center, flags);
   if (radius.isEnter()) return last;
   if (radius.isValue()) return value;
-  const OdString shownDiameter = last > 0 ? L" <" + distanceText(2 * last) + L">: " : OdString(L": ");
+  const OdString shownDiameter = last > 0 ? L" <" + formatDistance(2 * last) + L">: " : OdString(L": ");
   if (askDistance(L"\nSpecify diameter of circle" + shownDiameter, value, nullptr, &center, flags).isEnter())
     return last;
   return value / 2;
@@ -349,7 +349,7 @@ class PolylineCommand {
     m_z = start.z;
     m_vertices.push_back({flat(start)});
     m_startWidth = m_endWidth = Host::instance().sysvars().getReal(L"PLINEWID", 0.0);
-    say(L"\nCurrent line-width is " + distanceText(m_startWidth));
+    say(L"\nCurrent line-width is " + formatDistance(m_startWidth));
     while (m_arcMode ? arcStep() : lineStep()) {
     }
     finish();
@@ -422,10 +422,10 @@ class PolylineCommand {
     const OdGePoint3d base = lastPoint3d();
     double start = m_startWidth * factor;
     const wchar_t* startPrompt = half ? L"\nSpecify starting half-width <" : L"\nSpecify starting width <";
-    askDistance(startPrompt + distanceText(start) + L">: ", start, nullptr, &base, RSG_NONEG);
+    askDistance(startPrompt + formatDistance(start) + L">: ", start, nullptr, &base, RSG_NONEG);
     double end = start;
     const wchar_t* endPrompt = half ? L"\nSpecify ending half-width <" : L"\nSpecify ending width <";
-    askDistance(endPrompt + distanceText(start) + L">: ", end, nullptr, &base, RSG_NONEG);
+    askDistance(endPrompt + formatDistance(start) + L">: ", end, nullptr, &base, RSG_NONEG);
     m_startWidth = start / factor;
     m_endWidth = end / factor;
     m_widthChanged = true;
@@ -534,7 +534,7 @@ class PolylineCommand {
       double radius = 0;
       askDistance(L"\nSpecify radius of arc: ", radius, nullptr, &base, RSG_NONULL | RSG_NOZERO | RSG_NONEG);
       double chordDirection = normalizedAngle(endDirection() + angle / 2);
-      askDirection(L"\nSpecify direction of chord for arc <" + directionText(chordDirection) + L">: ",
+      askDirection(L"\nSpecify direction of chord for arc <" + formatDirection(chordDirection) + L">: ",
                    chordDirection, nullptr, &base);
       addSegment(polar(lastPoint2d(), chordDirection, 2 * radius * std::fabs(std::sin(angle / 2))), bulge);
     } else if (flat(point).isEqualTo(lastPoint2d())) {
@@ -578,7 +578,7 @@ class PolylineCommand {
           !bulgeOfIncludedAngle(sweep, bulge))
         return;
       double chordDirection = normalizedAngle(endDirection() + sweep / 2);
-      askDirection(L"\nSpecify direction of chord for arc <" + directionText(chordDirection) + L">: ",
+      askDirection(L"\nSpecify direction of chord for arc <" + formatDirection(chordDirection) + L">: ",
                    chordDirection, nullptr, &base);
       addSegment(polar(lastPoint2d(), chordDirection, 2 * std::fabs(radius * std::sin(sweep / 2))), bulge);
       return;

@@ -50,6 +50,18 @@ void store(const OdGePoint3d& point, ads_point out) {
   out[2] = point.z;
 }
 
+// A real value from one of the SDK's distance, angle or direction prompts.
+Answer askReal(int (*prompt)(const ads_point, const ACHAR*, ads_real*), const OdString& text, double& value,
+               const wchar_t* keywords, const OdGePoint3d* base, int flags) {
+  ads_point from;
+  if (base) store(*base, from);
+  double result = 0;
+  initGet(keywords, flags);
+  const Answer answer = answerOf(prompt(base ? from : nullptr, text.c_str(), &result), keywords, flags);
+  if (answer.isValue()) value = result;
+  return answer;
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------- prompts
@@ -67,38 +79,17 @@ Answer askPoint(const OdString& prompt, OdGePoint3d& point, const wchar_t* keywo
 
 Answer askDistance(const OdString& prompt, double& value, const wchar_t* keywords, const OdGePoint3d* base,
                    int flags) {
-  ads_point from;
-  if (base) store(*base, from);
-  double result = 0;
-  initGet(keywords, flags);
-  const Answer answer =
-      answerOf(ryedGetDist(base ? from : nullptr, prompt.c_str(), &result), keywords, flags);
-  if (answer.isValue()) value = result;
-  return answer;
+  return askReal(ryedGetDist, prompt, value, keywords, base, flags);
 }
 
 Answer askAngle(const OdString& prompt, double& value, const wchar_t* keywords, const OdGePoint3d* base,
                 int flags) {
-  ads_point from;
-  if (base) store(*base, from);
-  double result = 0;
-  initGet(keywords, flags);
-  const Answer answer =
-      answerOf(ryedGetAngle(base ? from : nullptr, prompt.c_str(), &result), keywords, flags);
-  if (answer.isValue()) value = result;
-  return answer;
+  return askReal(ryedGetAngle, prompt, value, keywords, base, flags);
 }
 
 Answer askDirection(const OdString& prompt, double& value, const wchar_t* keywords, const OdGePoint3d* base,
                     int flags) {
-  ads_point from;
-  if (base) store(*base, from);
-  double result = 0;
-  initGet(keywords, flags);
-  const Answer answer =
-      answerOf(ryedGetOrient(base ? from : nullptr, prompt.c_str(), &result), keywords, flags);
-  if (answer.isValue()) value = result;
-  return answer;
+  return askReal(ryedGetOrient, prompt, value, keywords, base, flags);
 }
 
 Answer askSignedAngle(const OdString& prompt, double& value, const OdGePoint3d* base) {
@@ -157,20 +148,6 @@ bool askYesNo(const OdString& question, bool defaultYes) {
 
 void say(const OdString& text) { Host::instance().print(text); }
 
-OdString distanceText(double value) {
-  ACHAR text[64];
-  if (rydbRToS(value, -1, -1, text, 64) != RTNORM) return OdString().format(L"%g", value);
-  return OdString(text);
-}
-
-OdString angleText(double value) {
-  ACHAR text[64];
-  if (rydbAngToS(value, -1, -1, text, 64) != RTNORM) return OdString().format(L"%g", value);
-  return OdString(text);
-}
-
-OdString directionText(double direction) { return angleText(userAngleOfDirection(direction)); }
-
 OdString plural(int count, const wchar_t* one, const wchar_t* many) {
   return OdString().format(L"%d ", count) + (count == 1 ? one : many);
 }
@@ -227,23 +204,6 @@ OdDbObjectId appendEntity(OdDbEntity* entity, const OdDbObjectId& owner) {
 OdDbObjectId findBlock(const OdString& name) { return database()->findRecord(OdDbNameTable::kBlock, name); }
 
 // ---------------------------------------------------------------- selection
-
-std::vector<OdDbObjectId> selectObjects(bool refuseLocked) {
-  ads_name set;
-  const int code = ryedSSGet(refuseLocked ? L":L" : nullptr, nullptr, nullptr, nullptr, set);
-  if (code == RTCAN) throw CancelledError();
-  std::vector<OdDbObjectId> ids;
-  if (code != RTNORM) return ids;
-  OdInt32 length = 0;
-  ryedSSLength(set, &length);
-  for (OdInt32 i = 0; i < length; ++i) {
-    ads_name entity;
-    OdDbObjectId id;
-    if (ryedSSName(set, i, entity) == RTNORM && rydbGetObjectId(id, entity) == RTNORM) ids.push_back(id);
-  }
-  ryedSSFree(set);
-  return ids;
-}
 
 bool pickObject(const OdString& prompt, OdDbObjectId& id, OdGePoint3d& pick) {
   for (;;) {

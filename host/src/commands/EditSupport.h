@@ -15,6 +15,7 @@
 #include "Ge/GeMatrix3d.h"
 #include "Ge/GePoint2d.h"
 #include "OdString.h"
+#include "commands/CommandSupport.h"
 
 class OdDbDimension;
 
@@ -57,12 +58,10 @@ OdString askText(const OdString& prompt, bool allowSpaces = true);
 bool askYesNo(const OdString& question, bool defaultYes);
 
 void say(const OdString& text);
-// Numbers as the drawing's units show them.
-OdString distanceText(double value);
-// An angle amount (radians) in the current angular units.
-OdString angleText(double value);
-// A direction (radians from the user x axis) as the user types it (from ANGBASE).
-OdString directionText(double direction);
+// Numbers, angles and directions as the drawing's units show them.
+using cmdsupport::formatAngle;
+using cmdsupport::formatDirection;
+using cmdsupport::formatDistance;
 OdString plural(int count, const wchar_t* one, const wchar_t* many);
 
 // ---------------------------------------------------------------- coordinates
@@ -99,9 +98,8 @@ OdDbObjectId newAnonymousBlock(const OdString& prefix);
 
 // ---------------------------------------------------------------- selection
 
-// "Select objects:" (or the objects selected before the command). With
-// refuseLocked, objects on locked layers are left out and counted.
-std::vector<OdDbObjectId> selectObjects(bool refuseLocked);
+// "Select objects:" (or the objects selected before the command).
+using cmdsupport::selectObjects;
 // One object picked with its pick point (user coordinates); false on Enter.
 bool pickObject(const OdString& prompt, OdDbObjectId& id, OdGePoint3d& pick);
 

@@ -114,7 +114,7 @@ bool explodeOne(const OdDbEntity* entity, std::vector<Piece>& pieces, bool& widt
 }
 
 void explodeCommand() {
-  const std::vector<OdDbObjectId> ids = selectObjects(true);
+  const std::vector<OdDbObjectId> ids = selectObjects(nullptr, true);
   if (ids.empty()) return;
   struct Exploded {
     OdDbObjectId source;

@@ -455,13 +455,13 @@ void insertCommand() {
     } else if (answer.is(L"Z")) {
       scale.z = askOptionalFactor(L"\nSpecify Z scale factor <1>: ", 1.0);
     } else if (answer.is(L"Rotate")) {
-      askDirection(L"\nSpecify rotation angle <" + directionText(rotation) + L">: ", rotation);
+      askDirection(L"\nSpecify rotation angle <" + formatDirection(rotation) + L">: ", rotation);
       rotationGiven = true;
     }
   }
   if (!scaleGiven) scale = askScale(insertion);
   if (!rotationGiven) {
-    askDirection(L"\nSpecify rotation angle <" + directionText(0) + L">: ", rotation, nullptr, &insertion);
+    askDirection(L"\nSpecify rotation angle <" + formatDirection(0) + L">: ", rotation, nullptr, &insertion);
   }
   const std::vector<OdString> values = askAttributeValues(valueDefinitions(source.contents()));
 
@@ -547,7 +547,7 @@ void blockCommand() {
   }
   OdGePoint3d base;
   askPoint(L"\nSpecify insertion base point: ", base, nullptr, nullptr, RSG_NONULL);
-  const std::vector<OdDbObjectId> ids = selectObjects(true);
+  const std::vector<OdDbObjectId> ids = selectObjects(nullptr, true);
   if (ids.empty()) {
     say(L"\nNo objects selected: no block was made.");
     return;

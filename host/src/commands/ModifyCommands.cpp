@@ -69,7 +69,7 @@ void copyAll(const std::vector<OdDbObjectId>& ids, const OdGeMatrix3d& xform) {
 // "Specify displacement": a vector typed as a point.
 OdGeVector3d askDisplacement() {
   OdGePoint3d displacement;
-  const OdString zero = distanceText(0.0);
+  const OdString zero = formatDistance(0.0);
   if (askPoint(L"\nSpecify displacement <" + zero + L", " + zero + L", " + zero + L">: ", displacement).isEnter())
     return OdGeVector3d();
   return displacement.asVector();
@@ -78,7 +78,7 @@ OdGeVector3d askDisplacement() {
 // ---------------------------------------------------------------- MOVE
 
 void moveCommand() {
-  const std::vector<OdDbObjectId> ids = selectObjects(true);
+  const std::vector<OdDbObjectId> ids = selectObjects(nullptr, true);
   if (ids.empty()) return;
   OdGePoint3d base;
   OdGeVector3d shift;
@@ -99,7 +99,7 @@ void moveCommand() {
 // ---------------------------------------------------------------- COPY
 
 void copyCommand() {
-  const std::vector<OdDbObjectId> ids = selectObjects(false);
+  const std::vector<OdDbObjectId> ids = selectObjects(nullptr, false);
   if (ids.empty()) return;
   ModifyMemory& remembered = memory();
   bool multiple = remembered.copyMultiple;
@@ -167,8 +167,8 @@ void rotateCommand() {
   const bool clockwise = Host::instance().sysvars().getInt(L"ANGDIR", 0) != 0;
   say(OdString(L"\nCurrent positive angle in UCS:  ANGDIR=") +
       (clockwise ? L"clockwise" : L"counterclockwise") + L"  ANGBASE=" +
-      angleText(Host::instance().sysvars().getReal(L"ANGBASE", 0.0)));
-  const std::vector<OdDbObjectId> ids = selectObjects(true);
+      formatAngle(Host::instance().sysvars().getReal(L"ANGBASE", 0.0)));
+  const std::vector<OdDbObjectId> ids = selectObjects(nullptr, true);
   if (ids.empty()) return;
   OdGePoint3d base;
   askPoint(L"\nSpecify base point: ", base, nullptr, nullptr, RSG_NONULL);
@@ -177,7 +177,7 @@ void rotateCommand() {
   bool copies = false;
   for (;;) {
     const Answer answer =
-        askAngle(L"\nSpecify rotation angle or [Copy/Reference] <" + angleText(angle) + L">: ", angle,
+        askAngle(L"\nSpecify rotation angle or [Copy/Reference] <" + formatAngle(angle) + L">: ", angle,
                  L"Copy Reference", &base);
     if (answer.is(L"Copy")) {
       copies = true;
@@ -201,9 +201,9 @@ void rotateCommand() {
 double askReferenceScale(const OdGePoint3d& base) {
   const int positive = RSG_NOZERO | RSG_NONEG;
   double reference = 1, target = 1;
-  askDistance(L"\nSpecify reference length <" + distanceText(1.0) + L">: ", reference, nullptr, nullptr,
+  askDistance(L"\nSpecify reference length <" + formatDistance(1.0) + L">: ", reference, nullptr, nullptr,
               positive);
-  const Answer answer = askDistance(L"\nSpecify new length or [Points] <" + distanceText(1.0) + L">: ",
+  const Answer answer = askDistance(L"\nSpecify new length or [Points] <" + formatDistance(1.0) + L">: ",
                                     target, L"Points", &base, positive);
   if (answer.is(L"Points")) {
     for (;;) {
@@ -219,7 +219,7 @@ double askReferenceScale(const OdGePoint3d& base) {
 }
 
 void scaleCommand() {
-  const std::vector<OdDbObjectId> ids = selectObjects(true);
+  const std::vector<OdDbObjectId> ids = selectObjects(nullptr, true);
   if (ids.empty()) return;
   OdGePoint3d base;
   askPoint(L"\nSpecify base point: ", base, nullptr, nullptr, RSG_NONULL);
@@ -228,7 +228,7 @@ void scaleCommand() {
   bool copies = false;
   for (;;) {
     const Answer answer =
-        askDistance(L"\nSpecify scale factor or [Copy/Reference] <" + distanceText(factor) + L">: ", factor,
+        askDistance(L"\nSpecify scale factor or [Copy/Reference] <" + formatDistance(factor) + L">: ", factor,
                     L"Copy Reference", &base, RSG_NOZERO | RSG_NONEG);
     if (answer.is(L"Copy")) {
       copies = true;

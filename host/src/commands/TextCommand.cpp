@@ -73,7 +73,7 @@ OdDbObjectId currentStyle() {
 }
 
 void showStyle(const OdDbObjectId& style, double height) {
-  say(L"\nCurrent text style:  \"" + styleName(style) + L"\"  Text height:  " + distanceText(height));
+  say(L"\nCurrent text style:  \"" + styleName(style) + L"\"  Text height:  " + formatDistance(height));
 }
 
 void listStyles() {
@@ -193,11 +193,11 @@ bool askPlacement(Placement& placement, const wchar_t* heightPrompt) {
   if (fixedHeight) placement.height = style->textSize();
   if (placement.horizontal == OdDb::kTextAlign) return true;  // height and rotation come from the baseline
   if (!fixedHeight) {
-    askDistance(OdString(heightPrompt) + L" <" + distanceText(placement.height) + L">: ", placement.height,
+    askDistance(OdString(heightPrompt) + L" <" + formatDistance(placement.height) + L">: ", placement.height,
                 nullptr, &placement.point, RSG_NOZERO | RSG_NONEG);
   }
   if (placement.horizontal == OdDb::kTextFit) return true;
-  askDirection(L"\nSpecify rotation angle of text <" + directionText(placement.rotation) + L">: ",
+  askDirection(L"\nSpecify rotation angle of text <" + formatDirection(placement.rotation) + L">: ",
                placement.rotation, nullptr, &placement.point);
   return true;
 }
