@@ -114,6 +114,20 @@ void readValue(resbuf* rb, int type, va_list& args) {
   }
 }
 
+// Reads (type, value) pairs from a va_list up to RTNONE (or 0) into a list.
+resbuf* readList(int type, va_list& args) {
+  resbuf* head = nullptr;
+  resbuf** tail = &head;
+  while (type != RTNONE && type != 0) {
+    resbuf* rb = ryutNewRb(type);
+    readValue(rb, type, args);
+    *tail = rb;
+    tail = &rb->rbnext;
+    type = va_arg(args, int);
+  }
+  return head;
+}
+
 OdString formatNumber(double value) {
   OdString text;
   text.format(L"%.16g", value);
@@ -164,15 +178,7 @@ int ryutRelRb(resbuf* list) {
 resbuf* ryutBuildList(int type, ...) {
   va_list args;
   va_start(args, type);
-  resbuf* head = nullptr;
-  resbuf** tail = &head;
-  while (type != RTNONE && type != 0) {
-    resbuf* rb = ryutNewRb(type);
-    readValue(rb, type, args);
-    *tail = rb;
-    tail = &rb->rbnext;
-    type = va_arg(args, int);
-  }
+  resbuf* head = readList(type, args);
   va_end(args);
   return head;
 }
@@ -291,15 +297,7 @@ int ryedCmd(const resbuf* args) {
 int ryedCommand(int type, ...) {
   va_list args;
   va_start(args, type);
-  resbuf* head = nullptr;
-  resbuf** tail = &head;
-  while (type != RTNONE && type != 0) {
-    resbuf* rb = ryutNewRb(type);
-    readValue(rb, type, args);
-    *tail = rb;
-    tail = &rb->rbnext;
-    type = va_arg(args, int);
-  }
+  resbuf* head = readList(type, args);
   va_end(args);
   int result = ryedCmd(head);
   ryutRelRb(head);

@@ -5,6 +5,7 @@
 
 #include "DbDatabase.h"
 #include "Ge/GeOcs.h"
+#include "db/entities/DbEntityGeometry.h"
 
 ODDB_DEFINE_MEMBERS(OdDbBlockReference, OdDbEntity, L"INSERT")
 ODDB_DEFINE_MEMBERS(OdDbMInsertBlock, OdDbBlockReference, L"MINSERT")
@@ -238,20 +239,7 @@ double OdDbBlockReference::distanceTo(const OdGePoint3d& point) const {
 }
 
 OdResult OdDbBlockReference::explode(OdRxObjectPtrArray& entities) const {
-  OdDbObjectPtr block = m_blockId.openObject();
-  auto* record = dynamic_cast<OdDbBlockTableRecord*>(block.get());
-  if (!record) return eInvalidInput;
-  const OdGeMatrix3d xform = blockTransform();
-  for (const OdDbObjectId& id : record->entityIds()) {
-    if (id.isErased()) continue;
-    OdDbEntityPtr entity = OdDbEntity::cast(id.openObject().get());
-    if (entity.isNull()) continue;
-    OdDbEntityPtr copy;
-    OdResult status = entity->getTransformedCopy(xform, copy);
-    if (status != eOk) return status;
-    entities.append(OdRxObjectPtr(copy.get()));
-  }
-  return eOk;
+  return OdDbEntityGeometry::explodeBlockContents(m_blockId, blockTransform(), entities);
 }
 
 void OdDbBlockReference::copyFrom(const OdRxObject* source) {

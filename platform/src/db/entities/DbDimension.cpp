@@ -299,19 +299,7 @@ OdResult OdDbDimension::transformBy(const OdGeMatrix3d& xform) {
 }
 
 OdResult OdDbDimension::explode(OdRxObjectPtrArray& entities) const {
-  OdDbObjectPtr block = m_blockId.openObject();
-  auto* record = dynamic_cast<OdDbBlockTableRecord*>(block.get());
-  if (!record) return eInvalidInput;
-  const OdGeMatrix3d xform = blockTransform();
-  for (const OdDbObjectId& id : record->entityIds()) {
-    OdDbEntityPtr entity = OdDbEntity::cast(id.openObject().get());
-    if (entity.isNull()) continue;
-    OdDbEntityPtr copy;
-    OdResult status = entity->getTransformedCopy(xform, copy);
-    if (status != eOk) return status;
-    entities.append(OdRxObjectPtr(copy.get()));
-  }
-  return eOk;
+  return OdDbEntityGeometry::explodeBlockContents(m_blockId, blockTransform(), entities);
 }
 
 double OdDbDimension::distanceTo(const OdGePoint3d& point) const {

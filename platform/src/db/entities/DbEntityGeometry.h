@@ -1,11 +1,13 @@
 // Geometry steps that several entity classes share: moving a plane (normal
-// and object coordinates) through a transformation, and point distances.
+// and object coordinates) through a transformation, point distances, and
+// the placed copies of a block's entities.
 #pragma once
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
+#include "DbBlockTableRecord.h"
 #include "Ge/GeMatrix3d.h"
 #include "Ge/GeOcs.h"
 #include "Ge/GePoint2d.h"
@@ -108,6 +110,24 @@ bool isInsidePolygon(const OdGePoint2d& point, const PointArray& polygon) {
     }
   }
   return inside;
+}
+
+// Copies of the entities of a block placed by a transform (a block
+// reference's or a dimension's picture, exploded).
+inline OdResult explodeBlockContents(const OdDbObjectId& blockId, const OdGeMatrix3d& xform,
+                                     OdRxObjectPtrArray& entities) {
+  OdDbObjectPtr block = blockId.openObject();
+  auto* record = dynamic_cast<OdDbBlockTableRecord*>(block.get());
+  if (!record) return eInvalidInput;
+  for (const OdDbObjectId& id : record->entityIds()) {
+    OdDbEntityPtr entity = OdDbEntity::cast(id.openObject().get());
+    if (entity.isNull()) continue;  // erased
+    OdDbEntityPtr copy;
+    OdResult status = entity->getTransformedCopy(xform, copy);
+    if (status != eOk) return status;
+    entities.append(OdRxObjectPtr(copy.get()));
+  }
+  return eOk;
 }
 
 }  // namespace OdDbEntityGeometry
