@@ -6,6 +6,7 @@
 #include "DbCurves.h"
 #include "DbText.h"
 #include "harness.h"
+#include "sdk_values.h"
 #include "rydb.h"
 #include "ryed.h"
 #include "ryut.h"
@@ -30,20 +31,6 @@ std::wstring angtos(double value, int unit, int precision) {
 
 bool distof(const wchar_t* text, int unit, double& value) { return rydbDisToF(text, unit, &value) == RTNORM; }
 bool angtof(const wchar_t* text, int unit, double& value) { return rydbAngToF(text, unit, &value) == RTNORM; }
-
-void setShort(const wchar_t* name, short value) {
-  resbuf rb{};
-  rb.restype = RTSHORT;
-  rb.resval.rint = value;
-  ASSERT_EQ(ryedSetVar(name, &rb), RTNORM);
-}
-
-void setReal(const wchar_t* name, double value) {
-  resbuf rb{};
-  rb.restype = RTREAL;
-  rb.resval.rreal = value;
-  ASSERT_EQ(ryedSetVar(name, &rb), RTNORM);
-}
 
 OdDbObjectId place(OdDbDatabase* db, OdDbEntity* entity) {
   OdDbObjectPtr owner = db->getModelSpaceId().openObject(OdDb::kForWrite);

@@ -8,43 +8,13 @@
 #include "DbSymbolTable.h"
 #include "core/CommandStack.h"
 #include "harness.h"
+#include "sdk_values.h"
 #include "rydb.h"
 #include "ryed.h"
 #include "ryut.h"
 #include "sdk/EntityLists.h"
 
 namespace {
-
-// A list that frees itself.
-struct List {
-  resbuf* head;
-  explicit List(resbuf* list) : head(list) {}
-  ~List() { ryutRelRb(head); }
-  List(const List&) = delete;
-  List& operator=(const List&) = delete;
-  // The n-th group of that code, or null.
-  resbuf* group(int code, int nth = 0) const {
-    for (resbuf* rb = head; rb; rb = rb->rbnext) {
-      if (rb->restype == code && nth-- == 0) return rb;
-    }
-    return nullptr;
-  }
-  std::wstring text(int code, int nth = 0) const {
-    resbuf* rb = group(code, nth);
-    return rb && rb->resval.rstring ? rb->resval.rstring : L"<none>";
-  }
-  int count(int code) const {
-    int n = 0;
-    for (resbuf* rb = head; rb; rb = rb->rbnext) n += rb->restype == code;
-    return n;
-  }
-};
-
-int errnoValue() {
-  resbuf value{};
-  ryedGetVar(L"ERRNO", &value);
-  return value.resval.rint;
-}
 
 struct Name {
   ads_name n = {0, 0};

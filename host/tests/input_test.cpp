@@ -8,6 +8,7 @@
 #include "DbCurves.h"
 #include "DbPolyline.h"
 #include "harness.h"
+#include "sdk_values.h"
 #include "rydb.h"
 #include "ryed.h"
 #include "ryut.h"
@@ -17,20 +18,6 @@ namespace {
 constexpr double kPi = 3.14159265358979323846;
 
 double degrees(double d) { return d * kPi / 180.0; }
-
-void setShort(const wchar_t* name, short value) {
-  resbuf rb{};
-  rb.restype = RTSHORT;
-  rb.resval.rint = value;
-  ASSERT_EQ(ryedSetVar(name, &rb), RTNORM);
-}
-
-void setReal(const wchar_t* name, double value) {
-  resbuf rb{};
-  rb.restype = RTREAL;
-  rb.resval.rreal = value;
-  ASSERT_EQ(ryedSetVar(name, &rb), RTNORM);
-}
 
 std::wstring input() {
   ACHAR text[512];

@@ -5,6 +5,7 @@
 
 #include "core/CommandStack.h"
 #include "core/SelectionSets.h"
+#include "sdk_values.h"
 #include "selection_support.h"
 
 using namespace selection_test;
@@ -17,12 +18,6 @@ namespace {
 
 int setCount(HostSession& session) {
   return static_cast<int>(session.host().current()->selections().count());
-}
-
-int errnoValue() {
-  resbuf value;
-  ryedGetVar(L"ERRNO", &value);
-  return value.resval.rint;
 }
 
 // A window (0,0)-(10,10) and what lies about it.

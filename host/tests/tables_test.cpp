@@ -5,36 +5,13 @@
 
 #include "DbSymbolTable.h"
 #include "harness.h"
+#include "sdk_values.h"
 #include "rydb.h"
 #include "ryed.h"
 #include "ryut.h"
 #include "sdk/EntityLists.h"
 
 namespace {
-
-struct List {
-  resbuf* head;
-  explicit List(resbuf* list) : head(list) {}
-  ~List() { ryutRelRb(head); }
-  List(const List&) = delete;
-  List& operator=(const List&) = delete;
-  resbuf* group(int code, int nth = 0) const {
-    for (resbuf* rb = head; rb; rb = rb->rbnext) {
-      if (rb->restype == code && nth-- == 0) return rb;
-    }
-    return nullptr;
-  }
-  std::wstring text(int code, int nth = 0) const {
-    resbuf* rb = group(code, nth);
-    return rb && rb->resval.rstring ? rb->resval.rstring : L"<none>";
-  }
-};
-
-int errnoValue() {
-  resbuf value{};
-  ryedGetVar(L"ERRNO", &value);
-  return value.resval.rint;
-}
 
 std::vector<std::wstring> walk(const ACHAR* table) {
   std::vector<std::wstring> names;
