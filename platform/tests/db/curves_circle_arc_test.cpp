@@ -12,18 +12,6 @@ namespace {
 
 constexpr double kDeg = OdaPI / 180.0;
 
-OdGePoint3d startOf(const OdDbCurve& curve) {
-  OdGePoint3d p;
-  EXPECT_EQ(curve.getStartPoint(p), eOk);
-  return p;
-}
-
-OdGePoint3d endOf(const OdDbCurve& curve) {
-  OdGePoint3d p;
-  EXPECT_EQ(curve.getEndPoint(p), eOk);
-  return p;
-}
-
 OdGePoint3d middleOf(const OdDbCurve& curve) {
   double start, end;
   curve.getStartParam(start);

@@ -10,24 +10,6 @@ using namespace curves_test;
 
 namespace {
 
-OdGePoint3d pointAt(const OdDbCurve& curve, double param) {
-  OdGePoint3d p;
-  EXPECT_EQ(curve.getPointAtParam(param, p), eOk);
-  return p;
-}
-
-OdGePoint3d startOf(const OdDbCurve& curve) {
-  OdGePoint3d p;
-  EXPECT_EQ(curve.getStartPoint(p), eOk);
-  return p;
-}
-
-OdGePoint3d endOf(const OdDbCurve& curve) {
-  OdGePoint3d p;
-  EXPECT_EQ(curve.getEndPoint(p), eOk);
-  return p;
-}
-
 // A rational quadratic circle of radius r about the origin: four quarter arcs.
 OdDbSplinePtr nurbsCircle(double r) {
   const double w = std::sqrt(0.5);

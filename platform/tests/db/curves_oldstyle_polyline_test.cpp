@@ -26,18 +26,6 @@ OdDb2dVertexPtr vertex2d(double x, double y, double bulge = 0.0, OdInt16 flags =
   return vertex;
 }
 
-OdGePoint3d pointAt(const OdDbCurve& curve, double param) {
-  OdGePoint3d p;
-  EXPECT_EQ(curve.getPointAtParam(param, p), eOk);
-  return p;
-}
-
-OdGePoint3d startOf(const OdDbCurve& curve) {
-  OdGePoint3d p;
-  EXPECT_EQ(curve.getStartPoint(p), eOk);
-  return p;
-}
-
 // A 2-d polyline in model space: (0,0) -[bulge 1]- (2,0) - (2,2).
 OdDb2dPolylinePtr polylineInDrawing(Drawing& drawing) {
   OdDb2dPolylinePtr pline = OdDb2dPolyline::createObject();

@@ -37,12 +37,6 @@ OdGePoint3d vertexOf(const OdDbPolyline& pline, unsigned index) {
   return p;
 }
 
-OdGePoint3d pointAt(const OdDbCurve& curve, double param) {
-  OdGePoint3d p;
-  EXPECT_EQ(curve.getPointAtParam(param, p), eOk);
-  return p;
-}
-
 }  // namespace
 
 TEST(CurvesPolyline, ExplodedArcsJoinTheVerticesAndBulgeToTheRightSide) {

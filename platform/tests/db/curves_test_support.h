@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "DbBlockTableRecord.h"
+#include "DbEntity.h"
 #include "DbDatabase.h"
 #include "DbFiler.h"
 #include "DbSchema.h"
@@ -90,6 +91,25 @@ inline std::vector<int> codesOf(const OdDxfTagList& tags) {
 inline int countCode(const OdDxfTagList& tags, int code) {
   return static_cast<int>(
       std::count_if(tags.begin(), tags.end(), [code](const OdDxfTag& t) { return t.code == code; }));
+}
+
+// Points of a curve, each call expected to succeed.
+inline OdGePoint3d pointAt(const OdDbCurve& curve, double param) {
+  OdGePoint3d p;
+  EXPECT_EQ(curve.getPointAtParam(param, p), eOk);
+  return p;
+}
+
+inline OdGePoint3d startOf(const OdDbCurve& curve) {
+  OdGePoint3d p;
+  EXPECT_EQ(curve.getStartPoint(p), eOk);
+  return p;
+}
+
+inline OdGePoint3d endOf(const OdDbCurve& curve) {
+  OdGePoint3d p;
+  EXPECT_EQ(curve.getEndPoint(p), eOk);
+  return p;
 }
 
 // A new drawing with its model space open for write.
