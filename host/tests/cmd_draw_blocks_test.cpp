@@ -14,13 +14,6 @@ using ::testing::HasSubstr;
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
-
-void expectPoint(const OdGePoint3d& actual, double x, double y) {
-  EXPECT_NEAR(actual.x, x, 1e-9);
-  EXPECT_NEAR(actual.y, y, 1e-9);
-}
-
 // A block "DOOR" of a line from (0,0) to (1,0), an arc and an attribute
 // definition NUM (default D1) at (0,1), based at the origin.
 void makeDoorBlock(HostSession& session) {

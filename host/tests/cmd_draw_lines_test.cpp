@@ -11,14 +11,6 @@ using ::testing::HasSubstr;
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
-
-void expectPoint(const OdGePoint3d& actual, double x, double y, double z = 0) {
-  EXPECT_NEAR(actual.x, x, 1e-9);
-  EXPECT_NEAR(actual.y, y, 1e-9);
-  EXPECT_NEAR(actual.z, z, 1e-9);
-}
-
 void addLayer(OdDbDatabase* db, const wchar_t* name) {
   OdDbLayerTableRecordPtr layer = OdDbLayerTableRecord::createObject();
   layer->setName(name);

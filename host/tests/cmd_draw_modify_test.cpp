@@ -13,13 +13,6 @@ using ::testing::HasSubstr;
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
-
-void expectPoint(const OdGePoint3d& actual, double x, double y) {
-  EXPECT_NEAR(actual.x, x, 1e-9);
-  EXPECT_NEAR(actual.y, y, 1e-9);
-}
-
 void makeDoor(HostSession& session) {
   session.run(
       {"LINE",   "0,0",  "1,0", "",    "-ATTDEF", "",        "NUM",  "Number", "D1", "0,1", "0.5", "0",  //

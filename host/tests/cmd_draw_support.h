@@ -34,6 +34,14 @@ inline std::string difference(const std::string& a, const std::string& b) {
   return "was: " + a.substr(start, 120) + "\nnow: " + b.substr(start, 120);
 }
 
+constexpr double kPi = 3.14159265358979323846;
+
+inline void expectPoint(const OdGePoint3d& actual, double x, double y, double z = 0) {
+  EXPECT_NEAR(actual.x, x, 1e-9);
+  EXPECT_NEAR(actual.y, y, 1e-9);
+  EXPECT_NEAR(actual.z, z, 1e-9);
+}
+
 template <class T>
 OdSmartPtr<T> open(const OdDbObjectId& id) {
   return OdSmartPtr<T>(T::cast(id.openObject().get()));

@@ -12,13 +12,6 @@ using ::testing::Not;
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
-
-void expectPoint(const OdGePoint3d& actual, double x, double y) {
-  EXPECT_NEAR(actual.x, x, 1e-9);
-  EXPECT_NEAR(actual.y, y, 1e-9);
-}
-
 OdDbObjectId addStyle(OdDbDatabase* db, const wchar_t* name, double fixedHeight) {
   OdDbTextStyleTableRecordPtr style = OdDbTextStyleTableRecord::createObject();
   style->setName(name);
