@@ -36,13 +36,6 @@ InsertMemory& memory() {
   return data.docData();
 }
 
-bool parseNumber(const OdString& text, double& value) {
-  const std::string s = text.toUtf8();
-  char* end = nullptr;
-  value = std::strtod(s.c_str(), &end);
-  return end != s.c_str() && *end == 0 && std::isfinite(value);
-}
-
 bool isValidBlockName(const OdString& name) {
   if (name.isEmpty() || name.getLength() > 255 || name[0] == L'*') return false;
   return name.findOneOf(L"<>/\\\":;?*|,=`") < 0;
@@ -316,7 +309,7 @@ struct Scale {
 
 // A scale factor typed as a number (not zero); false for other text.
 bool scaleFactor(const Answer& answer, double& value) {
-  if (!parseNumber(answer.text, value)) {
+  if (!parseReal(answer.text, value)) {
     say(L"\nRequires a number, a point or an option keyword.");
     return false;
   }

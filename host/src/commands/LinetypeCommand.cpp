@@ -22,6 +22,7 @@
 #include "core/CommandStack.h"
 #include "core/Host.h"
 #include "ryed.h"
+#include "sdk/Input.h"
 
 namespace ryhost {
 
@@ -66,12 +67,6 @@ std::vector<OdString> splitElements(const OdString& text) {
   return parts;
 }
 
-bool parseNumber(const OdString& text, double& value) {
-  wchar_t* end = nullptr;
-  value = std::wcstod(text.c_str(), &end);
-  return !text.isEmpty() && end && *end == 0 && std::isfinite(value);
-}
-
 // An angle of a complex element: degrees, or with a suffix r (radians) or g (grads).
 bool parseElementAngle(OdString text, double& radians) {
   double factor = 3.14159265358979323846 / 180.0;
@@ -80,7 +75,7 @@ bool parseElementAngle(OdString text, double& radians) {
   if (last == L'g' || last == L'G') factor = 3.14159265358979323846 / 200.0;
   if (last == L'r' || last == L'R' || last == L'g' || last == L'G' || last == L'd' || last == L'D')
     text = text.left(text.getLength() - 1);
-  if (!parseNumber(text, radians)) return false;
+  if (!parseReal(text, radians)) return false;
   radians *= factor;
   return true;
 }
@@ -90,9 +85,9 @@ bool applyElementField(const OdString& field, OdDbLinetypeDash& dash) {
   const int equals = field.find(L'=');
   if (equals <= 0) return false;
   const OdString key = field.left(equals).upper(), value = field.mid(equals + 1);
-  if (key == L"S") return parseNumber(value, dash.scale);
-  if (key == L"X") return parseNumber(value, dash.offsetX);
-  if (key == L"Y") return parseNumber(value, dash.offsetY);
+  if (key == L"S") return parseReal(value, dash.scale);
+  if (key == L"X") return parseReal(value, dash.offsetX);
+  if (key == L"Y") return parseReal(value, dash.offsetY);
   if (key == L"A") dash.complexType |= 1;  // rotation measured from the world, not the line
   if (key == L"R" || key == L"A") return parseElementAngle(value, dash.rotation);
   return key == L"U";
@@ -142,7 +137,7 @@ bool parsePattern(OdDbDatabase* db, const OdString& line, OdArray<OdDbLinetypeDa
       continue;
     }
     OdDbLinetypeDash dash;
-    if (!parseNumber(element, dash.length)) {
+    if (!parseReal(element, dash.length)) {
       problem = L"cannot read " + quoted(element);
       return false;
     }

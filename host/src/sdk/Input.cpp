@@ -11,6 +11,7 @@
 #include "sdk/Input.h"
 
 #include <charconv>
+#include <type_traits>
 #include <cmath>
 #include <cwchar>
 #include <deque>
@@ -566,24 +567,27 @@ int readAngle(const ads_point base, const ACHAR* prompt, ads_real* result, bool 
   }
 }
 
-// A real number as getreal takes it: decimal or scientific, with a sign.
-bool parseReal(const OdString& text, double& value) {
-  std::string s = text.toUtf8();
-  if (!s.empty() && s[0] == '+') s.erase(0, 1);
-  if (s.empty() || s[0] == '+') return false;
-  auto [end, error] = std::from_chars(s.data(), s.data() + s.size(), value);
-  return error == std::errc() && end == s.data() + s.size() && std::isfinite(value);
-}
 
-bool parseInteger(const OdString& text, long long& value) {
+}  // namespace
+
+namespace {
+
+// A number as typed: decimal or scientific, with one optional sign.
+template <class Number>
+bool parseNumber(const OdString& text, Number& value) {
   std::string s = text.toUtf8();
   if (!s.empty() && s[0] == '+') s.erase(0, 1);
   if (s.empty() || s[0] == '+') return false;
   auto [end, error] = std::from_chars(s.data(), s.data() + s.size(), value);
-  return error == std::errc() && end == s.data() + s.size();
+  if (error != std::errc() || end != s.data() + s.size()) return false;
+  if constexpr (std::is_floating_point_v<Number>) return std::isfinite(value);
+  return true;
 }
 
 }  // namespace
+
+bool ryhost::parseReal(const OdString& text, double& value) { return parseNumber(text, value); }
+bool ryhost::parseInteger(const OdString& text, long long& value) { return parseNumber(text, value); }
 
 int ryedInitGet(int flags, const ACHAR* keywords) {
   InputState& state = currentState();

@@ -91,6 +91,10 @@ bool entityOcsNormal(const OdDbEntity* entity, OdGeVector3d& normal);
 
 // ---------------------------------------------------------------- entry forms
 
+// A number as typed at a prompt, in a file or in a dialog: decimal or
+// scientific, one optional sign, nothing around it; false for other text.
+bool parseReal(const OdString& text, double& value);
+bool parseInteger(const OdString& text, long long& value);
 // A distance in the current linear units (rydbDisToF with LUNITS).
 bool parseDistance(const OdString& text, double& value);
 // An angle typed in the current angular units counts from ANGBASE in the
