@@ -9,6 +9,7 @@
 #include "DbSolid.h"
 #include "DbSymbolTable.h"
 #include "DbText.h"
+#include "commands/Prompts.h"
 #include "core/Host.h"
 #include "rydb.h"
 #include "ryed.h"
@@ -17,86 +18,38 @@
 
 namespace ryhost::cmdsupport {
 
-namespace {
-
-constexpr size_t kReplySize = 2048;
-
-void leaveOnCancel(int code) {
-  if (code == RTCAN) throw CancelledError();
-}
-
-OdString lastKeyword() {
-  ACHAR buffer[kReplySize];
-  ryedGetInput(buffer, kReplySize);
-  return OdString(buffer);
-}
-
-void toPoint(const OdGePoint3d& from, ads_point to) {
-  to[0] = from.x;
-  to[1] = from.y;
-  to[2] = from.z;
-}
-
-}  // namespace
-
 // ---------------------------------------------------------------- prompts
 
 OdString askKeyword(const OdString& prompt, const OdString& keywords, int flags) {
-  ryedInitGet(flags, keywords.c_str());
-  ACHAR buffer[kReplySize];
-  const int code = ryedGetKword(prompt.c_str(), buffer, kReplySize);
-  leaveOnCancel(code);
-  if (code == RTNONE) return OdString();
-  OdString reply(buffer);
+  OdString reply = prompt::askKeyword(prompt, keywords.c_str(), flags).text;
   reply.trimLeft().trimRight();
   return reply;
 }
 
 OdString askText(const OdString& prompt) {
-  ACHAR buffer[kReplySize];
-  const int code = ryedGetString(1, prompt.c_str(), buffer, kReplySize);
-  leaveOnCancel(code);
-  OdString reply(buffer);
+  OdString reply = prompt::askText(prompt, true);
   reply.trimLeft().trimRight();
   return reply;
 }
 
 bool askPoint(const OdString& prompt, OdGePoint3d& ucsPoint, const OdGePoint3d* base,
               const OdString& keywords, OdString* keyword) {
-  ryedInitGet(0, keywords.c_str());
-  ads_point basePoint, result;
-  if (base) toPoint(*base, basePoint);
-  const int code = ryedGetPoint(base ? basePoint : nullptr, prompt.c_str(), result);
-  leaveOnCancel(code);
   if (keyword) keyword->empty();
-  if (code == RTKWORD && keyword) {
-    *keyword = lastKeyword();
+  const prompt::Answer answer =
+      prompt::askPoint(prompt, ucsPoint, keywords.isEmpty() ? nullptr : keywords.c_str(), base);
+  if (answer.kind == prompt::Answer::kKeyword && keyword) {
+    *keyword = answer.text;
     return true;
   }
-  if (code != RTNORM) return false;
-  ucsPoint.set(result[0], result[1], result[2]);
-  return true;
+  return answer.isValue();
 }
 
 bool askReal(const OdString& prompt, double& value, int flags) {
-  ryedInitGet(flags, nullptr);
-  ads_real result = 0;
-  const int code = ryedGetReal(prompt.c_str(), &result);
-  leaveOnCancel(code);
-  if (code != RTNORM) return false;
-  value = result;
-  return true;
+  return prompt::askReal(prompt, value, nullptr, flags).isValue();
 }
 
 bool askAngle(const OdString& prompt, double& radians, const OdGePoint3d* base) {
-  ads_point basePoint;
-  if (base) toPoint(*base, basePoint);
-  ads_real result = 0;
-  const int code = ryedGetAngle(base ? basePoint : nullptr, prompt.c_str(), &result);
-  leaveOnCancel(code);
-  if (code != RTNORM) return false;
-  radians = result;
-  return true;
+  return prompt::askAngle(prompt, radians, nullptr, base).isValue();
 }
 
 bool askYesNo(const OdString& prompt, bool defaultYes) {
@@ -110,7 +63,7 @@ bool askYesNo(const OdString& prompt, bool defaultYes) {
 std::vector<OdDbObjectId> selectObjects(const resbuf* filter, bool refuseLocked) {
   ads_name set;
   const int code = ryedSSGet(refuseLocked ? L":L" : nullptr, nullptr, nullptr, filter, set);
-  leaveOnCancel(code);
+  if (code == RTCAN) throw CancelledError();
   std::vector<OdDbObjectId> ids;
   if (code != RTNORM) return ids;
   OdInt32 length = 0;

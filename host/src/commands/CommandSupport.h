@@ -1,11 +1,10 @@
-// What the host commands share: prompts that leave
-// the command on Esc, selections, name lists with wildcards, symbol-table
-// lookups, and the texts of colours, lineweights, distances and points.
+// What the host commands share: prompts that leave the command on Esc,
+// selections, name lists with wildcards, symbol-table lookups, and the texts
+// of colours, lineweights, distances and points.
 //
-// Every ask... function reads one reply through the SDK's get-functions (so
-// keywords, transparent commands and the entry forms of points behave as at
-// every other prompt) and throws CancelledError when the user presses Esc or
-// the input ends. The commands collect their answers first and change the
+// The ask... functions here are the short forms of those in
+// commands/Prompts.h (a value, or false / "" for Enter), for commands that
+// need no more. The commands collect their answers first and change the
 // drawing last, so that leaving at any prompt changes nothing.
 #pragma once
 
