@@ -21,7 +21,6 @@ bool ListInput::readLine(OdString& line, const OdString&) {
   if (m_lines.empty()) return false;
   line = m_lines.front();
   m_lines.pop_front();
-  ++m_consumed;
   return true;
 }
 
@@ -325,7 +324,6 @@ OdString Host::activeCommand() const { return m_running.empty() ? OdString() : m
 
 CommandStack& Host::commands() { return *m_commands; }
 ModuleList& Host::modules() { return *m_modules; }
-void Host::broadcast(unsigned int message) { m_modules->broadcast(message); }
 
 void Host::noteProblem(const OdString& reason) { m_problems.push_back(reason); }
 

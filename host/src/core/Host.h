@@ -42,11 +42,9 @@ class ListInput : public InputSource {
   void add(const OdString& line) { m_lines.push_back(line); }
   bool readLine(OdString& line, const OdString&) override;
   size_t remaining() const { return m_lines.size(); }
-  int lineNumber() const { return m_consumed; }
 
  private:
   std::deque<OdString> m_lines;
-  int m_consumed = 0;
 };
 
 // Where the command line's text goes.
@@ -142,17 +140,13 @@ class SysVars {
  public:
   SysVars();
   const SysVarDef* find(const OdString& name) const;
-  // Sorted by name.
-  std::vector<const SysVarDef*> all() const;
   int get(const OdString& name, SysVarValue& value) const;
   // RTNORM, or RTERROR for an unknown, read-only or out-of-range value.
   int set(const OdString& name, const SysVarValue& value, OdString* reason = nullptr);
   // Typed shortcuts for the host's own use.
   OdInt64 getInt(const OdString& name, OdInt64 otherwise = 0) const;
   double getReal(const OdString& name, double otherwise = 0) const;
-  OdString getString(const OdString& name) const;
   void setInt(const OdString& name, OdInt64 value);
-  void setString(const OdString& name, const OdString& value);
   void add(SysVarDef def);
 
  private:
@@ -185,7 +179,6 @@ class Host : public RyApDocManager, public OdDbHostAppServices, public OdEditor 
   Reply readReply(const OdString& prompt);
   // Replies given by ryedCommand, used before the input source.
   void pushReplies(const std::vector<OdString>& replies);
-  bool hasPendingReplies() const { return !m_pending.empty(); }
   size_t pendingReplies() const { return m_pending.size(); }
   void clearPendingReplies() { m_pending.clear(); }
 
@@ -230,7 +223,6 @@ class Host : public RyApDocManager, public OdDbHostAppServices, public OdEditor 
   int runCommandLine();
   // Shows a system variable and asks for its new value (a variable's name typed at the prompt).
   void runSysVarCommand(const OdString& name);
-  bool quitRequested() const { return m_quit; }
   void requestQuit() { m_quit = true; }
   void noteProblem(const OdString& reason);
   const std::vector<OdString>& problems() const { return m_problems; }
@@ -248,8 +240,6 @@ class Host : public RyApDocManager, public OdDbHostAppServices, public OdEditor 
 
   // ---- modules
   ModuleList& modules();
-  // Sends a message to every loaded module.
-  void broadcast(unsigned int message);
 
   // ---- menus
   std::set<OdString, OdStringLessNoCase>& menuGroups() { return m_menuGroups; }
@@ -277,8 +267,6 @@ class Host : public RyApDocManager, public OdDbHostAppServices, public OdEditor 
   OdString m_programFolder, m_dataFolder;
   std::set<OdString, OdStringLessNoCase> m_menuGroups;
   bool m_quit = false;
-
-  friend class CommandRun;
 };
 
 // Registers the host's own commands (UNDO, U, OPEN, SAVE…) in the stack.

@@ -78,11 +78,6 @@ OdString folderOf(const OdString& path) {
   return slash < 0 ? OdString() : path.left(slash + 1);
 }
 
-OdString nameOf(const OdString& path) {
-  int slash = path.reverseFind(L'/');
-  return slash < 0 ? path : path.mid(slash + 1);
-}
-
 }  // namespace
 
 SysVars::SysVars() {
@@ -213,7 +208,6 @@ SysVars::SysVars() {
     Document* doc = currentDocument();
     return shortValue(doc && !doc->fileName().isEmpty() ? 1 : 0);
   }, L"The drawing has a file name (1)"));
-  (void)nameOf;
 }
 
 void SysVars::add(SysVarDef def) { m_defs[def.name] = std::move(def); }
@@ -221,12 +215,6 @@ void SysVars::add(SysVarDef def) { m_defs[def.name] = std::move(def); }
 const SysVarDef* SysVars::find(const OdString& name) const {
   auto it = m_defs.find(name);
   return it == m_defs.end() ? nullptr : &it->second;
-}
-
-std::vector<const SysVarDef*> SysVars::all() const {
-  std::vector<const SysVarDef*> result;
-  for (const auto& [name, def] : m_defs) result.push_back(&def);
-  return result;
 }
 
 namespace {
@@ -367,12 +355,6 @@ double SysVars::getReal(const OdString& name, double otherwise) const {
   return value.type == RTREAL ? value.r : static_cast<double>(value.i);
 }
 
-OdString SysVars::getString(const OdString& name) const {
-  SysVarValue value;
-  if (get(name, value) != RTNORM) return OdString();
-  return value.s;
-}
-
 void SysVars::setInt(const OdString& name, OdInt64 value) {
   const SysVarDef* def = find(name);
   SysVarValue v;
@@ -383,13 +365,6 @@ void SysVars::setInt(const OdString& name, OdInt64 value) {
   } else if (def) {
     m_session[def->name] = v;  // the host may set read-only session values
   }
-}
-
-void SysVars::setString(const OdString& name, const OdString& value) {
-  SysVarValue v;
-  v.type = RTSTR;
-  v.s = value;
-  set(name, v);
 }
 
 }  // namespace ryhost
