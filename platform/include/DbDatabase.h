@@ -65,7 +65,9 @@ class OdDbDatabase : public OdRxObject {
   // The id of a handle; with createIfNotFound, a stub without object is made
   // (references to objects that will be read later, or never).
   OdDbObjectId getOdDbObjectId(const OdDbHandle& handle, bool createIfNotFound = false);
+  // The next handle to hand out: above every handle the database holds.
   OdDbHandle handseed() const { return m_handseed; }
+  // Raises the seed (a lower value is ignored).
   void setHandseed(const OdDbHandle& seed);
   // Every id that has an object, in handle order (erased ones included).
   OdDbObjectIdArray allObjectIds() const;

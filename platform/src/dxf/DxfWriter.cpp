@@ -164,11 +164,8 @@ void DxfWriter::writeHeader() {
   bool wroteVersion = false, wroteSeed = false;
   // Version and handle seed as this file has them; everything else as kept.
   OdDxfTagList version{OdDxfTag::str(1, odDxfVersionName(m_version))};
-  OdDbHandle seed = m_db->handseed();
-  m_db->forEachObjectId([&](const OdDbObjectId& id) {
-    if (id.handle().value() >= seed.value()) seed = OdDbHandle(id.handle().value() + 1);
-  });
-  OdDxfTagList handseed{OdDxfTag::handle(5, seed.value())};
+  // The database keeps its seed above every handle it has handed out or met.
+  OdDxfTagList handseed{OdDxfTag::handle(5, m_db->handseed().value())};
   for (const auto& var : m_db->headerVariables()) {
     if (var.name.iCompare(L"$ACADVER") == 0) {
       writeVariable(var.name, version);
