@@ -3,6 +3,7 @@
 // damage that can be repaired safely repaired and reported.
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <set>
@@ -981,9 +982,17 @@ OdDbDatabasePtr odDxfReadBuffer(std::string_view data, OdDxfReadReport* report) 
 }
 
 OdDbDatabasePtr odDxfReadFile(const OdString& path, OdDxfReadReport* report) {
-  std::ifstream in(path.toUtf8(), std::ios::binary);
+  const std::string name = path.toUtf8();
+  std::ifstream in(name, std::ios::binary);
   if (!in) throw OdError_FileException(eCantOpenFile, path);
-  std::string data((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  // A file of known size in one read; whatever follows (or all of a stream
+  // that has no size) in pieces.
+  std::error_code noSize;
+  const std::uintmax_t size = std::filesystem::file_size(name, noSize);
+  std::string data(noSize ? 0 : static_cast<size_t>(size), '\0');
+  in.read(data.data(), static_cast<std::streamsize>(data.size()));
+  data.resize(static_cast<size_t>(in.gcount()));
+  for (char piece[1 << 16]; in.read(piece, sizeof piece) || in.gcount() > 0;) data.append(piece, static_cast<size_t>(in.gcount()));
   if (in.bad()) throw OdError_FileException(eFileAccessErr, path);
   OdDbDatabasePtr db = odDxfReadBuffer(data, report);
   db->setFilename(path);
