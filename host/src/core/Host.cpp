@@ -115,7 +115,6 @@ void Host::reset() {
   registerHostCommands(*m_commands);
   m_sysvars = std::make_unique<SysVars>();
   m_pending.clear();
-  m_running.clear();
   m_runningCommands.clear();
   m_problems.clear();
   m_lastCommand.empty();
@@ -320,7 +319,9 @@ void Host::addReactor(OdEditorReactor* reactor) {
 
 void Host::removeReactor(OdEditorReactor* reactor) { std::erase(m_editorReactors, reactor); }
 
-OdString Host::activeCommand() const { return m_running.empty() ? OdString() : m_running.back(); }
+OdString Host::activeCommand() const {
+  return m_runningCommands.empty() ? OdString() : m_runningCommands.back()->globalName();
+}
 
 CommandStack& Host::commands() { return *m_commands; }
 ModuleList& Host::modules() { return *m_modules; }
@@ -362,7 +363,7 @@ bool Host::runCommand(const OdString& typed) {
   OdEdCommandPtr command(found);  // kept alive if a module removes it while it runs
   const OdString global = command->globalName();
   const OdInt32 flags = command->flags();
-  if (transparentCall && !m_running.empty() && !(flags & OdEdCommand::kTransparent)) {
+  if (transparentCall && !m_runningCommands.empty() && !(flags & OdEdCommand::kTransparent)) {
     print(L"\n** " + global + L" cannot be used inside another command **");
     return true;
   }
@@ -372,14 +373,13 @@ bool Host::runCommand(const OdString& typed) {
     return true;
   }
   // Objects selected before the command go to commands that take them; the others clear them.
-  if (!(flags & OdEdCommand::kUsePickSet) && m_running.empty()) {
+  if (!(flags & OdEdCommand::kUsePickSet) && m_runningCommands.empty()) {
     doc->selections().pickFirst().clear();
     doc->selections().gripSet().clear();
   }
-  const bool undoable = !(flags & OdEdCommand::kTransparent) && !(flags & OdEdCommand::kNoUndoMarker) && m_running.empty();
+  const bool undoable = !(flags & OdEdCommand::kTransparent) && !(flags & OdEdCommand::kNoUndoMarker) && m_runningCommands.empty();
   if (undoable) doc->database()->startUndoRecord();
   for (OdEditorReactor* reactor : std::vector<OdEditorReactor*>(m_editorReactors)) reactor->commandWillStart(global);
-  m_running.push_back(global);
   m_runningCommands.push_back(command);
   bool cancelled = false, failed = false;
   try {
@@ -393,9 +393,8 @@ bool Host::runCommand(const OdString& typed) {
     failed = true;
     print(L"\nError: " + OdString(error.what()));
   }
-  m_running.pop_back();
   m_runningCommands.pop_back();
-  if (m_running.empty() && (flags & OdEdCommand::kUsePickSet) && !(flags & OdEdCommand::kRedraw) && m_current == doc) {
+  if (m_runningCommands.empty() && (flags & OdEdCommand::kUsePickSet) && !(flags & OdEdCommand::kRedraw) && m_current == doc) {
     doc->selections().pickFirst().clear();
   }
   for (OdEditorReactor* reactor : std::vector<OdEditorReactor*>(m_editorReactors)) {
@@ -512,7 +511,7 @@ void Host::runSysVarCommand(const OdString& name) {
     }
     // A value set at the command prompt is an undo step of its own; inside a
     // command (typed transparently) it belongs to that command's step.
-    if (!undoStep && m_running.empty() && m_current) m_current->database()->startUndoRecord();
+    if (!undoStep && m_runningCommands.empty() && m_current) m_current->database()->startUndoRecord();
     undoStep = true;
     if (m_sysvars->set(name, value, &reason) == RTNORM) return;
     print(L"\n" + reason);

@@ -226,8 +226,8 @@ class Host : public RyApDocManager, public OdDbHostAppServices, public OdEditor 
   void requestQuit() { m_quit = true; }
   void noteProblem(const OdString& reason);
   const std::vector<OdString>& problems() const { return m_problems; }
-  // The pick-first selection of the current document (kept by SelectionSets).
-  int commandDepth() const { return static_cast<int>(m_running.size()); }
+  // How many commands run, one inside the other (0 at the prompt).
+  int commandDepth() const { return static_cast<int>(m_runningCommands.size()); }
 
   // ---- variables and settings
   SysVars& sysvars() { return *m_sysvars; }
@@ -260,7 +260,7 @@ class Host : public RyApDocManager, public OdDbHostAppServices, public OdEditor 
   std::unique_ptr<CommandStack> m_commands;
   std::unique_ptr<SysVars> m_sysvars;
   std::unique_ptr<ModuleList> m_modules;
-  std::vector<OdString> m_running;
+  // The commands that run, the innermost last (held, so that a module may remove one while it runs).
   std::vector<OdEdCommandPtr> m_runningCommands;
   std::vector<OdString> m_problems;
   OdString m_lastCommand;
