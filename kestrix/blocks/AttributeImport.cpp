@@ -12,12 +12,15 @@
 #include "blocks/RyCStdioFile.h"
 #include "frame/Guards.h"
 #include "frame/ResourceString.h"
+#include "frame/ResultLists.h"
 #include "frame/commands.h"
 #include "rydb.h"
 #include "ryed.h"
 #include "ryut.h"
 
 using namespace kestrix::attributes;
+using kestrix::findGroup;
+using kestrix::shortVariable;
 
 namespace {
 
@@ -27,12 +30,6 @@ constexpr size_t kFileNameReplySize = 133;  // 132 characters and the terminator
 constexpr short kLockedOnly = 4;
 
 OdString importCaption() { return ResourceString(2232, L"输入文件名称"); }
-
-int shortVariable(const wchar_t* name, int otherwise) {
-  resbuf value{};
-  if (ryedGetVar(name, &value) != RTNORM || value.restype != RTSHORT) return otherwise;
-  return value.resval.rint;
-}
 
 // ---------------------------------------------------------------- choosing the file
 
@@ -72,13 +69,6 @@ bool chooseImportFile(OdString& path) {
 }
 
 // ---------------------------------------------------------------- layers and undo
-
-const resbuf* findGroup(const resbuf* list, int code) {
-  for (; list; list = list->rbnext) {
-    if (list->restype == code) return list;
-  }
-  return nullptr;
-}
 
 // Layers that are locked and nothing else are unlocked while the file is
 // applied and locked again, by the host's LAYER command, on every way out.

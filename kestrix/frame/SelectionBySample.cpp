@@ -8,21 +8,17 @@
 #include "DbEntity.h"
 #include "frame/Guards.h"
 #include "frame/ResourceString.h"
+#include "frame/ResultLists.h"
 #include "frame/commands.h"
 #include "rydb.h"
 #include "ryed.h"
 #include "ryut.h"
 
+using kestrix::findGroup;
+
 namespace {
 
 enum Property : unsigned { kType = 1, kBlock = 2, kLayer = 4, kColor = 8 };
-
-const resbuf* findGroup(const resbuf* list, int code) {
-  for (; list; list = list->rbnext) {
-    if (list->restype == code) return list;
-  }
-  return nullptr;
-}
 
 // Appends one group to a filter list being built.
 void appendString(resbuf*& head, resbuf**& tail, int code, const wchar_t* value) {
@@ -87,8 +83,7 @@ void selectAndHandOn(resbuf* filter) {
     ryedSSFree(ss);
     status = ryedSSGet(L"X:C", nullptr, nullptr, filter, ss);
   } else if (status == RTERROR) {
-    resbuf errno_{};
-    if (ryedGetVar(L"ERRNO", &errno_) == RTNORM && errno_.restype == RTSHORT && errno_.resval.rint != 0) return;
+    if (kestrix::shortVariable(L"ERRNO", 0) != 0) return;
     status = ryedSSGet(L"X:C", nullptr, nullptr, filter, ss);
   } else if (status != RTNORM) {
     return;

@@ -1,0 +1,15 @@
+// Small readers of what the host hands back through the SDK: a group of a
+// result-buffer list and a system variable of type short.
+#pragma once
+
+#include "rytypes.h"
+
+namespace kestrix {
+
+// The first group of the list with the code; null when there is none.
+const resbuf* findGroup(const resbuf* list, int code);
+
+// The value of a short system variable; otherwise when it cannot be read or is of another type.
+int shortVariable(const wchar_t* name, int otherwise);
+
+}  // namespace kestrix
