@@ -50,11 +50,10 @@ struct attoutStruct {
   std::vector<OdString> values;  // in the same order
 };
 
-// One data row of a file; tags stay empty (the columns belong to the file).
+// One data row of a file; its values stand in the file's columns.
 struct attinStruct {
   OdString handle;  // as it stands in the file
   OdString blockName;
-  std::vector<OdString> tags;
   std::vector<OdString> values;
 };
 
@@ -80,7 +79,6 @@ class UniqueTags {
  public:
   // The unique form of the next attribute's tag.
   const OdString& add(const OdString& tag);
-  const std::vector<OdString>& tags() const { return m_tags; }
   std::vector<OdString> takeTags() { return std::move(m_tags); }
   bool contains(const OdString& tag) const;
   void clear() { m_tags.clear(); }

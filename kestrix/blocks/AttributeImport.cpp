@@ -220,7 +220,7 @@ class RowImporter {
   void reportUnmatched(const attinStruct& row, const std::vector<size_t>& unmatched) {
     if (row.values.size() != m_columns.size()) return;
     for (size_t i : unmatched) {
-      if (row.values[i] != kUnchanged) printLabelValue(m_columns[i], row.values[i]);  // exactly "<>" only
+      if (!isUnchangedMark(row.values[i])) printLabelValue(m_columns[i], row.values[i]);
     }
   }
 
