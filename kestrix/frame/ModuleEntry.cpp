@@ -202,7 +202,7 @@ __attribute__((visibility("default"))) int odrxGetAPIVersion(unsigned int* major
 __attribute__((visibility("default"))) int NesterFrame(NestPlacement* placements, OdInt32 count, double* parameters,
                                                       NestSummary* summary) {
   // A negative sheet height asks for an endless strip.
-  if (parameters && parameters[1] < 0) parameters[1] = 1e7;
+  if (parameters && parameters[1] < 0) parameters[1] = kNestEndlessStrip;
   return nestFrames(placements, count, parameters, summary);
 }
 

@@ -67,7 +67,7 @@ void occupy(Sheet& sheet, double x, double w, double top) {
 int nestFrames(NestPlacement* placements, OdInt32 count, const double* parameters, NestSummary* summary) {
   if (!placements || !parameters || count < 0) return -1;
   const double width = parameters[0];
-  const double height = parameters[1] < 0 ? 1e7 : parameters[1];
+  const double height = parameters[1];
   const double gap = parameters[2];
   const bool mayTurn = parameters[3] != 0;
   if (!(width > 0) || !(height > 0) || gap < 0) return -1;
@@ -119,7 +119,7 @@ int nestFrames(NestPlacement* placements, OdInt32 count, const double* parameter
       for (const Segment& s : sheets.back().skyline) top = std::max(top, s.y);
     }
     summary->usedHeight = sheets.empty() ? 0 : top + gap;
-    const double sheetArea = height >= 1e7 ? width * summary->usedHeight : width * height;
+    const double sheetArea = height >= kNestEndlessStrip ? width * summary->usedHeight : width * height;
     const double used = sheets.empty() ? 0 : (sheets.size() - 1) * width * height + sheetArea;
     summary->utilisation = used > 0 ? placedArea / used : 0;
   }

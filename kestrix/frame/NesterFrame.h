@@ -33,4 +33,9 @@ struct NestSummary {
 
 }
 
+// The sheet height that stands for an endless strip.
+inline constexpr double kNestEndlessStrip = 1e7;
+
+// The nesting itself; the height is taken as given (the export has put the
+// endless strip's height in place of a negative one).
 int nestFrames(NestPlacement* placements, OdInt32 count, const double* parameters, NestSummary* summary);
