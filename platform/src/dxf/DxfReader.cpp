@@ -632,11 +632,12 @@ OdDbObjectPtr DxfReader::makeObject(OdRxClass* cls, const OdString& dxfName, con
   OdRxObjectPtr created = cls->create();
   auto* object = dynamic_cast<OdDbObject*>(created.get());
   if (!object) refuse(m_in.where() + ": no class can hold a " + narrow(dxfName));
-  if (auto* proxy = dynamic_cast<OdDbProxyEntity*>(object)) proxy->setDxfName(dxfName);
-  if (auto* proxy = dynamic_cast<OdDbProxyObject*>(object)) proxy->setDxfName(dxfName);
+  // Proxies come only from classFor, for names no class has: they keep the name.
+  if (cls == OdDbProxyEntity::desc()) static_cast<OdDbProxyEntity*>(object)->setDxfName(dxfName);
+  else if (cls == OdDbProxyObject::desc()) static_cast<OdDbProxyObject*>(object)->setDxfName(dxfName);
   OdDbObjectId ownerId = owner;
   if (ownerId.isNull() && header.owner) ownerId = m_ctx.idFromHandle(header.owner);
-  OdDbObjectId id = addWithHandle(object, header, ownerId, dxfName);
+  addWithHandle(object, header, ownerId, dxfName);
   if (!header.reactors.empty() || header.xdictionary || !header.appData.empty() || header.xdataBegin < m_bodyCount) {
     OdDbObjectExtras& extras = object->extrasForWrite();
     extras.persistentReactors = header.reactors;
