@@ -31,12 +31,6 @@ class WriteContext : public OdDbTagContext {
   OdDbDatabase* database() const override { return db; }
   OdDb::DwgVersion version() const override { return target; }
   OdDbObjectId idFromHandle(OdUInt64 handle) override { return db->getOdDbObjectId(OdDbHandle(handle)); }
-  OdString nameOf(const OdDbObjectId& id) const override {
-    // Records are read straight from their stub: no open, no notification.
-    if (id.isNull() || !id.isValid()) return OdString();
-    auto* record = dynamic_cast<OdDbSymbolTableRecord*>(id.stub()->object);
-    return record ? record->getName() : OdString();
-  }
 };
 
 OdUInt64 handleOf(const OdDbObjectId& id) { return id.isNull() ? 0 : id.handle().value(); }
