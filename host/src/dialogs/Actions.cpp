@@ -1,6 +1,6 @@
 // What the user does to a dialog, as any front end passes it on: the
 // control changes and its dialog hears the notification a screen would send.
-#include <cwchar>
+#include <climits>
 
 #include "dialogs/DialogDriver.h"
 
@@ -22,13 +22,9 @@ OdString unusable(const RyWindow* control, int id) {
   return OdString();
 }
 
-bool readInt(const OdString& text, long& value) {
+bool readInt(const OdString& text, long long& value) {
   OdString bare = text;
-  bare.trimLeft().trimRight();
-  if (bare.isEmpty()) return false;
-  wchar_t* end = nullptr;
-  value = std::wcstol(bare.c_str(), &end, 10);
-  return !*end;
+  return parseDialogInteger(bare.trimLeft().trimRight(), LLONG_MIN, LLONG_MAX, value);
 }
 
 }  // namespace
@@ -54,7 +50,7 @@ bool parseColorReply(const OdString& text, bool allowMetaColor, bool allowTrueCo
       if (comma < 0) break;
       start = comma + 1;
     }
-    long rgb[3] = {};
+    long long rgb[3] = {};
     bool wellFormed = parts.size() == 3;
     for (size_t i = 0; wellFormed && i < 3; ++i)
       wellFormed = readInt(parts[i], rgb[i]) && rgb[i] >= 0 && rgb[i] <= 255;
@@ -70,7 +66,7 @@ bool parseColorReply(const OdString& text, bool allowMetaColor, bool allowTrueCo
     color.setRGB(static_cast<OdUInt8>(rgb[0]), static_cast<OdUInt8>(rgb[1]), static_cast<OdUInt8>(rgb[2]));
     return true;
   }
-  long index = 0;
+  long long index = 0;
   if (!readInt(bare, index)) {
     OdCmColor named;
     index = OdCmColor::fromString(bare, named) && named.isByACI() ? named.colorIndex() : 0;

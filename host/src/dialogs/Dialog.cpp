@@ -54,15 +54,6 @@ OdString trimmedText(CWnd* control) {
   return text.trimLeft().trimRight();
 }
 
-// Whole numbers of a C type from a control's text; false when the text is not one.
-bool parseInteger(const OdString& text, long long minimum, long long maximum, long long& value) {
-  if (text.isEmpty()) return false;
-  wchar_t* end = nullptr;
-  errno = 0;
-  value = std::wcstoll(text.c_str(), &end, 10);
-  return !*end && errno == 0 && value >= minimum && value <= maximum;
-}
-
 bool parseReal(const OdString& text, double& value) {
   if (text.isEmpty()) return false;
   wchar_t* end = nullptr;
@@ -81,7 +72,7 @@ void exchangeInteger(CDataExchange* pDX, int id, T& value, long long minimum, lo
     return;
   }
   long long parsed = 0;
-  if (!parseInteger(trimmedText(control), minimum, maximum, parsed)) {
+  if (!ryhost::parseDialogInteger(trimmedText(control), minimum, maximum, parsed)) {
     refuse(pDX, minimum < 0 ? L"Enter an integer." : L"Enter a whole number that is not negative.");
   }
   value = static_cast<T>(parsed);
@@ -124,6 +115,14 @@ bool fitsKind(const CWnd& object, Kind kind) {
 }
 
 }  // namespace
+
+bool ryhost::parseDialogInteger(const OdString& text, long long minimum, long long maximum, long long& value) {
+  if (text.isEmpty()) return false;
+  wchar_t* end = nullptr;
+  errno = 0;
+  value = std::wcstoll(text.c_str(), &end, 10);
+  return !*end && errno == 0 && value >= minimum && value <= maximum;
+}
 
 // ---------------------------------------------------------------- CDialog
 

@@ -93,6 +93,9 @@ struct RyWindow {
 
 namespace ryhost {
 
+// A whole number from a control's text or a typed reply (already trimmed): decimal with an optional
+// sign and nothing after it, from minimum to maximum; false when the text is no such number.
+bool parseDialogInteger(const OdString& text, long long minimum, long long maximum, long long& value);
 // A label without its accelerator marks: "&Name" reads "Name", "&&" reads "&".
 OdString plainLabel(const OdString& label);
 // Edit boxes and lists are read with the unnumbered text just before them.

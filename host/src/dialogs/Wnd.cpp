@@ -2,7 +2,6 @@
 // call on an object without a window does nothing and returns the classic
 // error value.
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
 #include <cwchar>
 
@@ -191,14 +190,9 @@ UINT CWnd::GetDlgItemInt(int id, BOOL* translated, BOOL isSigned) const {
   if (!control) return 0;
   OdString text = control->text;
   text.trimLeft().trimRight();
-  const wchar_t* start = text.c_str();
-  if (!*start || (!isSigned && *start == L'-')) return 0;
-  wchar_t* end = nullptr;
-  errno = 0;
-  const long long value = std::wcstoll(start, &end, 10);
-  const bool inRange =
-      isSigned ? value >= INT32_MIN && value <= INT32_MAX : value >= 0 && value <= UINT32_MAX;
-  if (*end || errno || !inRange) return 0;
+  if (!isSigned && text.left(1) == L"-") return 0;
+  long long value = 0;
+  if (!ryhost::parseDialogInteger(text, isSigned ? INT32_MIN : 0, isSigned ? INT32_MAX : UINT32_MAX, value)) return 0;
   if (translated) *translated = TRUE;
   return static_cast<UINT>(value);
 }
