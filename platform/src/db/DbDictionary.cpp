@@ -25,7 +25,6 @@ bool sameIds(const OdDbObjectIdArray& a, const OdDbObjectIdArray& b) {
   return true;
 }
 
-OdUInt64 handleOf(const OdDbObjectId& id) { return id.isNull() ? 0 : id.handle().value(); }
 }  // namespace
 
 // ---------------------------------------------------------------- dictionary
@@ -39,7 +38,7 @@ struct OdDbDictionaryEntriesCodec : OdDbFieldCodec {
     for (const auto& entry : dict->m_entries) {
       if (entry.id.isErased()) continue;
       out.push_back(OdDxfTag::str(3, entry.name));
-      out.push_back(OdDxfTag::handle(code, handleOf(entry.id)));
+      out.push_back(OdDxfTag::handle(code, entry.id.handle().value()));
     }
   }
   bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext& ctx) const override {
@@ -85,7 +84,7 @@ struct OdDbDictionaryEntriesCodec : OdDbFieldCodec {
     const auto& eb = static_cast<const OdDbDictionary*>(b)->m_entries;
     if (ea.size() != eb.size()) return false;
     for (size_t i = 0; i < ea.size(); ++i) {
-      if (ea[i].name != eb[i].name || handleOf(ea[i].id) != handleOf(eb[i].id)) return false;
+      if (ea[i].name != eb[i].name || ea[i].id.handle().value() != eb[i].id.handle().value()) return false;
     }
     return true;
   }
@@ -217,7 +216,7 @@ OdDbObjectPtr OdDbDictionaryIterator::getObject(OdDb::OpenMode mode) const { ret
 struct OdDbGroupMembersCodec : OdDbFieldCodec {
   std::vector<int> codes() const override { return {340}; }
   void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
-    for (const auto& id : static_cast<const OdDbGroup*>(object)->m_members) out.push_back(OdDxfTag::handle(340, handleOf(id)));
+    for (const auto& id : static_cast<const OdDbGroup*>(object)->m_members) out.push_back(OdDxfTag::handle(340, id.handle().value()));
   }
   bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext& ctx) const override {
     auto* group = static_cast<OdDbGroup*>(object);
@@ -362,7 +361,7 @@ struct OdDbSortentsCodec : OdDbFieldCodec {
   std::vector<int> codes() const override { return {331, 5}; }
   void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
     for (const auto& pair : static_cast<const OdDbSortentsTable*>(object)->m_pairs) {
-      out.push_back(OdDxfTag::handle(331, handleOf(pair.entity)));
+      out.push_back(OdDxfTag::handle(331, pair.entity.handle().value()));
       out.push_back(OdDxfTag::handle(5, pair.sortHandle));
     }
   }
@@ -405,7 +404,7 @@ struct OdDbSortentsCodec : OdDbFieldCodec {
     const auto& pb = static_cast<const OdDbSortentsTable*>(b)->m_pairs;
     if (pa.size() != pb.size()) return false;
     for (size_t i = 0; i < pa.size(); ++i) {
-      if (handleOf(pa[i].entity) != handleOf(pb[i].entity) || pa[i].sortHandle != pb[i].sortHandle) return false;
+      if (pa[i].entity.handle().value() != pb[i].entity.handle().value() || pa[i].sortHandle != pb[i].sortHandle) return false;
     }
     return true;
   }

@@ -107,7 +107,7 @@ void appendFieldTags(const OdDbObject* object, const OdDbField& field, OdDbTagSi
     case OdDbFieldKind::kHardPointer:
     case OdDbFieldKind::kSoftPointer: {
       const auto& id = at<OdDbObjectId>(p);
-      out.addHandle(field.code, id.isNull() ? 0 : id.handle().value());
+      out.addHandle(field.code, id.handle().value());
       break;
     }
     case OdDbFieldKind::kNameRef: {

@@ -359,7 +359,7 @@ struct OdDbLinetypeDashCodec : OdDbFieldCodec {
       out.push_back(OdDxfTag::integer(74, dash.complexType));
       if (dash.complexType == 0) continue;
       out.push_back(OdDxfTag::integer(75, dash.shapeNumber));
-      out.push_back(OdDxfTag::handle(340, dash.styleId.isNull() ? 0 : dash.styleId.handle().value()));
+      out.push_back(OdDxfTag::handle(340, dash.styleId.handle().value()));
       out.push_back(OdDxfTag::real(46, dash.scale));
       out.push_back(OdDxfTag::real(50, odRadiansToDegrees(dash.rotation)));
       out.push_back(OdDxfTag::real(44, dash.offsetX));

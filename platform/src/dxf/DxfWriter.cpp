@@ -33,8 +33,6 @@ class WriteContext : public OdDbTagContext {
   OdDbObjectId idFromHandle(OdUInt64 handle) override { return db->getOdDbObjectId(OdDbHandle(handle)); }
 };
 
-OdUInt64 handleOf(const OdDbObjectId& id) { return id.isNull() ? 0 : id.handle().value(); }
-
 // Fields go straight into the file; after a chosen subclass marker, extra
 // groups can be put in (the block's own values after AcDbBlockBegin).
 class WriterSink : public OdDbTagSink {
@@ -122,24 +120,24 @@ class DxfWriter {
 void DxfWriter::writeObject(const OdDbObject* object, const OdString& dxfName, int handleCode,
                             const OdDxfTagList* insert, const wchar_t* insertAfterMarker) {
   m_out.writeString(0, dxfName);
-  m_out.writeHandle(handleCode, handleOf(object->objectId()));
+  m_out.writeHandle(handleCode, object->objectId().handle().value());
   const OdDbObjectExtras* extras = object->extras();
   if (extras) {
     for (const auto& tag : extras->appData) m_out.writeTag(tag);
     if (!extras->persistentReactors.empty()) {
       m_out.writeString(102, L"{ACAD_REACTORS");
       for (const auto& id : extras->persistentReactors) {
-        if (!id.isNull() && !id.isErased()) m_out.writeHandle(330, handleOf(id));
+        if (!id.isNull() && !id.isErased()) m_out.writeHandle(330, id.handle().value());
       }
       m_out.writeString(102, L"}");
     }
     if (!extras->extensionDictionary.isNull() && !extras->extensionDictionary.isErased()) {
       m_out.writeString(102, L"{ACAD_XDICTIONARY");
-      m_out.writeHandle(360, handleOf(extras->extensionDictionary));
+      m_out.writeHandle(360, extras->extensionDictionary.handle().value());
       m_out.writeString(102, L"}");
     }
   }
-  m_out.writeHandle(330, handleOf(object->ownerId()));
+  m_out.writeHandle(330, object->ownerId().handle().value());
   WriterSink sink(m_out);
   sink.insertAfterMarker(insertAfterMarker, insert);
   OdDbSchemaIo::writeFields(object, sink, m_ctx, true);
@@ -231,16 +229,16 @@ void DxfWriter::writeTables() {
     m_out.writeString(0, L"TABLE");
     m_out.writeString(2, kind.name);
     // The table object itself: "0 TABLE" already stands, its name follows it.
-    m_out.writeHandle(5, handleOf(table->objectId()));
+    m_out.writeHandle(5, table->objectId().handle().value());
     if (const OdDbObjectExtras* extras = table->extras()) {
       for (const auto& tag : extras->appData) m_out.writeTag(tag);
       if (!extras->extensionDictionary.isNull() && !extras->extensionDictionary.isErased()) {
         m_out.writeString(102, L"{ACAD_XDICTIONARY");
-        m_out.writeHandle(360, handleOf(extras->extensionDictionary));
+        m_out.writeHandle(360, extras->extensionDictionary.handle().value());
         m_out.writeString(102, L"}");
       }
     }
-    m_out.writeHandle(330, handleOf(table->ownerId()));
+    m_out.writeHandle(330, table->ownerId().handle().value());
     WriterSink sink(m_out);
     OdDbSchemaIo::writeFields(table, sink, m_ctx, true);
     if (const OdDbObjectExtras* extras = table->extras()) {
@@ -312,7 +310,7 @@ void DxfWriter::writeEntity(const OdDbObjectId& id) {
     // A complex entity made without its end marker still needs one in the file.
     m_out.writeString(0, L"SEQEND");
     m_out.writeHandle(5, 0);
-    m_out.writeHandle(330, handleOf(entity->objectId()));
+    m_out.writeHandle(330, entity->objectId().handle().value());
     m_out.writeString(100, L"AcDbEntity");
     m_out.writeString(8, m_ctx.nameOf(entity->layerId()));
   }

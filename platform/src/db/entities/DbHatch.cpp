@@ -518,7 +518,7 @@ struct OdDbHatchDataCodec : OdDbFieldCodec {
       }
       integer(out, 97, static_cast<OdInt64>(loop.sources.size()));
       for (const auto& id : loop.sources)
-        out.push_back(OdDxfTag::handle(330, id.isNull() ? 0 : id.handle().value()));
+        out.push_back(OdDxfTag::handle(330, id.handle().value()));
     }
     integer(out, 75, d.style);
     integer(out, 76, d.patternType);
