@@ -51,13 +51,15 @@ void releaseMessageLibrary() {
 
 HINSTANCE localNameLibrary() { return localNames().handle; }
 
+OdString loadResourceString(HINSTANCE library, unsigned int id, const OdString& otherwise) {
+  constexpr int kBufferSize = 1000;
+  wchar_t buffer[kBufferSize] = {};
+  const int length = library ? LoadStringW(library, id, buffer, kBufferSize) : 0;
+  return length > 0 ? OdString(buffer, length) : otherwise;
+}
+
 OdString localCommandName(unsigned int stringId, const wchar_t* globalName) {
-  HINSTANCE library = localNameLibrary();
-  if (!library) return globalName;
-  wchar_t buffer[1000] = {};
-  int length = LoadStringW(library, stringId, buffer, 1000);
-  if (length <= 0) return globalName;
-  return OdString(buffer, length);
+  return loadResourceString(localNameLibrary(), stringId, globalName);
 }
 
 }  // namespace kestrix

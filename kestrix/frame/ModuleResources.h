@@ -19,6 +19,9 @@ void releaseMessageLibrary();
 // The library of local command names (loaded by bare name when the module's
 // data is set up); null when it is missing.
 HINSTANCE localNameLibrary();
+// The string of a resource library (up to 999 characters); otherwise when the
+// library (null) or the string is missing or empty.
+OdString loadResourceString(HINSTANCE library, unsigned int id, const OdString& otherwise);
 // The local name of a registration: its string, or the global name when the
 // library or the string is missing or empty.
 OdString localCommandName(unsigned int stringId, const wchar_t* globalName);

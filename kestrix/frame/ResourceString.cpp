@@ -2,15 +2,11 @@
 
 #include <cstdarg>
 
-#include "RyWindows.h"
 #include "frame/ModuleResources.h"
 
 ResourceString::ResourceString(unsigned int id, const wchar_t* fallback) : m_id(id) {
   // The catalogue is tried again by each new string until it loads.
-  HINSTANCE library = kestrix::messageLibrary();
-  wchar_t buffer[kBufferSize] = {};
-  int length = library ? LoadStringW(library, id, buffer, kBufferSize) : 0;
-  m_text = length > 0 ? OdString(buffer, length) : OdString(fallback ? fallback : L"");
+  m_text = kestrix::loadResourceString(kestrix::messageLibrary(), id, fallback ? fallback : L"");
 }
 
 OdString formatResource(unsigned int id, const wchar_t* fallback, ...) {

@@ -6,7 +6,6 @@
 
 class ResourceString {
  public:
-  static constexpr int kBufferSize = 1000;
   explicit ResourceString(unsigned int id, const wchar_t* fallback = L"error");
   const OdString& text() const { return m_text; }
   const wchar_t* c_str() const { return m_text.c_str(); }
