@@ -249,7 +249,7 @@ void DxfReader::readTables() {
     if (m_tag.s != L"TABLE") {
       // Records without their table's head: the table is made for them.
       const OdDxfTableKind* kind = odDxfTableKind(m_tag.s);
-      if (!kind || kind->recordName != OdString(kind->name)) expected("0 TABLE");
+      if (!kind) expected("0 TABLE");
       repair(OdString().format(L"line %d: %ls records without a table head; table added", m_tagLine, kind->name));
       m_in.pushBack();
       if (m_db->tableId(kind->table).isNull()) {
@@ -314,7 +314,7 @@ void DxfReader::readTableRecords(const OdDxfTableKind* kind, const OdDbObjectId&
     OdString recordType = m_tag.s;
     readBody();
     if (!kind) continue;
-    if (recordType.iCompare(kind->recordName) != 0) {
+    if (recordType.iCompare(kind->name) != 0) {
       repair(OdString().format(L"line %d: %ls record in the %ls table dropped", m_bodyLine, recordType.c_str(), name.c_str()));
       continue;
     }
@@ -744,7 +744,7 @@ void DxfReader::ensureStandardRecords() {
     OdDbObjectId id = m_db->addOdDbObject(record, table->objectId());
     table->appendRecordId(id);
     m_objectsWithoutHandle.push_back(id);
-    if (report) repair(OdString().format(L"missing %ls record '%ls' added", tableKind->recordName, name));
+    if (report) repair(OdString().format(L"missing %ls record '%ls' added", tableKind->name, name));
   };
   auto none = [](OdDbSymbolTableRecord*) {};
   ensure(OdDbNameTable::kLinetype, L"ByBlock", none);

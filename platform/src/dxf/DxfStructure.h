@@ -10,8 +10,7 @@
 
 struct OdDxfTableKind {
   OdDbNameTable table;
-  const wchar_t* name;        // "LAYER": the table's name and its records' DXF name
-  const wchar_t* recordName;  // "LAYER"
+  const wchar_t* name;  // "LAYER": the table's name and its records' DXF name
   OdRxClass* (*tableClass)();
   OdRxClass* (*recordClass)();
 };

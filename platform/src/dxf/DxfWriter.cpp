@@ -248,7 +248,7 @@ void DxfWriter::writeTables() {
     for (const OdDbObjectId& id : table->recordIds()) {
       const OdDbObject* record = objectOf(id);
       if (!record) continue;
-      writeObject(record, kind.recordName, handleCode);
+      writeObject(record, kind.name, handleCode);
     }
     m_out.writeString(0, L"ENDTAB");
   }
