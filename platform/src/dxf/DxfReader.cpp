@@ -110,6 +110,12 @@ class DxfReader {
   void readEntityList(const OdDbObjectId& blockId, bool entitiesSection);
   OdDbObjectId spaceFor(bool paperSpace);
 
+  // ---- objects the file lacks: they get handles once every handle of the file is known
+  OdDbObjectId addMissing(OdDbObject* object, const OdDbObjectId& owner = OdDbObjectId());
+  OdDbObjectId addMissingTable(const OdDxfTableKind& kind);
+  // Also enters the record in its table (and a block in m_blocksByName).
+  OdDbObjectId addMissingRecord(OdDbNameTable table, OdDbSymbolTableRecord* record);
+
   // ---- after reading
   void finish();
   void ensureTables();
@@ -252,12 +258,7 @@ void DxfReader::readTables() {
       if (!kind) expected("0 TABLE");
       repair(OdString().format(L"line %d: %ls records without a table head; table added", m_tagLine, kind->name));
       m_in.pushBack();
-      if (m_db->tableId(kind->table).isNull()) {
-        OdRxObjectPtr table = kind->tableClass()->create();
-        OdDbObjectId id = m_db->addOdDbObject(static_cast<OdDbObject*>(table.get()));
-        m_db->setTableId(kind->table, id);
-        m_objectsWithoutHandle.push_back(id);
-      }
+      if (m_db->tableId(kind->table).isNull()) addMissingTable(*kind);
       readTableRecords(kind, m_db->tableId(kind->table), kind->name);
       continue;
     }
@@ -697,13 +698,31 @@ OdDbDatabasePtr DxfReader::read() {
 
 namespace {
 
+OdDbObjectId DxfReader::addMissing(OdDbObject* object, const OdDbObjectId& owner) {
+  OdDbObjectId id = m_db->addOdDbObject(object, owner);
+  m_objectsWithoutHandle.push_back(id);
+  return id;
+}
+
+OdDbObjectId DxfReader::addMissingTable(const OdDxfTableKind& kind) {
+  OdRxObjectPtr table = kind.tableClass()->create();
+  OdDbObjectId id = addMissing(static_cast<OdDbObject*>(table.get()));
+  m_db->setTableId(kind.table, id);
+  return id;
+}
+
+OdDbObjectId DxfReader::addMissingRecord(OdDbNameTable table, OdDbSymbolTableRecord* record) {
+  auto* symbolTable = static_cast<OdDbSymbolTable*>(m_db->tableId(table).stub()->object);
+  OdDbObjectId id = addMissing(record, symbolTable->objectId());
+  symbolTable->appendRecordId(id);
+  if (table == OdDbNameTable::kBlock) m_blocksByName[record->getName()] = id;
+  return id;
+}
+
 void DxfReader::ensureTables() {
   for (const OdDxfTableKind& kind : odDxfTableKinds()) {
     if (!m_db->tableId(kind.table).isNull()) continue;
-    OdRxObjectPtr table = kind.tableClass()->create();
-    OdDbObjectId id = m_db->addOdDbObject(static_cast<OdDbObject*>(table.get()));
-    m_db->setTableId(kind.table, id);
-    m_objectsWithoutHandle.push_back(id);
+    addMissingTable(kind);
     if (m_hasHeader && m_report.version >= OdDb::vAC12) {
       repair(OdString().format(L"missing %ls table added", kind.name));
     }
@@ -717,12 +736,7 @@ void DxfReader::ensureSpaces() {
     if (found != m_blocksByName.end()) return found->second;
     OdSmartPtr<OdDbBlockTableRecord> record = OdDbBlockTableRecord::createObject();
     record->setName(name);
-    OdDbObjectPtr table = m_db->getBlockTableId().openObject(OdDb::kForWrite);
-    OdDbObjectId id = m_db->addOdDbObject(record.get(), m_db->getBlockTableId());
-    m_objectsWithoutHandle.push_back(id);
-    static_cast<OdDbSymbolTable*>(table.get())->appendRecordId(id);
-    m_blocksByName[name] = id;
-    return id;
+    return addMissingRecord(OdDbNameTable::kBlock, record.get());
   };
   if (m_modelSpace.isNull()) m_modelSpace = makeSpace(L"*Model_Space");
   if (m_paperSpace.isNull()) m_paperSpace = makeSpace(L"*Paper_Space");
@@ -740,10 +754,7 @@ void DxfReader::ensureStandardRecords() {
     auto* record = static_cast<OdDbSymbolTableRecord*>(created.get());
     record->setName(name);
     setup(record);
-    auto* table = static_cast<OdDbSymbolTable*>(m_db->tableId(kind).stub()->object);
-    OdDbObjectId id = m_db->addOdDbObject(record, table->objectId());
-    table->appendRecordId(id);
-    m_objectsWithoutHandle.push_back(id);
+    addMissingRecord(kind, record);
     if (report) repair(OdString().format(L"missing %ls record '%ls' added", tableKind->name, name));
   };
   auto none = [](OdDbSymbolTableRecord*) {};
@@ -781,10 +792,7 @@ void DxfReader::resolveDeferredNames() {
           OdSmartPtr<OdDbLayerTableRecord> layer = OdDbLayerTableRecord::createObject();
           layer->setName(d.name);
           layer->setLinetypeObjectId(m_db->getLinetypeContinuousId());
-          auto* table = static_cast<OdDbSymbolTable*>(m_db->getLayerTableId().stub()->object);
-          id = m_db->addOdDbObject(layer.get(), table->objectId());
-          table->appendRecordId(id);
-          m_objectsWithoutHandle.push_back(id);
+          id = addMissingRecord(OdDbNameTable::kLayer, layer.get());
           if (m_hasHeader && m_report.version >= OdDb::vAC12) {
             repair(OdString().format(L"layer '%ls' used by %ls was missing; added", d.name.c_str(), what.c_str()));
           }
@@ -793,11 +801,7 @@ void DxfReader::resolveDeferredNames() {
         case OdDbNameTable::kBlock: {
           OdSmartPtr<OdDbBlockTableRecord> block = OdDbBlockTableRecord::createObject();
           block->setName(d.name);
-          auto* table = static_cast<OdDbSymbolTable*>(m_db->getBlockTableId().stub()->object);
-          id = m_db->addOdDbObject(block.get(), table->objectId());
-          table->appendRecordId(id);
-          m_objectsWithoutHandle.push_back(id);
-          m_blocksByName[d.name] = id;
+          id = addMissingRecord(OdDbNameTable::kBlock, block.get());
           repair(OdString().format(L"block '%ls' used by %ls was missing; an empty block added", d.name.c_str(), what.c_str()));
           break;
         }
@@ -833,8 +837,7 @@ void DxfReader::ensureRootDictionaries() {
   OdDbObjectId nodId = m_db->getNamedObjectsDictionaryId();
   if (nodId.isNull()) {
     OdDbDictionaryPtr nod = OdDbDictionary::createObject();
-    nodId = m_db->addOdDbObject(nod.get());
-    m_objectsWithoutHandle.push_back(nodId);
+    nodId = addMissing(nod.get());
     m_db->setNamedObjectsDictionaryId(nodId);
     if (report) repair(L"missing named-object dictionary added");
   }
@@ -843,8 +846,7 @@ void DxfReader::ensureRootDictionaries() {
     OdDbObjectId id = nod->getAt(name);
     if (!id.isNull() && id.isValid() && id.objectClass()->isDerivedFrom(OdDbDictionary::desc())) return id;
     OdDbDictionaryPtr dict = OdDbDictionary::createObject();
-    id = m_db->addOdDbObject(dict.get(), nodId);
-    m_objectsWithoutHandle.push_back(id);
+    id = addMissing(dict.get(), nodId);
     nod->appendEntryInternal(name, id);
     if (report) repair(OdString().format(L"missing dictionary %ls added", name));
     return id;
@@ -883,8 +885,7 @@ void DxfReader::ensureRootDictionaries() {
       OdSmartPtr<OdDbLayout> created = OdDbLayout::createObject();
       created->setLayoutName(layouts->getAt(layoutName).isNull() ? OdString(layoutName) : layouts->nextAnonymousName(layoutName));
       created->setTabOrder(tabOrder);
-      OdDbObjectId id = m_db->addOdDbObject(created.get(), layoutsId);
-      m_objectsWithoutHandle.push_back(id);
+      OdDbObjectId id = addMissing(created.get(), layoutsId);
       layouts->appendEntryInternal(created->getLayoutName(), id);
       layout = created.get();
       if (report) repair(OdString().format(L"missing layout of block %ls added", block->getName().c_str()));
@@ -920,9 +921,7 @@ void DxfReader::ensureRootDictionaries() {
       for (int n = 0; name.isEmpty() || !blocks->getAt(name).isNull(); ++n) name.format(L"*Paper_Space%d", n);
       OdSmartPtr<OdDbBlockTableRecord> created = OdDbBlockTableRecord::createObject();
       created->setName(name);
-      blockId = m_db->addOdDbObject(created.get(), blocks->objectId());
-      blocks->appendRecordId(blockId);
-      m_objectsWithoutHandle.push_back(blockId);
+      blockId = addMissingRecord(OdDbNameTable::kBlock, created.get());
       created->createBlockMarkersInternal();
       block = created.get();
       repair(OdString().format(L"layout %ls had no block; empty block %ls added", layout->getLayoutName().c_str(), name.c_str()));
