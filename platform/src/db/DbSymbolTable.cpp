@@ -298,6 +298,19 @@ void OdDbLayerTableRecord::setColorIndex(OdInt16 index) {
   m_color.setColorIndex(index < 0 ? static_cast<OdInt16>(-index) : index);
 }
 
+namespace {
+// Registers an application for extended data unless the drawing has it.
+void registerApplication(OdDbDatabase* db, const wchar_t* name) {
+  if (!db || !db->findRecord(OdDbNameTable::kRegApp, name).isNull()) return;
+  OdDbObjectPtr table = db->getRegAppTableId().openObject(OdDb::kForWrite);
+  if (auto* apps = dynamic_cast<OdDbSymbolTable*>(table.get())) {
+    OdSmartPtr<OdDbRegAppTableRecord> app = OdDbRegAppTableRecord::createObject();
+    app->setName(name);
+    apps->add(app.get());
+  }
+}
+}  // namespace
+
 // Transparency and description of a layer live in its extended data, as
 // files carry them: application "AcCmTransparency" (1071) and "AcAecLayerStandard" (1000).
 OdCmTransparency OdDbLayerTableRecord::transparency() const {
@@ -309,15 +322,7 @@ OdCmTransparency OdDbLayerTableRecord::transparency() const {
 }
 
 void OdDbLayerTableRecord::setTransparency(const OdCmTransparency& transparency) {
-  OdDbDatabase* db = database();
-  if (db && db->findRecord(OdDbNameTable::kRegApp, L"AcCmTransparency").isNull()) {
-    OdDbObjectPtr table = db->getRegAppTableId().openObject(OdDb::kForWrite);
-    if (auto* apps = dynamic_cast<OdDbSymbolTable*>(table.get())) {
-      OdSmartPtr<OdDbRegAppTableRecord> app = OdDbRegAppTableRecord::createObject();
-      app->setName(L"AcCmTransparency");
-      apps->add(app.get());
-    }
-  }
+  registerApplication(database(), L"AcCmTransparency");
   if (transparency.isByLayer()) {
     setXData({OdDxfTag::str(1001, L"AcCmTransparency")});
   } else {
@@ -335,15 +340,7 @@ OdString OdDbLayerTableRecord::description() const {
 }
 
 void OdDbLayerTableRecord::setDescription(const OdString& description) {
-  OdDbDatabase* db = database();
-  if (db && db->findRecord(OdDbNameTable::kRegApp, L"AcAecLayerStandard").isNull()) {
-    OdDbObjectPtr table = db->getRegAppTableId().openObject(OdDb::kForWrite);
-    if (auto* apps = dynamic_cast<OdDbSymbolTable*>(table.get())) {
-      OdSmartPtr<OdDbRegAppTableRecord> app = OdDbRegAppTableRecord::createObject();
-      app->setName(L"AcAecLayerStandard");
-      apps->add(app.get());
-    }
-  }
+  registerApplication(database(), L"AcAecLayerStandard");
   setXData({OdDxfTag::str(1001, L"AcAecLayerStandard"), OdDxfTag::str(1000, L""), OdDxfTag::str(1000, description)});
 }
 
