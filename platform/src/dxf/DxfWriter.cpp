@@ -95,6 +95,9 @@ class DxfWriter {
   // One object: 0 NAME, handle, application groups, owner, fields, extended data.
   void writeObject(const OdDbObject* object, const OdString& dxfName, int handleCode = 5,
                    const OdDxfTagList* afterFirstMarker = nullptr, const wchar_t* insertAfterMarker = nullptr);
+  // The same after its "0 NAME" (a table head has its name between the two).
+  void writeObjectBody(const OdDbObject* object, int handleCode, const OdDxfTagList* insert = nullptr,
+                       const wchar_t* insertAfterMarker = nullptr);
   // An entity and, for complex entities, its subentities and end marker.
   void writeEntity(const OdDbObjectId& id);
   OdDbObject* objectOf(const OdDbObjectId& id) const {
@@ -120,6 +123,11 @@ class DxfWriter {
 void DxfWriter::writeObject(const OdDbObject* object, const OdString& dxfName, int handleCode,
                             const OdDxfTagList* insert, const wchar_t* insertAfterMarker) {
   m_out.writeString(0, dxfName);
+  writeObjectBody(object, handleCode, insert, insertAfterMarker);
+}
+
+void DxfWriter::writeObjectBody(const OdDbObject* object, int handleCode, const OdDxfTagList* insert,
+                                const wchar_t* insertAfterMarker) {
   m_out.writeHandle(handleCode, object->objectId().handle().value());
   const OdDbObjectExtras* extras = object->extras();
   if (extras) {
@@ -229,21 +237,7 @@ void DxfWriter::writeTables() {
     m_out.writeString(0, L"TABLE");
     m_out.writeString(2, kind.name);
     // The table object itself: "0 TABLE" already stands, its name follows it.
-    m_out.writeHandle(5, table->objectId().handle().value());
-    if (const OdDbObjectExtras* extras = table->extras()) {
-      for (const auto& tag : extras->appData) m_out.writeTag(tag);
-      if (!extras->extensionDictionary.isNull() && !extras->extensionDictionary.isErased()) {
-        m_out.writeString(102, L"{ACAD_XDICTIONARY");
-        m_out.writeHandle(360, extras->extensionDictionary.handle().value());
-        m_out.writeString(102, L"}");
-      }
-    }
-    m_out.writeHandle(330, table->ownerId().handle().value());
-    WriterSink sink(m_out);
-    OdDbSchemaIo::writeFields(table, sink, m_ctx, true);
-    if (const OdDbObjectExtras* extras = table->extras()) {
-      for (const auto& tag : extras->xdata) m_out.writeTag(tag);
-    }
+    writeObjectBody(table, 5);
     const int handleCode = kind.table == OdDbNameTable::kDimStyle ? 105 : 5;
     for (const OdDbObjectId& id : table->recordIds()) {
       const OdDbObject* record = objectOf(id);

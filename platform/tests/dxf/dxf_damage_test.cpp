@@ -182,3 +182,17 @@ TEST(Saving, AFileSystemRefusingMidwayLeavesTheTargetAsItWas) {
   EXPECT_EQ(modelSpaceIds(odDxfReadFile(OdString(target.string())).get()).size(), 80000u);
   std::filesystem::remove_all(dir);
 }
+
+TEST(Saving, TableHeadsKeepTheirReactors) {
+  OdDbDatabasePtr db = OdDbDatabase::createNew();
+  const OdDbHandle watcher = db->getNamedObjectsDictionaryId().handle();
+  {
+    OdDbObjectPtr table = db->getLayerTableId().safeOpenObject(OdDb::kForWrite);
+    table->addPersistentReactor(db->getNamedObjectsDictionaryId());
+  }
+  OdDbDatabasePtr back = odDxfReadBuffer(odDxfWriteBuffer(db.get(), OdDb::vAC15));
+  OdDbObjectPtr table = back->getLayerTableId().safeOpenObject();
+  const OdDbObjectIdArray reactors = table->getPersistentReactors();
+  ASSERT_EQ(reactors.size(), 1u);
+  EXPECT_EQ(reactors[0].handle(), watcher);
+}
