@@ -124,7 +124,7 @@ OdResult OdDbEntity::setLayer(const OdDbObjectId& layerId, bool doSubents) {
   return eOk;
 }
 
-OdString OdDbEntity::linetype() const { return recordName(m_linetypeId.isNull() ? OdDbObjectId() : m_linetypeId); }
+OdString OdDbEntity::linetype() const { return recordName(m_linetypeId); }
 
 OdResult OdDbEntity::setLinetype(const OdString& linetypeName, bool doSubents) {
   OdDbDatabase* db = database();
