@@ -13,3 +13,17 @@ const resbuf* findGroup(const resbuf* list, int code);
 int shortVariable(const wchar_t* name, int otherwise);
 
 }  // namespace kestrix
+
+#include <memory>
+
+#include "ryut.h"
+
+namespace kestrix {
+
+// Owner of a result-buffer list: the list is released on every way out.
+struct ResultListRelease {
+  void operator()(resbuf* list) const { ryutRelRb(list); }
+};
+using ResultList = std::unique_ptr<resbuf, ResultListRelease>;
+
+}  // namespace kestrix
