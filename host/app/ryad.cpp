@@ -6,10 +6,12 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "DxfFile.h"
 #include "core/Host.h"
@@ -38,20 +40,97 @@ class ScriptInput : public InputSource {
   std::istream& m_in;
 };
 
-// Replies typed at a terminal, with line editing and history. The line
-// editor shows the prompt's last line and the typed reply itself.
+// What Tab completes at a terminal prompt: command, alias and variable
+// names at the Command prompt, the keywords of a prompt's "[A/B/C]" list,
+// and file names where a file or drawing is asked for.
+class TerminalCompletion {
+ public:
+  static void setPrompt(const OdString& prompt) { s_prompt = prompt; }
+
+  static char** complete(const char* text, int, int) {
+    rl_attempted_completion_over = 1;  // no fallback to file names where they make no sense
+    s_candidates.clear();
+    const OdString typed(text);
+    if (endsWith(s_prompt, L"Command: ")) {
+      for (const OdString& name : Host::instance().commandNamesStartingWith(typed)) s_candidates.push_back(name.toUtf8());
+    } else if (isFilePrompt()) {
+      return rl_completion_matches(text, rl_filename_completion_function);
+    } else {
+      for (const OdString& keyword : keywordsOfPrompt()) {
+        if (keyword.getLength() >= typed.getLength() && keyword.left(typed.getLength()).iCompare(typed) == 0)
+          s_candidates.push_back(keyword.toUtf8());
+      }
+    }
+    if (s_candidates.empty()) return nullptr;
+    return rl_completion_matches(text, nextCandidate);
+  }
+
+ private:
+  static bool endsWith(const OdString& text, const OdString& end) {
+    return text.getLength() >= end.getLength() && text.right(end.getLength()) == end;
+  }
+  static bool isFilePrompt() {
+    const OdString lower = OdString(s_prompt).makeLower();
+    return lower.find(L"file") >= 0 || lower.find(L"drawing") >= 0 || lower.find(L"folder") >= 0;
+  }
+  // The words of the last "[...]" of the prompt, up to a blank each ("Ttr (tan tan radius)" gives "Ttr").
+  static std::vector<OdString> keywordsOfPrompt() {
+    std::vector<OdString> keywords;
+    const int open = s_prompt.reverseFind(L'[');
+    const int close = s_prompt.reverseFind(L']');
+    if (open < 0 || close < open) return keywords;
+    OdString list = s_prompt.mid(open + 1, close - open - 1);
+    for (int start = 0; start <= list.getLength();) {
+      int slash = list.find(L'/', start);
+      if (slash < 0) slash = list.getLength();
+      OdString word = list.mid(start, slash - start);
+      word.trimLeft().trimRight();
+      if (const int blank = word.find(L' '); blank > 0) word = word.left(blank);
+      if (!word.isEmpty()) keywords.push_back(word);
+      start = slash + 1;
+    }
+    return keywords;
+  }
+  static char* nextCandidate(const char*, int state) {
+    static size_t next = 0;
+    if (state == 0) next = 0;
+    return next < s_candidates.size() ? strdup(s_candidates[next++].c_str()) : nullptr;
+  }
+
+  static inline OdString s_prompt;
+  static inline std::vector<std::string> s_candidates;
+};
+
+// Replies typed at a terminal, with line editing, completion (Tab; a second
+// Tab lists the candidates) and a history kept between runs in the data folder.
 class TerminalInput : public InputSource {
  public:
+  TerminalInput() : m_historyFile((Host::instance().dataFolder() + L"history").toUtf8()) {
+    rl_attempted_completion_function = TerminalCompletion::complete;
+    stifle_history(kHistoryLines);
+    read_history(m_historyFile.c_str());
+  }
+  ~TerminalInput() override { write_history(m_historyFile.c_str()); }
+
   bool readLine(OdString& line, const OdString& prompt) override {
     std::fflush(stdout);
+    TerminalCompletion::setPrompt(prompt);
     char* text = readline(prompt.toUtf8().c_str());
     if (!text) return false;
-    if (*text) add_history(text);
+    if (*text) {
+      add_history(text);
+      // Written at once, so that a run ended by a signal keeps its history too.
+      write_history(m_historyFile.c_str());
+    }
     line = OdString(text);
     std::free(text);
     return true;
   }
   bool showsPrompt() const override { return true; }
+
+ private:
+  static constexpr int kHistoryLines = 500;
+  std::string m_historyFile;
 };
 
 class StdoutTranscript : public Transcript {

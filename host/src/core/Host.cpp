@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "DxfFile.h"
+#include "core/Aliases.h"
 #include "core/CommandStack.h"
 #include "core/Modules.h"
 #include "core/SelectionSets.h"
@@ -119,6 +120,7 @@ void Host::reset() {
   m_problems.clear();
   m_lastCommand.empty();
   m_menuGroups.clear();
+  m_aliases.reset();
   m_quit = false;
   m_lineOpen = false;
   m_quiet = 0;
@@ -359,6 +361,11 @@ bool Host::runCommand(const OdString& typed) {
     name = name.mid(1);
   }
   OdEdCommand* found = m_commands->lookupCmd(name.c_str());
+  // An alias stands for a command only where no command has its name.
+  if (!found) {
+    const OdString aliased = aliases().commandFor(name);
+    if (!aliased.isEmpty()) found = m_commands->lookupCmd(aliased.c_str());
+  }
   if (!found) return false;
   OdEdCommandPtr command(found);  // kept alive if a module removes it while it runs
   const OdString global = command->globalName();
@@ -434,7 +441,7 @@ int Host::runCommandLine() {
       runSysVarCommand(variable);
       continue;
     }
-    print(L"\nUnknown command \"" + name.upper() + L"\".");
+    reportUnknownCommand(name);
     noteProblem(L"unknown command " + name);
   }
   return static_cast<int>(m_problems.size());

@@ -21,6 +21,7 @@ namespace ryhost {
 
 class SpatialIndex;
 class SelectionSets;
+class CommandAliases;
 
 // ---------------------------------------------------------------- input and output
 
@@ -148,6 +149,8 @@ class SysVars {
   double getReal(const OdString& name, double otherwise = 0) const;
   void setInt(const OdString& name, OdInt64 value);
   void add(SysVarDef def);
+  // Every variable's name, in order.
+  std::vector<OdString> names() const;
 
  private:
   std::map<OdString, SysVarDef, OdStringLessNoCase> m_defs;
@@ -223,6 +226,15 @@ class Host : public RyApDocManager, public OdDbHostAppServices, public OdEditor 
   int runCommandLine();
   // Shows a system variable and asks for its new value (a variable's name typed at the prompt).
   void runSysVarCommand(const OdString& name);
+  // Says that no command has the name typed, with up to three close names
+  // (commands, aliases, variables) so that a typing error leads somewhere.
+  void reportUnknownCommand(const OdString& name);
+  // Command, alias and variable names that start with the text typed, sorted.
+  std::vector<OdString> commandNamesStartingWith(const OdString& start);
+  // The command aliases (ryad.pgp beside the program, then the user's own).
+  CommandAliases& aliases();
+  // Reads the alias files again.
+  void reloadAliases();
   void requestQuit() { m_quit = true; }
   void noteProblem(const OdString& reason);
   const std::vector<OdString>& problems() const { return m_problems; }
@@ -260,6 +272,7 @@ class Host : public RyApDocManager, public OdDbHostAppServices, public OdEditor 
   std::unique_ptr<CommandStack> m_commands;
   std::unique_ptr<SysVars> m_sysvars;
   std::unique_ptr<ModuleList> m_modules;
+  std::unique_ptr<CommandAliases> m_aliases;
   // The commands that run, the innermost last (held, so that a module may remove one while it runs).
   std::vector<OdEdCommandPtr> m_runningCommands;
   std::vector<OdString> m_problems;

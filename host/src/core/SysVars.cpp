@@ -212,6 +212,13 @@ SysVars::SysVars() {
 
 void SysVars::add(SysVarDef def) { m_defs[def.name] = std::move(def); }
 
+std::vector<OdString> SysVars::names() const {
+  std::vector<OdString> result;
+  result.reserve(m_defs.size());
+  for (const auto& entry : m_defs) result.push_back(entry.first);
+  return result;
+}
+
 const SysVarDef* SysVars::find(const OdString& name) const {
   auto it = m_defs.find(name);
   return it == m_defs.end() ? nullptr : &it->second;

@@ -70,7 +70,7 @@ void runTransparent(const OdString& text) {
     host.runSysVarCommand(name);
     return;
   }
-  host.print(L"\nUnknown command \"" + name.upper() + L"\".");
+  host.reportUnknownCommand(name);
 }
 
 }  // namespace
