@@ -41,7 +41,7 @@ print("WALL", int(polyline.closed), len(polyline), polyline.dxf.const_width)
 
 TEST(DrawScript, SmallPlanExampleMakesAValidDrawing) {
   namespace fs = std::filesystem;
-  const fs::path script = fs::path(__FILE__).parent_path() / "../../examples/small-plan.scr";
+  const fs::path script = fs::path(KESTRIX_SOURCE_DIR) / "examples/small-plan.scr";
   ASSERT_TRUE(fs::exists(script));
   const fs::path folder = fs::temp_directory_path() / ("ryad-small-plan-" + std::to_string(getpid()));
   fs::create_directories(folder);
