@@ -88,7 +88,7 @@ const std::vector<KestrixCommand>& kestrixCommandTable() {
     {L"EvKestrixTools", L"breakline", 64071, 0, &notAvailableCommand},
     {L"EvKestrixTools", L"spline2line", 64074, 0, &notAvailableCommand},
     {L"EvKestrixTools", L"superhatch", 64075, 0x2000000, &notAvailableCommand},
-    {L"EvKestrixTools", L"RY_boolop", 64076, 0, &notAvailableCommand},
+    {L"EvKestrixTools", L"RY_boolop", 64076, 0, &boolopCommand},
     {L"EVKESTRIXTOOLSCMD", L"Line2PL", 64077, 0, &notAvailableCommand},
     {L"EvKestrixTools", L"sysvdlg", 64078, 0, &notAvailableCommand},
     {L"EvKestrixTools", L"mkltype", 64079, 0, &notAvailableCommand},

@@ -39,3 +39,6 @@ void getColSelCommand();
 void getEntLaySelCommand();
 void getEntColSelCommand();
 void getLayColSelCommand();
+
+// Boolean operations on closed outlines (regions/BoolOp.cpp).
+void boolopCommand();
