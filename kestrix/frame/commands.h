@@ -42,3 +42,6 @@ void getLayColSelCommand();
 
 // Boolean operations on closed outlines (regions/BoolOp.cpp).
 void boolopCommand();
+
+// A linetype made from drawn geometry (linetypes/LinetypeMaker.cpp).
+void mkltypeCommand();
