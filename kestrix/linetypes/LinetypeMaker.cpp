@@ -114,7 +114,7 @@ void polylineDashes(const OdDbPolyline* polyline, const DefinitionLine& line, st
 
 OdString stringGroup(const resbuf* list, int code) {
   const resbuf* rb = findGroup(list, code);
-  return rb && rb->restype == RTSTR && rb->resval.rstring ? OdString(rb->resval.rstring) : OdString();
+  return rb && rb->resval.rstring ? OdString(rb->resval.rstring) : OdString();
 }
 
 double realGroup(const resbuf* list, int code, double otherwise) {
@@ -167,14 +167,15 @@ std::vector<Piece> measure(const ads_name set, const DefinitionLine& line, int& 
       piece.end = piece.start;
       pieces.push_back(piece);
     } else {
-      // Shapes are not modelled by the drawing: read from their entity-data list.
+      // Shapes are not modelled by the drawing: read from their entity-data
+      // list, which carries the file's own values (the rotation in degrees).
       ResultList list(rydbEntGet(entity));
       if (!list || stringGroup(list.get(), 0).iCompare(L"SHAPE") != 0) continue;
       const resbuf* at = findGroup(list.get(), 10);
       if (!at) continue;
       const OdGePoint3d insertion(at->resval.rpoint[0], at->resval.rpoint[1], at->resval.rpoint[2]);
       Piece piece{Piece::kShape, line.along_(insertion), 0, line.across_(insertion), realGroup(list.get(), 40, 1),
-                  realGroup(list.get(), 50, 0) - line.angle, stringGroup(list.get(), 2), shapeFile()};
+                  realGroup(list.get(), 50, 0) * kPi / 180.0 - line.angle, stringGroup(list.get(), 2), shapeFile()};
       if (piece.start < -1e-9 || piece.start > line.length + 1e-9) {
         ryutPrintf(L"%ls", L"\n形的插入点必须落在起点/端点之内。");
         continue;
@@ -325,7 +326,8 @@ bool chooseFile(OdString& path) {
   dialog.SetCreatingFile(true);
   dialog.SetDialogCaption(L"MKLTYPE-选择线型文件");
   dialog.SetConfirmReplace(true);
-  dialog.SetInitialFileName(rememberedPath().isEmpty() ? OdString(L"*.lin") : rememberedPath());
+  // The file chosen last is offered again; the first time no name is offered.
+  if (!rememberedPath().isEmpty()) dialog.SetInitialFileName(rememberedPath());
   if (dialog.DoModal() != IDOK) return false;
   path = dialog.GetPathName();
   if (path.right(4).iCompare(L".lin") != 0) path += L".lin";

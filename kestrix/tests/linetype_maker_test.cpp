@@ -38,6 +38,12 @@ void dash(OdDbDatabase* db, double from, double to) {
   space->appendOdDbEntity(line.get());
 }
 
+std::string number(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.17g", value);
+  return text;
+}
+
 std::string readFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   std::ostringstream out;
@@ -173,4 +179,23 @@ TEST_F(LinetypeMaker, ARedefinitionIsAskedForAndReplacesTheOldLinesInPlace) {
   EXPECT_EQ(readFile(path), ";; kept\r\n*first,again\r\nA,1,-0.25\r\n*OTHER,other\r\nA,2,-2\r\n");
   OdDbObjectPtr record = session.db()->findRecord(OdDbNameTable::kLinetype, L"FIRST").openObject();
   EXPECT_EQ(static_cast<OdDbLinetypeTableRecord*>(record.get())->comments(), L"again");
+}
+
+TEST(LinetypeMakerShapes, AShapeIsWrittenWithTheShapeFileOfTheDrawing) {
+  // Shapes and their file come from a drawing: the drawing model has no shape class of its own.
+  const OdGePoint3d at = along(0.6, 0.1);
+  HostSession session(DxfText{"0\nSECTION\n2\nTABLES\n0\nTABLE\n2\nSTYLE\n70\n1\n0\nSTYLE\n2\nSHAPES\n70\n1\n40\n0\n"
+                              "41\n1\n50\n0\n71\n0\n42\n0.2\n3\nltypeshp.shx\n4\n\n0\nENDTAB\n0\nENDSEC\n"
+                              "0\nSECTION\n2\nENTITIES\n0\nSHAPE\n8\n0\n10\n" + number(at.x) + "\n20\n" +
+                              number(at.y) + "\n30\n0\n40\n0.2\n2\nTRACK1\n50\n45\n0\nENDSEC\n0\nEOF\n"});
+  ASSERT_TRUE(session.loadModule());
+  dash(session.db(), 0, 0.5);
+  const std::string path = att::tempPath("shape.lin");
+  std::remove(path.c_str());
+  const std::string out =
+      session.run({"mkltype", path, "TRACK", "", pointReply(along(0)), pointReply(along(1)), "ALL", ""});
+  // Turned 45 degrees in the drawing, 15 from the definition line.
+  EXPECT_EQ(readFile(path), "*TRACK,\nA,0.5,[TRACK1,ltypeshp.shx,S=0.2,R=15,X=0.1,Y=0.1],-0.5\n");
+  // The host's linetype command loads text elements only: the shape's linetype is written but not loaded.
+  EXPECT_THAT(out, HasSubstr("\nThe linetype could not be created."));
 }
