@@ -32,7 +32,6 @@
 namespace {
 
 enum Operation { kUnion = 0, kIntersection = 1, kSubtraction = 2 };
-enum BaseKind { kPolyline = 0, kCircle = 1, kNotAcceptable = 2 };
 
 struct BoolOpOptions {
   int operation = kUnion;

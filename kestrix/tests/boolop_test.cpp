@@ -171,6 +171,21 @@ TEST_F(BoolOp, SubtractionLeavesAHoleAsACircleOfItsOwn) {
   EXPECT_NEAR(outlines[1].area() - outlines[0].area(), 16 - kPi, 1e-9);
 }
 
+TEST_F(BoolOp, AHoleOfArcsRunsClockwiseWithNegativeBulges) {
+  const OdDbObjectId base = rectangle(session.db(), 0, 0, 4, 4);
+  // A 2 x 2 square with half circles on its bottom and top sides, inside the base.
+  const OdDbObjectId stadium = polyline(session.db(), {{1, 1, 0}, {3, 1, 1}, {3, 3, 0}, {1, 3, 1}});
+  session.run(replies(base, {stadium}, "14837"));
+  std::vector<Outline> outlines = savedOutlines(session.db());
+  ASSERT_EQ(outlines.size(), 2u);
+  std::sort(outlines.begin(), outlines.end(), [](const Outline& x, const Outline& y) { return x.area() > y.area(); });
+  EXPECT_NEAR(outlines[0].area(), 16, 1e-9);
+  EXPECT_NEAR(outlines[1].area(), 4 + kPi, 1e-9);
+  const std::string bulges = outlines[1].fields.at("bulges");
+  EXPECT_EQ(std::count(bulges.begin(), bulges.end(), '-'), 2) << bulges;
+  EXPECT_THAT(bulges, HasSubstr("-1.000000"));
+}
+
 TEST_F(BoolOp, ABulgedSideSurvivesIntersectionAndGoesBySubtraction) {
   // A 4 x 4 square whose right side is a half circle of radius 2 bulging out.
   const std::vector<std::array<double, 3>> shape{{0, 0, 0}, {4, 0, 1}, {4, 4, 0}, {0, 4, 0}};

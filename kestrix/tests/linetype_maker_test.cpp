@@ -99,6 +99,14 @@ TEST_F(LinetypeMaker, DashesAndTheSpaceBetweenThemAlongATurnedLine) {
   EXPECT_EQ(readFile(path), "*DEMO,two dashes\nA,1,-0.25,0.5\n");
 }
 
+TEST_F(LinetypeMaker, LengthsAreInUnitsOfTheLinetypeScale) {
+  session.run({"LTSCALE", "2"});
+  dash(session.db(), 0, 1);
+  dash(session.db(), 1.25, 1.75);
+  make("HALF", 1.75);
+  EXPECT_EQ(readFile(path), "*HALF,drawn\nA,0.5,-0.125,0.25\n");
+}
+
 TEST_F(LinetypeMaker, ContinuousAndTooManySegmentsAreRefusedWithoutWriting) {
   dash(session.db(), 0, 2);
   EXPECT_THAT(make("SOLID", 2), HasSubstr("\n*无效* 那是连续线型!"));
