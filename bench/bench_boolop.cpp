@@ -1,7 +1,7 @@
 // RY_boolop of the kestrix module in a host session: the union of n
 // overlapping outlines on a grid, circles and bulged polylines in turn, each
-// overlapping its neighbours, so that the result is one region with many
-// holes of arcs. Prints, for each n, the wall and processor time of the
+// overlapping its neighbours but leaving a hole at each inner grid corner,
+// so that the result is one region with many holes of arcs. Prints, for each n, the wall and processor time of the
 // command and the loops written; the target is under 2 s for 1,000.
 //
 //     bench_boolop [n ...]        (default 250 500 1000 2000)
@@ -23,8 +23,10 @@ namespace {
 
 constexpr double kTarget = 2.0;
 
-// n outlines on a grid of pitch 1, 40 to a row: circles of radius 0.7 and
-// squares of half side 0.55 whose sides bulge out, in a chequered pattern.
+// n outlines on a grid of pitch 1, 40 to a row: circles of radius 0.6 and
+// squares of half side 0.45 whose sides bulge out by 0.135, in a chequered
+// pattern. Neighbours overlap; the four outlines round a grid corner leave
+// a small hole there.
 OdDbDatabasePtr buildDrawing(int count) {
   OdDbDatabasePtr db = OdDbDatabase::createNew();
   OdDbBlockTableRecordPtr space =
@@ -34,12 +36,12 @@ OdDbDatabasePtr buildDrawing(int count) {
     if ((i % 40 + i / 40) % 2 == 0) {
       OdSmartPtr<OdDbCircle> circle = OdDbCircle::createObject();
       circle->setCenter(OdGePoint3d(x, y, 0));
-      circle->setRadius(0.7);
+      circle->setRadius(0.6);
       space->appendOdDbEntity(circle.get());
       continue;
     }
     OdSmartPtr<OdDbPolyline> square = OdDbPolyline::createObject();
-    const double h = 0.55, bulge = 0.3;
+    const double h = 0.45, bulge = 0.3;
     square->addVertexAt(0, OdGePoint2d(x - h, y - h), bulge);
     square->addVertexAt(1, OdGePoint2d(x + h, y - h), bulge);
     square->addVertexAt(2, OdGePoint2d(x + h, y + h), bulge);

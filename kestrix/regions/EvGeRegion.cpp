@@ -242,7 +242,8 @@ EvGeGeneralRegion2d::EvGeGeneralRegion2d(const EvGeLoop2d& outline) {
   if (loop.isCircle ? !(loop.radius > 0.0) : loop.vertices.size() < 2) return;
   if (!loop.isCircle && loop.signedArea() < 0) loop = loop.reversed();
   Polygon polygon = polygonOf(loop);
-  if (!isSimple(polygon)) return;
+  // A circle of positive radius is always simple; the check builds an arrangement.
+  if (!loop.isCircle && !isSimple(polygon)) return;
   m_impl->shape = PolygonWithHoles(polygon);
   m_impl->empty = false;
 }
