@@ -278,3 +278,22 @@ TEST_F(BoolOp, WithEraseOffOnlyTheBaseGoesAndTheOptionsAreKept) {
   // Erasing on again for the tests after this one.
   session.run({"RY_boolop", "!14838", "#" + handleOf(tool), "#" + handleOf(circle(session.db(), 5, 0, 1)), ""});
 }
+
+TEST(BoolOpRefusals, AnOldStylePolylineIsRefusedAndAnOutlineThatBoundsNothingDoesNotConvert) {
+  HostSession session(DxfText{"0\nSECTION\n2\nENTITIES\n0\nPOLYLINE\n8\n0\n66\n1\n70\n1\n10\n0\n20\n0\n30\n0\n"
+                              "0\nVERTEX\n8\n0\n10\n0\n20\n0\n0\nVERTEX\n8\n0\n10\n1\n20\n0\n"
+                              "0\nVERTEX\n8\n0\n10\n1\n20\n1\n0\nSEQEND\n8\n0\n0\nENDSEC\n0\nEOF\n"});
+  ASSERT_TRUE(session.loadModule());
+  ASSERT_EQ(session.modelSpace().length(), 1u);
+  const OdDbObjectId old = session.modelSpace()[0];
+  const OdDbObjectId tool = circle(session.db(), 0, 0, 1);
+  EXPECT_THAT(session.run(replies(old, {tool})),
+              HasSubstr("\nThe type of the first choosed entity cann't be operated!"));
+  EXPECT_FALSE(tool.isErased());
+
+  // Closed there and back along one line: no area, no region.
+  const OdDbObjectId flat = polyline(session.db(), {{0, 0, 0}, {2, 0, 0}});
+  const std::string out = session.run(replies(flat, {tool}));
+  EXPECT_THAT(out, HasSubstr("[Boolean operation] closed\nFailed in converting this  entity into region!"));
+  EXPECT_EQ(session.modelSpace().length(), 3u);
+}
