@@ -39,3 +39,9 @@ void getColSelCommand();
 void getEntLaySelCommand();
 void getEntColSelCommand();
 void getLayColSelCommand();
+
+// Boolean operations on closed outlines (regions/BoolOp.cpp).
+void boolopCommand();
+
+// A linetype made from drawn geometry (linetypes/LinetypeMaker.cpp).
+void mkltypeCommand();
