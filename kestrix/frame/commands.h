@@ -39,3 +39,7 @@ void getColSelCommand();
 void getEntLaySelCommand();
 void getEntColSelCommand();
 void getLayColSelCommand();
+
+// Text adjustment (text/TextCase.cpp, TextJustify.cpp, TextOrient.cpp,
+// TextCount.cpp, TextFit.cpp, TextCircle.cpp).
+void tcaseCommand();

@@ -1,0 +1,75 @@
+// The frame the text-adjustment commands share (tcase, tcount, tjust,
+// torient, tcircle, textfit): the text selection on unlocked layers, the
+// selection set and undo group owners, the test of a text's plane against
+// the current coordinate system, and a few readers of entity-data lists.
+#pragma once
+
+#include <vector>
+
+#include "DbObjectId.h"
+#include "Ge/GePoint3d.h"
+#include "Ge/GeVector3d.h"
+#include "OdString.h"
+#include "rytypes.h"
+
+namespace kestrix::text {
+
+// Which objects the selection takes: texts, multiline texts and attribute
+// definitions; the wide form takes block references with attributes too.
+enum class TextKinds { kTexts, kTextsAndReferences };
+
+// A selection set, freed on every way out.
+class SelectionSet {
+ public:
+  SelectionSet() = default;
+  ~SelectionSet();
+  SelectionSet(const SelectionSet&) = delete;
+  SelectionSet& operator=(const SelectionSet&) = delete;
+  ads_name& name() { return m_name; }
+  OdInt32 length() const;
+  // The members in selection order.
+  std::vector<OdDbObjectId> ids() const;
+  bool held = false;
+
+ private:
+  ads_name m_name = {0, 0};
+};
+
+// Selects texts with the mode "_:L" (objects on locked layers are refused
+// by the selection itself). Esc prints the cancel message; a selection that
+// finds nothing stays quiet. True when the set holds at least one object.
+bool selectTexts(TextKinds kinds, SelectionSet& set);
+
+// "Undo" "BE" when made, "Undo" "E" when destroyed: one U undoes the command.
+class UndoGroup {
+ public:
+  UndoGroup();
+  ~UndoGroup();
+  UndoGroup(const UndoGroup&) = delete;
+  UndoGroup& operator=(const UndoGroup&) = delete;
+};
+
+// The Z axis of the current coordinate system in world coordinates.
+OdGeVector3d currentUcsZ();
+
+// True when the entity's normal (group 210, world Z when absent) is
+// parallel to the current coordinate system's Z axis.
+bool isParallelToUcs(const OdDbObjectId& id);
+
+// Drops the objects whose plane is tilted against the current coordinate
+// system; returns how many were dropped.
+int dropTilted(std::vector<OdDbObjectId>& ids);
+
+// The angle of the current coordinate system's X axis, measured in the
+// world XY plane: what a text rotation adds to the user's angle.
+double ucsXAngle();
+
+// The string of a group of the entity's data list; false when the entity or the group is missing.
+bool readStringGroup(const OdDbObjectId& id, int code, OdString& value);
+
+// The text's box corners in world coordinates (lower left, lower right,
+// upper right, upper left) from the platform's text measure; false for
+// objects that are not texts.
+bool textBox(const OdDbObjectId& id, OdGePoint3d corners[4]);
+
+}  // namespace kestrix::text
