@@ -43,3 +43,4 @@ void getLayColSelCommand();
 // Text adjustment (text/TextCase.cpp, TextJustify.cpp, TextOrient.cpp,
 // TextCount.cpp, TextFit.cpp, TextCircle.cpp).
 void tcaseCommand();
+void tjustCommand();
