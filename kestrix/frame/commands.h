@@ -44,3 +44,4 @@ void getLayColSelCommand();
 // TextCount.cpp, TextFit.cpp, TextCircle.cpp).
 void tcaseCommand();
 void tjustCommand();
+void torientCommand();

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "DbSymbolTable.h"
 #include "DbText.h"
 #include "frame/ResourceString.h"
 #include "frame/ResultLists.h"
@@ -130,6 +131,27 @@ bool textBox(const OdDbObjectId& id, OdGePoint3d corners[4]) {
   if (points.size() < 4) return false;
   for (int i = 0; i < 4; ++i) corners[i] = points[i];
   return true;
+}
+
+bool isOnLockedLayer(const OdDbObjectId& id) {
+  OdDbObjectPtr object = id.openObject();
+  const auto* entity = dynamic_cast<const OdDbEntity*>(object.get());
+  if (!entity) return false;
+  OdDbObjectPtr layer = entity->layerId().openObject();
+  const auto* record = dynamic_cast<const OdDbLayerTableRecord*>(layer.get());
+  return record && record->isLocked();
+}
+
+void printCount(const wchar_t* format, int count, unsigned int textId, const wchar_t* fallback) {
+  ryutPrintf(format, count, ResourceString(textId, fallback).c_str());
+}
+
+bool keepParallelToUcs(std::vector<OdDbObjectId>& ids) {
+  const int dropped = dropTilted(ids);
+  if (dropped > 0) printCount(L"\n%d%ls", dropped, 2403, L" objects are not parallel to the current UCS and are left out.");
+  if (!ids.empty()) return true;
+  ryutPrintf(L"%ls", ResourceString(2404, L"\nNo object is left to change.").c_str());
+  return false;
 }
 
 }  // namespace kestrix::text

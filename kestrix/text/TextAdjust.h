@@ -72,4 +72,14 @@ bool readStringGroup(const OdDbObjectId& id, int code, OdString& value);
 // objects that are not texts.
 bool textBox(const OdDbObjectId& id, OdGePoint3d corners[4]);
 
+// True when the entity's layer is locked.
+bool isOnLockedLayer(const OdDbObjectId& id);
+
+// Prints a count with a catalogue text after it ("%d%s" and "\n%d%s" forms).
+void printCount(const wchar_t* format, int count, unsigned int textId, const wchar_t* fallback);
+
+// Leaves out the objects whose plane is tilted against the current
+// coordinate system, saying how many; false (with a word) when none is left.
+bool keepParallelToUcs(std::vector<OdDbObjectId>& ids);
+
 }  // namespace kestrix::text
