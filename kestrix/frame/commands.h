@@ -45,3 +45,4 @@ void getLayColSelCommand();
 void tcaseCommand();
 void tjustCommand();
 void torientCommand();
+void tcountCommand();

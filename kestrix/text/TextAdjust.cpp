@@ -111,14 +111,34 @@ int dropTilted(std::vector<OdDbObjectId>& ids) {
   return dropped;
 }
 
-bool readStringGroup(const OdDbObjectId& id, int code, OdString& value) {
+bool readTextString(const OdDbObjectId& id, OdString& value) {
   ads_name entity;
   if (rydbGetAdsName(entity, id) != RTNORM) return false;
   const ResultList list(rydbEntGet(entity));
-  const resbuf* group = findGroup(list.get(), code);
-  if (!group || !group->resval.rstring) return false;
-  value = group->resval.rstring;
-  return true;
+  bool found = false;
+  value.empty();
+  for (const resbuf* rb = list.get(); rb; rb = rb->rbnext) {
+    if ((rb->restype == 1 || rb->restype == 3) && rb->resval.rstring) {
+      value += rb->resval.rstring;
+      found = found || rb->restype == 1;
+    }
+  }
+  return found;
+}
+
+bool writeTextString(const OdDbObjectId& id, const OdString& value) {
+  ads_name entity;
+  if (rydbGetAdsName(entity, id) != RTNORM) return false;
+  const ResultList change(ryutBuildList(-1, entity, 1, value.c_str(), RTNONE));
+  return rydbEntMod(change.get()) == RTNORM;
+}
+
+OdString entityType(const OdDbObjectId& id) {
+  ads_name entity;
+  if (rydbGetAdsName(entity, id) != RTNORM) return OdString();
+  const ResultList list(rydbEntGet(entity));
+  const resbuf* type = findGroup(list.get(), 0);
+  return type && type->resval.rstring ? OdString(type->resval.rstring) : OdString();
 }
 
 bool textBox(const OdDbObjectId& id, OdGePoint3d corners[4]) {

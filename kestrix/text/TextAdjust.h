@@ -64,8 +64,15 @@ int dropTilted(std::vector<OdDbObjectId>& ids);
 // world XY plane: what a text rotation adds to the user's angle.
 double ucsXAngle();
 
-// The string of a group of the entity's data list; false when the entity or the group is missing.
-bool readStringGroup(const OdDbObjectId& id, int code, OdString& value);
+// The string of a text (group 1, after the group 3 chunks of a long
+// multiline text); false when the entity has none.
+bool readTextString(const OdDbObjectId& id, OdString& value);
+
+// Writes the string of a text through its data list (group 1).
+bool writeTextString(const OdDbObjectId& id, const OdString& value);
+
+// The entity's type name (group 0), upper case as the list gives it.
+OdString entityType(const OdDbObjectId& id);
 
 // The text's box corners in world coordinates (lower left, lower right,
 // upper right, upper left) from the platform's text measure; false for
