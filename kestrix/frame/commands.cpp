@@ -28,7 +28,7 @@ const std::vector<KestrixCommand>& kestrixCommandTable() {
     {L"EvKestrixTools", L"fastsel", 64191, 7, &notAvailableCommand},
     {L"EvKestrixTools", L"fsmode", 64192, 2, &notAvailableCommand},
     {L"EvKestrixTools", L"ssx", 64193, 7, &notAvailableCommand},
-    {L"EvKestrixTools", L"textfit", 64018, 2, &notAvailableCommand},
+    {L"EvKestrixTools", L"textfit", 64018, 2, &textfitCommand},
     {L"EvKestrixTools", L"textmask", 64019, 0, &notAvailableCommand},
     {L"EvKestrixTools", L"textunmask", 64020, 2, &notAvailableCommand},
     {L"EvKestrixTools", L"txt2mtxt", 64021, 2, &notAvailableCommand},

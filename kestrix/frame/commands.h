@@ -46,3 +46,4 @@ void tcaseCommand();
 void tjustCommand();
 void torientCommand();
 void tcountCommand();
+void textfitCommand();
