@@ -34,7 +34,7 @@ const std::vector<KestrixCommand>& kestrixCommandTable() {
     {L"EvKestrixTools", L"txt2mtxt", 64021, 2, &notAvailableCommand},
     {L"EvKestrixTools", L"tjust", 64022, 2, &tjustCommand},
     {L"EvKestrixTools", L"torient", 64023, 2, &torientCommand},
-    {L"EvKestrixTools", L"tcircle", 64024, 2, &notAvailableCommand},
+    {L"EvKestrixTools", L"tcircle", 64024, 2, &tcircleCommand},
     {L"EvKestrixTools", L"tcount", 64025, 2, &tcountCommand},
     {L"EvKestrixTools", L"tcase", 64026, 2, &tcaseCommand},
     {L"EvKestrixTools", L"chgsty", 64027, 0, &notAvailableCommand},

@@ -47,3 +47,4 @@ void tjustCommand();
 void torientCommand();
 void tcountCommand();
 void textfitCommand();
+void tcircleCommand();

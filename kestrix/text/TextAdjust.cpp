@@ -60,6 +60,7 @@ bool selectTexts(TextKinds kinds, SelectionSet& set) {
   const ResultList filter = textFilter(kinds);
   const int status = ryedSSGet(L"_:L", nullptr, nullptr, filter.get(), set.name());
   if (status == RTCAN) {
+    set.cancelled = true;
     ryutPrintf(L"%ls", ResourceString(2021, L"\n函数被取消!").c_str());
     return false;
   }

@@ -29,7 +29,8 @@ class SelectionSet {
   OdInt32 length() const;
   // The members in selection order.
   std::vector<OdDbObjectId> ids() const;
-  bool held = false;
+  bool held = false;       // the set exists and must be freed
+  bool cancelled = false;  // the selection ended with Esc
 
  private:
   ads_name m_name = {0, 0};
