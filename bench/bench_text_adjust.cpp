@@ -19,8 +19,7 @@ namespace {
 
 OdDbDatabasePtr buildDrawing(int count) {
   OdDbDatabasePtr db = OdDbDatabase::createNew();
-  OdDbBlockTableRecordPtr space =
-      OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+  OdDbBlockTableRecordPtr space = OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
   for (int i = 0; i < count; ++i) {
     OdDbTextPtr text = OdDbText::createObject();
     text->setTextString(OdString().format(L"room %d. north wing", i));
@@ -36,8 +35,7 @@ OdDbDatabasePtr buildDrawing(int count) {
 
 int main(int argc, char** argv) {
   const int base = argc > 1 ? std::atoi(argv[1]) : 10000;
-  const std::string folder =
-      std::filesystem::temp_directory_path() / ("bench-text-adjust-" + std::to_string(getpid()));
+  const std::string folder = std::filesystem::temp_directory_path() / ("bench-text-adjust-" + std::to_string(getpid()));
   std::filesystem::create_directories(folder);
   ryhost::Host& host = ryhost::Host::instance();
   ryhost::ListInput input;

@@ -23,9 +23,12 @@ std::string framesReadByEzdxf(HostSession& session) {
   odDxfWriteFile(session.db(), OdString(path.c_str()));
   const std::string script =
       "import ezdxf\n"
-      "d = ezdxf.readfile('" + path + "')\n"
+      "d = ezdxf.readfile('" +
+      path +
+      "')\n"
       "for e in d.modelspace():\n"
-      "    if e.dxftype() == 'CIRCLE': print('CIRCLE %.4f %.4f %.4f' % (e.dxf.center.x, e.dxf.center.y, e.dxf.radius))\n"
+      "    if e.dxftype() == 'CIRCLE': print('CIRCLE %.4f %.4f %.4f' % (e.dxf.center.x, e.dxf.center.y, "
+      "e.dxf.radius))\n"
       "    if e.dxftype() == 'LWPOLYLINE' and e.closed:\n"
       "        print('LWPOLYLINE ' + ' '.join('%.4f %.4f %.4f' % (x, y, b) for x, y, b in e.get_points('xyb')))\n"
       "print('AUDIT %d' % len(d.audit().errors))\n";
@@ -47,9 +50,11 @@ TEST(TextCircle, VariableFramesFitEachTextAsAnIndependentReaderSeesThem) {
   for (const auto& [shape, expected] : std::vector<std::pair<std::string, std::string>>{
            // radius = half the diagonal sqrt(3.5^2 + 2.5^2) / 2 = 2.1506 plus the gap
            {"C", "CIRCLE 1.7500 1.2500 2.6506\n"},
-           {"R", "LWPOLYLINE -0.5000 -0.5000 0.0000 4.0000 -0.5000 0.0000 4.0000 3.0000 0.0000 -0.5000 3.0000 0.0000\n"},
+           {"R",
+            "LWPOLYLINE -0.5000 -0.5000 0.0000 4.0000 -0.5000 0.0000 4.0000 3.0000 0.0000 -0.5000 3.0000 0.0000\n"},
            // the straight sides span the box and its gaps; half circles of diameter 3.5 close the ends
-           {"S", "LWPOLYLINE -0.5000 -0.5000 0.0000 4.0000 -0.5000 1.0000 4.0000 3.0000 0.0000 -0.5000 3.0000 1.0000\n"}}) {
+           {"S",
+            "LWPOLYLINE -0.5000 -0.5000 0.0000 4.0000 -0.5000 1.0000 4.0000 3.0000 0.0000 -0.5000 3.0000 1.0000\n"}}) {
     HostSession session;
     ASSERT_TRUE(session.loadModule());
     txt::text(session.db(), L"ab", 0, 0);
@@ -77,11 +82,20 @@ TEST(TextCircle, ConstantFramesTakeTheLargestSizeInTheKeptDimension) {
   session.run({"tcircle", "ALL", "", "", "C", "C"});
   const std::string frames = framesReadByEzdxf(session);
   // Heigh: "ab" 7 tall, its own 4.5 wide.
-  EXPECT_THAT(frames, HasSubstr("LWPOLYLINE -0.5000 -2.2500 0.0000 4.0000 -2.2500 0.0000 4.0000 4.7500 0.0000 -0.5000 4.7500 0.0000\n"));
+  EXPECT_THAT(
+      frames,
+      HasSubstr(
+          "LWPOLYLINE -0.5000 -2.2500 0.0000 4.0000 -2.2500 0.0000 4.0000 4.7500 0.0000 -0.5000 4.7500 0.0000\n"));
   // Width: "ab" 16 wide, its own 3.5 tall.
-  EXPECT_THAT(frames, HasSubstr("LWPOLYLINE -6.2500 -0.5000 0.0000 9.7500 -0.5000 0.0000 9.7500 3.0000 0.0000 -6.2500 3.0000 0.0000\n"));
+  EXPECT_THAT(
+      frames,
+      HasSubstr(
+          "LWPOLYLINE -6.2500 -0.5000 0.0000 9.7500 -0.5000 0.0000 9.7500 3.0000 0.0000 -6.2500 3.0000 0.0000\n"));
   // Slot kept in height: 7 tall with half circles of radius 3.5, straight part its own 4.5.
-  EXPECT_THAT(frames, HasSubstr("LWPOLYLINE -0.5000 -2.2500 0.0000 4.0000 -2.2500 1.0000 4.0000 4.7500 0.0000 -0.5000 4.7500 1.0000\n"));
+  EXPECT_THAT(
+      frames,
+      HasSubstr(
+          "LWPOLYLINE -0.5000 -2.2500 0.0000 4.0000 -2.2500 1.0000 4.0000 4.7500 0.0000 -0.5000 4.7500 1.0000\n"));
   // Constant circles: the radius of the largest, sqrt(14^2 + 5^2) / 2 + 1 = 8.4330.
   EXPECT_THAT(frames, HasSubstr("CIRCLE 1.7500 1.2500 8.4330\n"));
   EXPECT_THAT(frames, HasSubstr("CIRCLE 7.0000 12.5000 8.4330\n"));
@@ -102,9 +116,12 @@ TEST(TextCircle, TiltedTextsNothingSelectedAndEscDrawNothing) {
   EXPECT_THAT(session.run({"tcircle", "500,500", "510,510", ""}), HasSubstr("\n没有正确的实体被选择."));
   txt::text(session.db(), L"flat", 0, 10);
   session.host().sysvars().setInt(L"CMDECHO", 1);
-  for (const std::vector<std::string>& replies : std::vector<std::vector<std::string>>{
-           {"tcircle", "^C"}, {"tcircle", "ALL", "", "^C"}, {"tcircle", "ALL", "", "1", "^C"},
-           {"tcircle", "ALL", "", "1", "R", "^C"}, {"tcircle", "ALL", "", "1", "R", "C", "^C"}}) {
+  for (const std::vector<std::string>& replies :
+       std::vector<std::vector<std::string>>{{"tcircle", "^C"},
+                                             {"tcircle", "ALL", "", "^C"},
+                                             {"tcircle", "ALL", "", "1", "^C"},
+                                             {"tcircle", "ALL", "", "1", "R", "^C"},
+                                             {"tcircle", "ALL", "", "1", "R", "C", "^C"}}) {
     session.run(replies);
     EXPECT_EQ(session.modelSpace().size(), 2u);
     EXPECT_EQ(txt::shortVar(session, L"CMDECHO"), 1);

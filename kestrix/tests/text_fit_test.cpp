@@ -80,8 +80,11 @@ TEST(TextFit, EscAtEveryPromptLeavesTextAndVariablesAsTheyWere) {
   session.host().sysvars().setInt(L"CMDECHO", 1);
   session.host().sysvars().setInt(L"ORTHOMODE", 0);
   setReal(session, L"SNAPANG", 0.25);
-  for (const std::vector<std::string>& replies : std::vector<std::vector<std::string>>{
-           {"textfit", "^C"}, {"textfit", "1,1", "^C"}, {"textfit", "1,1", "S", "^C"}, {"textfit", "1,1", "S", "2,2", "^C"}}) {
+  for (const std::vector<std::string>& replies :
+       std::vector<std::vector<std::string>>{{"textfit", "^C"},
+                                             {"textfit", "1,1", "^C"},
+                                             {"textfit", "1,1", "S", "^C"},
+                                             {"textfit", "1,1", "S", "2,2", "^C"}}) {
     session.run(replies);
     EXPECT_NEAR(widthOf(id), 1.0, 1e-12);
     EXPECT_EQ(txt::shortVar(session, L"ORTHOMODE"), 0);

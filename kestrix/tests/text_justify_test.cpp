@@ -33,7 +33,7 @@ void expectPoint(const OdGePoint3d& actual, double x, double y) {
 TEST(TextJustify, TopRightKeepsTextsInPlaceAndTheDriverEntryLivesOnlyForTheRun) {
   HostSession session;
   ASSERT_TRUE(session.loadModule());
-  const OdDbObjectId plain = txt::text(session.db(), L"hello. world", 0, 0);  // 12 characters: 21 wide
+  const OdDbObjectId plain = txt::text(session.db(), L"hello. world", 0, 0);      // 12 characters: 21 wide
   const OdDbObjectId turned = txt::text(session.db(), L"ab", 10, 10, OdaPI / 2);  // 3.5 wide, upwards
   const OdDbObjectId locked = txt::text(session.db(), L"locked", 0, 30, 0, att::layer(session.db(), L"L", 4));
   att::reference(session.db(), L"B", 50, {{L"V", L"abcd"}});  // attribute at (50, 0.5), height 0.2: 0.56 wide

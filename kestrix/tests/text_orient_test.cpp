@@ -74,8 +74,9 @@ TEST(TextOrient, TiltedTextsAreLeftOutAndEscChangesNothing) {
   ASSERT_TRUE(session.loadModule());
   const OdDbObjectId tilted = txt::text(session.db(), L"side", 0, 0);
   OdDbText::cast(tilted.openObject(OdDb::kForWrite).get())->setNormal(OdGeVector3d::kXAxis);
-  EXPECT_THAT(session.run({"torient", "ALL", ""}),
-              HasSubstr("\n1 objects are not parallel to the current UCS and are left out.\nNo object is left to change."));
+  EXPECT_THAT(
+      session.run({"torient", "ALL", ""}),
+      HasSubstr("\n1 objects are not parallel to the current UCS and are left out.\nNo object is left to change."));
   const OdDbObjectId flat = txt::text(session.db(), L"flat", 0, 10, 20 * kDegree);
   session.host().sysvars().setInt(L"CMDECHO", 1);
   const std::string out = session.run({"torient", "ALL", "", "^C"});

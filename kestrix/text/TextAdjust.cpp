@@ -4,6 +4,7 @@
 
 #include "DbSymbolTable.h"
 #include "DbText.h"
+#include "frame/HostSettings.h"
 #include "frame/ResourceString.h"
 #include "frame/ResultLists.h"
 #include "rydb.h"
@@ -20,10 +21,10 @@ constexpr int kErrnoNullReply = 52;
 // (-4 "<OR") (0 "TEXT") (0 "MTEXT") (0 "ATTDEF") [(-4 "<AND") (0 "INSERT") (66 1) (-4 "AND>")] (-4 "OR>")
 ResultList textFilter(TextKinds kinds) {
   if (kinds == TextKinds::kTexts)
-    return ResultList(ryutBuildList(-4, L"<OR", RTDXF0, L"TEXT", RTDXF0, L"MTEXT", RTDXF0, L"ATTDEF", -4,
-                                    L"OR>", RTNONE));
-  return ResultList(ryutBuildList(-4, L"<OR", RTDXF0, L"TEXT", RTDXF0, L"MTEXT", RTDXF0, L"ATTDEF", -4, L"<AND",
-                                  RTDXF0, L"INSERT", 66, 1, -4, L"AND>", -4, L"OR>", RTNONE));
+    return ResultList(
+        ryutBuildList(-4, L"<OR", RTDXF0, L"TEXT", RTDXF0, L"MTEXT", RTDXF0, L"ATTDEF", -4, L"OR>", RTNONE));
+  return ResultList(ryutBuildList(-4, L"<OR", RTDXF0, L"TEXT", RTDXF0, L"MTEXT", RTDXF0, L"ATTDEF", -4, L"<AND", RTDXF0,
+                                  L"INSERT", 66, 1, -4, L"AND>", -4, L"OR>", RTNONE));
 }
 
 OdGeVector3d vectorVariable(const wchar_t* name, const OdGeVector3d& otherwise) {
@@ -154,6 +155,20 @@ bool textBox(const OdDbObjectId& id, OdGePoint3d corners[4]) {
   return true;
 }
 
+OdString askRememberedKeyword(const OdString& promptFormat, const wchar_t* keywords, const wchar_t* key,
+                              const wchar_t* first) {
+  const OdString remembered = readHostSetting(key, first);
+  OdString prompt;
+  prompt.format(promptFormat.c_str(), remembered.c_str());
+  ryedInitGet(0, keywords);
+  wchar_t reply[512] = {};
+  const int status = ryedGetKword(prompt.c_str(), reply, 512);
+  if (status == RTNONE) return remembered;
+  if (status != RTNORM) return OdString();
+  writeHostSetting(key, reply);
+  return OdString(reply);
+}
+
 bool isOnLockedLayer(const OdDbObjectId& id) {
   OdDbObjectPtr object = id.openObject();
   const auto* entity = dynamic_cast<const OdDbEntity*>(object.get());
@@ -169,7 +184,8 @@ void printCount(const wchar_t* format, int count, unsigned int textId, const wch
 
 bool keepParallelToUcs(std::vector<OdDbObjectId>& ids) {
   const int dropped = dropTilted(ids);
-  if (dropped > 0) printCount(L"\n%d%ls", dropped, 2403, L" objects are not parallel to the current UCS and are left out.");
+  if (dropped > 0)
+    printCount(L"\n%d%ls", dropped, 2403, L" objects are not parallel to the current UCS and are left out.");
   if (!ids.empty()) return true;
   ryutPrintf(L"%ls", ResourceString(2404, L"\nNo object is left to change.").c_str());
   return false;

@@ -80,6 +80,13 @@ OdString entityType(const OdDbObjectId& id);
 // objects that are not texts.
 bool textBox(const OdDbObjectId& id, OdGePoint3d corners[4]);
 
+// Asks a keyword whose default is the answer remembered under the key of
+// the host settings file (first: the default before any answer); the prompt
+// format shows that default through its one %ls. The answer is remembered.
+// Returns the keyword's global name, or empty on Esc.
+OdString askRememberedKeyword(const OdString& promptFormat, const wchar_t* keywords, const wchar_t* key,
+                              const wchar_t* first);
+
 // True when the entity's layer is locked.
 bool isOnLockedLayer(const OdDbObjectId& id);
 

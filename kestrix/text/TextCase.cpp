@@ -37,9 +37,12 @@ class CaseState {
 
   wchar_t letter(wchar_t c) {
     switch (m_rule) {
-      case CaseRule::kLower: return lower(c);
-      case CaseRule::kUpper: return upper(c);
-      case CaseRule::kToggle: return ryutIsUpper(c) ? lower(c) : ryutIsLower(c) ? upper(c) : c;
+      case CaseRule::kLower:
+        return lower(c);
+      case CaseRule::kUpper:
+        return upper(c);
+      case CaseRule::kToggle:
+        return ryutIsUpper(c) ? lower(c) : ryutIsLower(c) ? upper(c) : c;
       case CaseRule::kSentence:
       case CaseRule::kTitle: {
         const bool first = m_capitalize;
@@ -54,8 +57,10 @@ class CaseState {
   void other(wchar_t c) {
     if (m_rule == CaseRule::kSentence) {
       // A full stop starts a sentence; blanks after it wait for its first letter.
-      if (c == L'.') m_capitalize = true;
-      else if (!isBlank(c)) m_capitalize = false;
+      if (c == L'.')
+        m_capitalize = true;
+      else if (!isBlank(c))
+        m_capitalize = false;
     } else if (m_rule == CaseRule::kTitle && isBlank(c)) {
       m_capitalize = true;
     }
@@ -157,8 +162,7 @@ using namespace kestrix::text;
 // host settings file. It keeps its own copy of the selection.
 class CTcaseDialog : public CDialog {
  public:
-  explicit CTcaseDialog(const std::vector<OdDbObjectId>& selection)
-      : CDialog(kTcaseDialogId), m_selection(selection) {}
+  explicit CTcaseDialog(const std::vector<OdDbObjectId>& selection) : CDialog(kTcaseDialogId), m_selection(selection) {}
 
   BOOL OnInitDialog() override {
     const int stored = static_cast<int>(std::wcstol(kestrix::readHostSetting(kRuleKey, L"1").c_str(), nullptr, 10));

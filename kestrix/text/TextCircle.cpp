@@ -60,20 +60,6 @@ bool measure(const OdDbObjectId& id, double factor, Framed& framed) {
   return true;
 }
 
-// A keyword answer with the remembered one as default; empty on Esc.
-OdString askKeyword(const wchar_t* format, const wchar_t* keywords, const wchar_t* key, const wchar_t* first) {
-  const OdString remembered = kestrix::readHostSetting(key, first);
-  OdString prompt;
-  prompt.format(format, remembered.c_str());
-  ryedInitGet(0, keywords);
-  wchar_t reply[512] = {};
-  const int status = ryedGetKword(prompt.c_str(), reply, 512);
-  if (status == RTNONE) return remembered;
-  if (status != RTNORM) return OdString();
-  kestrix::writeHostSetting(key, reply);
-  return OdString(reply);
-}
-
 bool askFactor(double& factor) {
   const OdString remembered = kestrix::readHostSetting(L"TCIRCLE_FACTOR", L"0.35");
   factor = std::wcstod(remembered.c_str(), nullptr);
@@ -153,8 +139,7 @@ int drawAll(const std::vector<Framed>& texts, Shape shape, bool constant, Kept k
       if (constant && kept != Kept::kWidth) size.height = largestHeight;
       if (constant && kept == Kept::kBoth) size.straight = largestStraight;
       // Width alone: every frame as wide overall as the widest, each keeping its height.
-      if (constant && kept == Kept::kWidth)
-        size.straight = largestTotal - (shape == Shape::kSlot ? size.height : 0);
+      if (constant && kept == Kept::kWidth) size.straight = largestTotal - (shape == Shape::kSlot ? size.height : 0);
       drawOutline(f, size.straight, size.height, shape == Shape::kSlot);
     }
     ++drawn;
@@ -185,22 +170,26 @@ void tcircleCommand() {
   }
   double factor = 0;
   if (!askFactor(factor)) return;
-  const OdString shapeWord = askKeyword(L"\n选择包围文本的对象[圆(C)/圆槽(S)/矩形(R)]<%ls>:",
-                                        L"Circle Slot Rectangle _Circle Slot Rectangle", L"TCIRCLE_SHAPE", L"Circle");
+  const OdString shapeWord =
+      askRememberedKeyword(L"\n选择包围文本的对象[圆(C)/圆槽(S)/矩形(R)]<%ls>:",
+                           L"Circle Slot Rectangle _Circle Slot Rectangle", L"TCIRCLE_SHAPE", L"Circle");
   if (shapeWord.isEmpty()) return;
-  const Shape shape = shapeWord == L"Slot" ? Shape::kSlot : shapeWord == L"Rectangle" ? Shape::kRectangle : Shape::kCircle;
+  const Shape shape = shapeWord == L"Slot"        ? Shape::kSlot
+                      : shapeWord == L"Rectangle" ? Shape::kRectangle
+                                                  : Shape::kCircle;
   const wchar_t* const sizePrompts[] = {L"\n用固定或可变尺寸创建圆[固定(C)/可变(V)]<%ls>:",
                                         L"\n用固定或可变尺寸创建圆槽[固定(C)/可变(V)]<%ls>:",
                                         L"\n用固定或可变尺寸创建矩形[固定(C)/可变(V)]<%ls>:"};
-  const OdString sizeWord = askKeyword(sizePrompts[static_cast<int>(shape)], L"Constant Variable _Constant Variable",
-                                       L"TCIRCLE_SIZE", L"Variable");
+  const OdString sizeWord = askRememberedKeyword(sizePrompts[static_cast<int>(shape)],
+                                                 L"Constant Variable _Constant Variable", L"TCIRCLE_SIZE", L"Variable");
   if (sizeWord.isEmpty()) return;
   const bool constant = sizeWord == L"Constant";
   Kept kept = Kept::kBoth;
   if (constant && shape != Shape::kCircle) {
-    const OdString keptWord = askKeyword(shape == Shape::kSlot ? L"保持圆槽的[宽度(W)/高度(H)/宽和高(B)]<%ls>:"
-                                                               : L"保持矩形的[宽度(W)/高度(H)/宽和高(B)]<%ls>:",
-                                         L"Width Heigh Both _Width Heigh Both", L"TCIRCLE_KEEP", L"Both");
+    const OdString keptWord =
+        askRememberedKeyword(shape == Shape::kSlot ? L"保持圆槽的[宽度(W)/高度(H)/宽和高(B)]<%ls>:"
+                                                   : L"保持矩形的[宽度(W)/高度(H)/宽和高(B)]<%ls>:",
+                             L"Width Heigh Both _Width Heigh Both", L"TCIRCLE_KEEP", L"Both");
     if (keptWord.isEmpty()) return;
     kept = keptWord == L"Width" ? Kept::kWidth : keptWord == L"Heigh" ? Kept::kHeight : Kept::kBoth;
   }

@@ -22,21 +22,6 @@ namespace {
 
 enum class Placement { kOverwrite, kPrefix, kSuffix, kFindReplace };
 
-// Asks a keyword with the remembered one as default; empty when cancelled.
-OdString askRemembered(unsigned int promptId, const wchar_t* fallback, const wchar_t* keywords, const wchar_t* key,
-                       const wchar_t* first) {
-  const OdString remembered = kestrix::readHostSetting(key, first);
-  ryedInitGet(0, keywords);
-  wchar_t reply[512] = {};
-  OdString prompt;
-  prompt.format(ResourceString(promptId, fallback).c_str(), remembered.c_str());
-  const int status = ryedGetKword(prompt.c_str(), reply, 512);
-  if (status == RTNONE) return remembered;
-  if (status != RTNORM) return OdString();
-  kestrix::writeHostSetting(key, reply);
-  return OdString(reply);
-}
-
 // The texts in numbering order.
 std::vector<OdDbObjectId> ordered(const std::vector<OdDbObjectId>& ids, const OdString& order) {
   if (order != L"X" && order != L"Y") return ids;
@@ -117,13 +102,18 @@ bool numbered(const OdDbObjectId& id, Placement placement, const OdString& found
   if (!readTextString(id, text)) return false;
   OdString number;
   switch (placement) {
-    case Placement::kOverwrite: text = number.format(L"%.0f", value); return true;
-    case Placement::kPrefix: text = number.format(L"%.0f ", value) + text; return true;
+    case Placement::kOverwrite:
+      text = number.format(L"%.0f", value);
+      return true;
+    case Placement::kPrefix:
+      text = number.format(L"%.0f ", value) + text;
+      return true;
     case Placement::kSuffix:
       // A multiline text takes its number on a line of its own.
       text += number.format(entityType(id) == L"MTEXT" ? L"\\P%.0f" : L" %.0f", value);
       return true;
-    case Placement::kFindReplace: return replaceAll(text, found, number.format(L"%.0f", value));
+    case Placement::kFindReplace:
+      return replaceAll(text, found, number.format(L"%.0f", value));
   }
   return false;
 }
@@ -141,8 +131,8 @@ void tcountCommand() {
   std::vector<OdDbObjectId> ids = set.ids();
   if (!keepParallelToUcs(ids)) return;
 
-  const OdString order = askRemembered(2407, L"\nSort the texts by [X/Y/Select-order] <%ls>: ",
-                                       L"X Y Select-order _X Y Select-order", L"TCOUNT_SORT", L"Select-order");
+  const OdString order = askRememberedKeyword(ResourceString(2407), L"X Y Select-order _X Y Select-order",
+                                              L"TCOUNT_SORT", L"Select-order");
   if (order.isEmpty()) return;
   double start = 1, increment = 1;
   {
@@ -151,10 +141,9 @@ void tcountCommand() {
     dimzin.setShort(8);
     if (!askStartAndIncrement(start, increment)) return;
   }
-  const OdString where =
-      askRemembered(2410, L"\nPlace the numbers [Overwrite/Prefix/Suffix/Find&replace] <%ls>: ",
-                    L"Overwrite Prefix Suffix Find&replace _Overwrite Prefix Suffix Find&replace", L"TCOUNT_PLACE",
-                    L"Overwrite");
+  const OdString where = askRememberedKeyword(
+      ResourceString(2410, L"\nPlace the numbers [Overwrite/Prefix/Suffix/Find&replace] <%ls>: "),
+      L"Overwrite Prefix Suffix Find&replace _Overwrite Prefix Suffix Find&replace", L"TCOUNT_PLACE", L"Overwrite");
   if (where.isEmpty()) return;
   const Placement placement = placementOf(where);
   OdString found;

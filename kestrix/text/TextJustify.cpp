@@ -38,8 +38,8 @@ OdString askJustification() {
               L"Start Center Middle Right TL TC TR ML MC MR BL BC BR "
               L"_Start Center Middle Right TL TC TR ML MC MR BL BC BR");
   wchar_t reply[512] = {};
-  const OdString prompt = ResourceString(
-      2401, L"\nEnter a justification option [Start/Center/Middle/Right/TL/TC/TR/ML/MC/MR/BL/BC/BR]: ");
+  const OdString prompt =
+      ResourceString(2401, L"\nEnter a justification option [Start/Center/Middle/Right/TL/TC/TR/ML/MC/MR/BL/BC/BR]: ");
   if (ryedGetKword(prompt.c_str(), reply, 512) != RTNORM) return OdString();
   return OdString(reply);
 }

@@ -7,7 +7,6 @@
 #include <map>
 
 #include "OdaCommon.h"
-
 #include "RxObject.h"
 
 // A dictionary of run-time objects by name (names compare exactly).
