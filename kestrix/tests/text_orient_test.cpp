@@ -38,6 +38,17 @@ TEST(TextOrient, AnglesThatReadUpsideDownTurnHalfATurnAndTextsStayInPlace) {
   const OdGePoint3d start = txt::openText(id)->position();
   EXPECT_NEAR(start.x, 3.0, 1e-9);
   EXPECT_NEAR(start.y, -0.5, 1e-9);
+  // A fitted text's baseline, 10 long, turns with it and stays 10 long.
+  const OdDbObjectId fitted = txt::text(session.db(), L"ab", 0, 20);
+  {
+    OdDbTextPtr text = OdDbText::cast(fitted.openObject(OdDb::kForWrite).get());
+    text->setHorizontalMode(OdDb::kTextFit);
+    text->setAlignmentPoint({10, 20, 0});
+  }
+  session.run({"torient", "ALL", "", "90"});
+  const OdDbTextPtr text = txt::openText(fitted);
+  EXPECT_NEAR(text->alignmentPoint().distanceTo(text->position()), 10, 1e-9);
+  EXPECT_NEAR(text->alignmentPoint().x, text->position().x, 1e-9);
 }
 
 TEST(TextOrient, AttributesTurnButReferencesKeepTheirRotationAndAngleBaseCounts) {

@@ -45,9 +45,16 @@ bool turn(const OdDbObjectId& id, double angle) {
     text->getBoundingPoints(after);
     const OdGeVector3d shift = boxCentre(before) - boxCentre(after);
     const bool aligned = !text->isDefaultAlignment();
-    const OdGePoint3d alignment = text->alignmentPoint();
-    text->setPosition(text->position() + shift);
-    if (aligned) text->setAlignmentPoint(alignment + shift);
+    const OdGePoint3d position = text->position(), alignment = text->alignmentPoint();
+    text->setPosition(position + shift);
+    if (text->horizontalMode() == OdDb::kTextAlign || text->horizontalMode() == OdDb::kTextFit) {
+      // Aligned and fitted texts run from their start to their alignment point: that baseline turns too.
+      const OdGeVector3d baseline = after[1] - after[0];
+      if (!baseline.isZeroLength())
+        text->setAlignmentPoint(position + shift + baseline.normal() * position.distanceTo(alignment));
+    } else if (aligned) {
+      text->setAlignmentPoint(alignment + shift);
+    }
     return true;
   }
   if (auto* mtext = dynamic_cast<OdDbMText*>(object.get())) {
