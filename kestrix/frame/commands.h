@@ -45,3 +45,12 @@ void boolopCommand();
 
 // A linetype made from drawn geometry (linetypes/LinetypeMaker.cpp).
 void mkltypeCommand();
+
+// Text adjustment (text/TextCase.cpp, TextJustify.cpp, TextOrient.cpp,
+// TextCount.cpp, TextFit.cpp, TextCircle.cpp).
+void tcaseCommand();
+void tjustCommand();
+void torientCommand();
+void tcountCommand();
+void textfitCommand();
+void tcircleCommand();

@@ -9,6 +9,7 @@
 // Align and Fit, which a multiline text cannot do, bottom left.
 #include "DbBlockReference.h"
 #include "DbText.h"
+#include "RxDictionary.h"
 #include "commands/CommandRegistry.h"
 #include "commands/CommandSupport.h"
 #include "core/CommandStack.h"
@@ -98,6 +99,13 @@ void justify(const OdDbObjectId& id, const Justification& justification) {
   }
 }
 
+// A module that drives this command puts its name into the process
+// dictionary for the time of the run; the text tool that changes
+// justification names its start keyword "Start", read here as Left.
+bool drivenByTextTool() {
+  return odrxSysRegistryString(L"RYAD_CMDS_JUSTIFYTEXT_TYPE_DICT", L"RYMD_JUSTIFYTEXT_TYPE") == L"TJUST";
+}
+
 void justifyTextCommand() {
   resbuf* filter = ryutBuildList(RTDXF0, L"TEXT,MTEXT,ATTDEF,INSERT", RTNONE);
   std::vector<OdDbObjectId> ids;
@@ -112,10 +120,12 @@ void justifyTextCommand() {
   const OdString option = askKeyword(
       L"\nEnter a justification option [Left/Align/Fit/Center/Middle/Right/TL/TC/TR/ML/MC/MR/BL/BC/BR] "
       L"<Existing>: ",
-      L"Left Align Fit Center Middle Right TL TC TR ML MC MR BL BC BR");
+      drivenByTextTool() ? L"Left Align Fit Center Middle Right TL TC TR ML MC MR BL BC BR Start"
+                         : L"Left Align Fit Center Middle Right TL TC TR ML MC MR BL BC BR");
   if (option.isEmpty()) return;
+  const OdString keyword = option == L"Start" ? OdString(L"Left") : option;
   for (const Justification& justification : kJustifications) {
-    if (option != justification.keyword) continue;
+    if (keyword != justification.keyword) continue;
     for (const OdDbObjectId& id : ids) justify(id, justification);
   }
 }
