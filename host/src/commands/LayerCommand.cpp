@@ -205,7 +205,7 @@ class LayerEditor {
     if (name.isEmpty()) {
       layer = pickedLayer();
       if (!layer) return;
-    } else if (!(layer = find(name))) {
+    } else if (!(layer = find(literalName(name)))) {
       say(L"\nCannot find layer " + quoted(name) + L".");
       return;
     }
@@ -311,7 +311,7 @@ class LayerEditor {
         listLinetypes();
         continue;
       }
-      linetype = m_db->findRecord(OdDbNameTable::kLinetype, name);
+      linetype = m_db->findRecord(OdDbNameTable::kLinetype, literalName(name));
       if (!linetype.isNull() && linetype != m_db->getLinetypeByLayerId() &&
           linetype != m_db->getLinetypeByBlockId())
         break;
