@@ -71,7 +71,7 @@ bool chooseImportFile(OdString& path) {
   return askFileName(path);
 }
 
-// ---------------------------------------------------------------- layers and undo
+// ---------------------------------------------------------------- layers
 
 // Layers that are locked and nothing else are unlocked while the file is
 // applied and locked again, by the host's LAYER command, on every way out.
@@ -111,15 +111,6 @@ class UnlockedLayers {
     return done;
   }
   OdString m_names;
-};
-
-// "Undo" "BE" when made, "Undo" "E" when destroyed.
-class UndoGroup {
- public:
-  UndoGroup() { ryedCommand(RTSTR, L"Undo", RTSTR, L"BE", RTNONE); }
-  ~UndoGroup() { ryedCommand(RTSTR, L"Undo", RTSTR, L"E", RTNONE); }
-  UndoGroup(const UndoGroup&) = delete;
-  UndoGroup& operator=(const UndoGroup&) = delete;
 };
 
 // ---------------------------------------------------------------- applying rows
@@ -355,7 +346,7 @@ void importFile(const OdString& path) {
     ryutPrintf(ResourceString(2618), 0);
     return;
   }
-  UndoGroup group;
+  kestrix::UndoGroup group;
   UnlockedLayers layers;
   RowImporter importer(contents.columns);
   const int updated = importer.run(contents.rows);
