@@ -4,6 +4,7 @@
 // unescaped name would also match its neighbour, so each case shows both.
 #include <gtest/gtest.h>
 
+#include "DbCurves.h"
 #include "cmd_tables_support.h"
 
 namespace {
@@ -31,6 +32,15 @@ TEST(EscapedNames, LayerListsAndSetTakeEscapedNamesAsNames) {
   EXPECT_FALSE(locked(db, L"A-B"));
   session.run({"-LAYER", "S", "A`.B", ""});
   EXPECT_EQ(db->getCLAYER(), db->findRecord(OdDbNameTable::kLayer, L"A.B"));
+  // Objects picked stand for their layers by name.
+  session.run({"-LAYER", "UNLOCK", "*", ""});
+  OdDbLinePtr line = OdDbLine::createObject();
+  line->setEndPoint({1, 1, 0});
+  const OdDbObjectId lineId = addToModelSpace(db, line.get(), L"L#1");
+  line.release();
+  session.run({"-LAYER", "LOCK", "", "#" + lineId.handle().ascii().toUtf8(), "", ""});
+  EXPECT_TRUE(locked(db, L"L#1"));
+  EXPECT_FALSE(locked(db, L"L51"));
 }
 
 TEST(EscapedNames, PurgeInsertAndLinetypeTakeEscapedNamesAsNames) {

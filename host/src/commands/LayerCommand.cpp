@@ -140,12 +140,14 @@ class LayerEditor {
   std::vector<LayerState*> namesOrSelection(const OdString& prompt) {
     const OdString text = askText(prompt);
     if (!text.isEmpty()) return resolve(splitNameList(text));
-    std::vector<OdString> layerNames;
+    // The layers of the objects, by name (a layer "L#1" is no pattern).
+    std::vector<LayerState*> found;
     for (const OdDbObjectId& id : selectObjects(nullptr, false)) {
       OdDbEntityPtr entity = OdDbEntity::cast(id.openObject().get());
-      if (entity.get()) layerNames.push_back(entity->layer());
+      LayerState* layer = entity.get() ? find(entity->layer()) : nullptr;
+      if (layer && std::find(found.begin(), found.end(), layer) == found.end()) found.push_back(layer);
     }
-    return resolve(layerNames);
+    return found;
   }
 
   template <class Change>
