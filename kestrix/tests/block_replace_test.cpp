@@ -160,10 +160,10 @@ TEST(BlockReplace, PickPathWithItsRefusalsAndCrossingWindow) {
   HostSession session;
   ASSERT_TRUE(session.loadModule());
   OdDbDatabase* db = session.db();
-  const std::string a = "#" + att::reference(db, L"A", 0, {});
-  att::reference(db, L"B", 100, {});
-  nest(db, L"A", L"C");
-  const std::string c = "#" + att::reference(db, L"C", 200, {});
+  const std::string a = "#" + att::reference(db, L"DOOR", 0, {});
+  att::reference(db, L"WIN", 100, {});
+  nest(db, L"DOOR", L"SINK");
+  const std::string c = "#" + att::reference(db, L"SINK", 200, {});
   OdDbObjectId anonymous;
   {
     OdSmartPtr<OdDbSymbolTable> table = OdDbSymbolTable::cast(db->getBlockTableId().safeOpenObject(OdDb::kForWrite));
@@ -186,25 +186,25 @@ TEST(BlockReplace, PickPathWithItsRefusalsAndCrossingWindow) {
   line.release();
   space.release();
 
-  // First pick: a line, an anonymous block, then A (the block to be
+  // First pick: a line, an anonymous block, then DOOR (the block to be
   // replaced); the dialog opens at its second step. Second pick: a missed
-  // point and a crossing window around B's reference and the line.
+  // point and a crossing window around WIN's reference and the line.
   std::string out = session.run({"blockreplace", "3095", lineHandle, anon, a, "3095", "95,60", "102,-5", "N"});
   EXPECT_THAT(out, HasSubstr("Pick a block reference in the drawing.\nSelect a block reference: " + lineHandle +
                              "\nThe object is not a block reference."));
   EXPECT_THAT(out, HasSubstr("The block's name cannot be used; pick another block reference."));
-  EXPECT_THAT(out, HasSubstr("Block A picked."));
-  EXPECT_THAT(out, HasSubstr("3103  text     Replacement for block A\n"));
-  EXPECT_THAT(out, HasSubstr("Block B found."));
+  EXPECT_THAT(out, HasSubstr("Block DOOR picked."));
+  EXPECT_THAT(out, HasSubstr("3103  text     Replacement for block DOOR\n"));
+  EXPECT_THAT(out, HasSubstr("Block WIN found."));
   EXPECT_THAT(out, HasSubstr("1 block references switched."));
-  EXPECT_EQ(referencesIn(db, nullptr), (std::vector<std::string>{"B", "B", "C", "*U7"}));
-  EXPECT_TRUE(hasBlock(db, L"A"));
+  EXPECT_EQ(referencesIn(db, nullptr), (std::vector<std::string>{"WIN", "WIN", "SINK", "*U7"}));
+  EXPECT_TRUE(hasBlock(db, L"DOOR"));
   session.run({"U"});
-  EXPECT_EQ(referencesIn(db, nullptr), (std::vector<std::string>{"A", "B", "C", "*U7"}));
+  EXPECT_EQ(referencesIn(db, nullptr), (std::vector<std::string>{"DOOR", "WIN", "SINK", "*U7"}));
 
-  // Reversed test on this path: A's definition holds C, so A cannot be replaced by C.
-  out = session.run({"blockreplace", "3097=A", "3098", "3095", c});
-  EXPECT_THAT(out, HasSubstr("[Alert] The block C can not be replaced by A"));
+  // Reversed test on this path: DOOR's definition holds SINK, so DOOR cannot be replaced by SINK.
+  out = session.run({"blockreplace", "3097=DOOR", "3098", "3095", c});
+  EXPECT_THAT(out, HasSubstr("[Alert] The block SINK can not be replaced by DOOR"));
   // Picking the same block: the alert and the dialog again; Esc at a pick cancels.
   out = session.run({"blockreplace", "3095", a, "3095", a, "3095", "^C"});
   EXPECT_THAT(out, HasSubstr("[Alert] A block cannot be replaced by itself."));
@@ -212,12 +212,12 @@ TEST(BlockReplace, PickPathWithItsRefusalsAndCrossingWindow) {
   // A block from an external reference is refused with its message.
   {
     OdDbBlockTableRecordPtr block =
-        OdDbBlockTableRecord::cast(db->findRecord(OdDbNameTable::kBlock, L"C").safeOpenObject(OdDb::kForWrite));
+        OdDbBlockTableRecord::cast(db->findRecord(OdDbNameTable::kBlock, L"SINK").safeOpenObject(OdDb::kForWrite));
     block->setBlockFlags(static_cast<OdInt16>(block->blockFlags() | OdDbBlockTableRecord::kExternalReference));
   }
   out = session.run({"blockreplace", "3095", c, "Cancel"});
   EXPECT_THAT(out, HasSubstr("\nThe Block is a xref! can not be used."));
-  EXPECT_THAT(out, Not(HasSubstr("  C\n")));  // nor is it listed
-  EXPECT_EQ(referencesIn(db, nullptr), (std::vector<std::string>{"A", "B", "C", "*U7"}));
+  EXPECT_THAT(out, Not(HasSubstr("SINK\n")));  // nor is it listed
+  EXPECT_EQ(referencesIn(db, nullptr), (std::vector<std::string>{"DOOR", "WIN", "SINK", "*U7"}));
   EXPECT_FALSE(db->isUndoBlockStarted());
 }
