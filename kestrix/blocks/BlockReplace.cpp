@@ -2,6 +2,9 @@
 // another, and the definition no longer used purged when the user says so.
 // The two blocks are named in a two-step dialog (CBloRepDialog) or picked in
 // the drawing; the whole command is one undo group.
+#include <unordered_set>
+#include <vector>
+
 #include "DbBlockReference.h"
 #include "DbBlockTableRecord.h"
 #include "DbDatabase.h"
@@ -56,6 +59,29 @@ bool containsReference(const OdString& name, const OdString& container) {
   return false;
 }
 
+// Whether the definition of container reaches the block target through
+// references at any depth (each definition visited once).
+bool reachesBlock(const OdDbObjectId& container, const OdDbObjectId& target) {
+  std::vector<OdDbObjectId> pending = {container};
+  std::unordered_set<OdDbObjectId> visited = {container};
+  while (!pending.empty()) {
+    OdDbObjectPtr object = pending.back().openObject();
+    pending.pop_back();
+    auto* block = dynamic_cast<OdDbBlockTableRecord*>(object.get());
+    if (!block) continue;
+    for (const OdDbObjectId& id : block->entityIds()) {
+      if (id.isErased()) continue;
+      OdDbObjectPtr entity = id.openObject();
+      auto* reference = dynamic_cast<OdDbBlockReference*>(entity.get());
+      if (!reference) continue;
+      const OdDbObjectId inner = reference->blockTableRecord();
+      if (inner == target) return true;
+      if (visited.insert(inner).second) pending.push_back(inner);
+    }
+  }
+  return false;
+}
+
 void alertCannotReplace(const OdString& first, const OdString& second) {
   OdString text;
   text.format(L"The block %ls can not be replaced by %ls", first.c_str(), second.c_str());
@@ -86,8 +112,16 @@ int switchReferences(const OdString& oldName, const OdString& newName) {
 }
 
 // Asks whether to purge the old definition, then switches the references
-// (and purges). Esc switches nothing.
+// (and purges). Esc switches nothing; nor does a switch that would make a
+// block hold itself.
 void replaceBlock(const OdString& oldName, const OdString& newName) {
+  // The references of the old block inside definitions that the new block
+  // holds (deeper than the direct test looks) would make a block that holds
+  // itself: refused like a direct reference.
+  if (reachesBlock(blockId(newName), blockId(oldName))) {
+    alertCannotReplace(oldName, newName);
+    return;
+  }
   ryedInitGet(0, ResourceString(10001, L"Yes No _Yes No"));
   wchar_t reply[kKeywordReplySize] = {};
   const int status = ryedGetKword(ResourceString(2212), reply, kKeywordReplySize);

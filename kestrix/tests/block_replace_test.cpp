@@ -148,6 +148,13 @@ TEST(BlockReplace, DialogRefusalsChangeNothing) {
   // B holds a reference to A: A cannot be replaced by B.
   out = session.run({"blockreplace", "3097=A", "3098", "3097=B", "3098"});
   EXPECT_THAT(out, HasSubstr("[Alert] The block A can not be replaced by B"));
+  // Nor when B holds A deeper down (B -> D -> A): D would come to hold B.
+  nest(db, L"D", L"A");
+  nest(db, L"E", L"D");
+  out = session.run({"blockreplace", "3097=A", "3098", "3097=E", "3098"});
+  EXPECT_THAT(out, HasSubstr("[Alert] The block A can not be replaced by E"));
+  EXPECT_THAT(out, Not(HasSubstr("Purge")));
+  EXPECT_EQ(referencesIn(db, L"D"), std::vector<std::string>{"A"});
   // Esc at the purge question switches nothing.
   nest(db, L"C", L"A");
   session.run({"blockreplace", "3097=B", "3098", "3097=C", "3098", "^C"});
