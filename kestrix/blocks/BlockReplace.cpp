@@ -2,6 +2,7 @@
 // another, and the definition no longer used purged when the user says so.
 // The two blocks are named in a two-step dialog (CBloRepDialog) or picked in
 // the drawing; the whole command is one undo group.
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -89,22 +90,26 @@ void alertCannotReplace(const OdString& first, const OdString& second) {
 }
 
 // Every reference of the old definition (in any space or block) given the
-// new one; returns how many were switched.
+// new one; returns how many were switched. A reference that cannot be
+// opened for write, such as one on a locked layer, is passed over.
 int switchReferences(const OdString& oldName, const OdString& newName) {
   const OdDbObjectId newId = blockId(newName);
   OdDbObjectPtr object = blockId(oldName).openObject();
   auto* oldBlock = dynamic_cast<OdDbBlockTableRecord*>(object.get());
   if (newId.isNull() || !oldBlock) return 0;
+  std::unordered_map<OdDbObjectId, bool> lockedLayers;
+  const auto onLockedLayer = [&lockedLayers](const OdDbEntity* entity) {
+    auto known = lockedLayers.find(entity->layerId());
+    if (known != lockedLayers.end()) return known->second;
+    OdDbObjectPtr layerObject = entity->layerId().openObject();
+    auto* layer = dynamic_cast<OdDbLayerTableRecord*>(layerObject.get());
+    return lockedLayers.emplace(entity->layerId(), layer && layer->isLocked()).first->second;
+  };
   int switched = 0;
   for (OdDbBlockReferenceIdIteratorPtr it = oldBlock->newBlockReferenceIdIterator(); !it->done(); it->step()) {
-    OdDbObjectPtr entity;
-    try {
-      entity = it->objectId().openObject(OdDb::kForWrite);
-    } catch (const OdError&) {
-      continue;
-    }
+    OdDbObjectPtr entity = it->objectId().openObject();
     auto* reference = dynamic_cast<OdDbBlockReference*>(entity.get());
-    if (!reference) continue;
+    if (!reference || onLockedLayer(reference) || reference->upgradeOpen() != eOk) continue;
     reference->setBlockTableRecord(newId);
     ++switched;
   }

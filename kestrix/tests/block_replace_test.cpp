@@ -157,10 +157,21 @@ TEST(BlockReplace, DialogRefusalsChangeNothing) {
   EXPECT_EQ(referencesIn(db, L"D"), std::vector<std::string>{"A"});
   // Esc at the purge question switches nothing.
   nest(db, L"C", L"A");
+  const std::string onLocked = att::reference(db, L"B", 50, {});
+  {
+    OdDbEntityPtr reference = OdDbEntity::cast(db->getOdDbObjectId(OdDbHandle(onLocked.c_str())).openObject(OdDb::kForWrite).get());
+    reference->setLayer(att::layer(db, L"LOCKED"));
+  }
+  att::layer(db, L"LOCKED", 4);
   session.run({"blockreplace", "3097=B", "3098", "3097=C", "3098", "^C"});
-  EXPECT_EQ(referencesIn(db, nullptr), std::vector<std::string>{"A"});
+  EXPECT_EQ(referencesIn(db, nullptr), (std::vector<std::string>{"A", "B"}));
   EXPECT_EQ(referencesIn(db, L"B"), std::vector<std::string>{"A"});
   EXPECT_FALSE(db->isUndoBlockStarted());
+  // A reference on a locked layer is passed over and not counted.
+  att::block(db, L"F");
+  out = session.run({"blockreplace", "3097=B", "3098", "3097=F", "3098", "No"});
+  EXPECT_THAT(out, HasSubstr("\n0 block references switched."));
+  EXPECT_EQ(referencesIn(db, nullptr), (std::vector<std::string>{"A", "B"}));
 }
 
 TEST(BlockReplace, PickPathWithItsRefusalsAndCrossingWindow) {
