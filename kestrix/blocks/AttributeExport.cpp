@@ -68,6 +68,10 @@ void attoutCommand() {
   ads_name ss = {0, 0};
   const int status = ryedSSGet(nullptr, nullptr, nullptr, filter, ss);
   ryutRelRb(filter);
+  if (status == RTCAN) {
+    ryutPrintf(L"%ls", ResourceString(2021).c_str());
+    return;
+  }
   if (status != RTNORM) {
     ryutPrintf(L"%ls", ResourceString(2235).c_str());
     return;

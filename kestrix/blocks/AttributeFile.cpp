@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cwctype>
+#include <filesystem>
 
 #include "blocks/RyCStdioFile.h"
 #include "rydb.h"
@@ -134,8 +135,16 @@ bool writeAttributeFile(const OdString& path, const std::vector<attoutStruct>& r
     line += L'\n';
     file.WriteString(line.c_str());
   }
-  const bool written = std::ferror(file.m_pStream) == 0;
+  // What is still buffered goes out now: a full disk or a file size limit
+  // shows here, not in the writes before.
+  // A file that ended early is removed, so that no half of it is taken for
+  // the whole (a device such as /dev/full is left alone).
+  const bool written = std::fflush(file.m_pStream) == 0 && std::ferror(file.m_pStream) == 0;
   file.Close();
+  std::error_code ignored;
+  const std::filesystem::path filePath(path.toUtf8());
+  if (!written && std::filesystem::is_regular_file(filePath, ignored))
+    std::filesystem::remove(filePath, ignored);
   return written;
 }
 
@@ -148,28 +157,6 @@ bool isBlank(std::wstring_view text) {
     if (!std::iswspace(static_cast<wint_t>(ch))) return false;
   }
   return true;
-}
-
-// A field a spreadsheet quoted because of what it holds: its text; the field
-// itself otherwise (see the file's description in the header).
-OdString unquoted(std::wstring_view field) {
-  if (field.size() < 2 || field.front() != L'"' || field.back() != L'"') return OdString(field);
-  const std::wstring_view inner = field.substr(1, field.size() - 2);
-  std::wstring text;
-  text.reserve(inner.size());
-  bool needsQuotes = false;
-  for (size_t i = 0; i < inner.size(); ++i) {
-    const wchar_t ch = inner[i];
-    if (ch == L'"') {
-      if (i + 1 >= inner.size() || inner[i + 1] != L'"') return OdString(field);  // a lone quote: not quoted
-      ++i;
-      needsQuotes = true;
-    } else if (ch == L',' || ch == L';') {
-      needsQuotes = true;
-    }
-    text += ch;
-  }
-  return needsQuotes ? OdString(std::move(text)) : OdString(field);
 }
 
 void takeLine(std::wstring_view line, AttributeFileRows& contents) {
@@ -198,8 +185,7 @@ std::vector<OdString> splitFields(std::wstring_view line) {
   size_t start = 0;
   for (;;) {
     const size_t tab = line.find(L'\t', start);
-    fields.push_back(
-        unquoted(line.substr(start, tab == std::wstring_view::npos ? std::wstring_view::npos : tab - start)));
+    fields.emplace_back(line.substr(start, tab == std::wstring_view::npos ? std::wstring_view::npos : tab - start));
     if (tab == std::wstring_view::npos) break;
     start = tab + 1;
   }

@@ -9,20 +9,15 @@
 // column, "<>" where the reference has no attribute of that column ("<>"
 // read back leaves the attribute as it is).
 //
-// Files a spreadsheet saved again as tab-separated text are read too.
-// Spreadsheets write LF or CR LF line ends (older ones a lone CR), keep
-// trailing empty fields, save Unicode text as UTF-8 without a byte-order
-// mark or as UTF-16 with one, and put quotes around a field that holds a
-// quote (some also around one that holds a comma), doubling the quotes in
-// it. So: a byte-order mark (UTF-8, UTF-16) or UTF-8 text is recognised
-// (RyCStdioFile::detectEncoding), CR LF, LF and lone CR all end lines, blank
-// lines and lines of tabs only are passed over, a final line may lack its
-// line end, an empty last field stays a field, and a field quoted because of
-// what it holds ('"..."' with a doubled quote, a comma or a semicolon
-// inside and every inner quote doubled) is taken without its quotes, its
-// doubled quotes made single. Other quoted fields are taken as they stand,
-// so that a value '"A"' that attout wrote comes back as it was. Lines are
-// split at every tab: a value cannot hold a tab or a line break.
+// The file has no quoting: a value is exactly what stands between its tabs,
+// quotes, commas and semicolons included. It is written in the ANSI code
+// page with "\U+XXXX" escapes for what the page lacks (RyCStdioFile), and
+// read back that way, so that an unchanged file changes nothing. Files a
+// spreadsheet saved again are read too: a byte-order mark (UTF-8, UTF-16)
+// selects its encoding, CR LF, LF and lone CR all end lines, blank lines and
+// lines of tabs only are passed over, a final line may lack its line end and
+// an empty last field stays a field. Lines are split at every tab: a value
+// cannot hold a tab or a line break.
 #pragma once
 
 #include <functional>
@@ -127,7 +122,8 @@ void forEachAttribute(const OdDbBlockReference* reference,
 // Handle, block name, unique tags and values of a reference.
 void collectAttributes(const OdDbBlockReference* reference, BlockNames& blockNames, attoutStruct& record);
 
-// Writes the file (encoding 1, escapes on, text mode); false when it cannot be created.
+// Writes the file (encoding 1, escapes on, text mode); false when it cannot
+// be created or could not be written whole (a file cut short is removed).
 bool writeAttributeFile(const OdString& path, const std::vector<attoutStruct>& records,
                         const ColumnList& columns);
 
@@ -138,8 +134,7 @@ struct AttributeFileRows {
   std::vector<attinStruct> rows;  // rows whose value count matched the columns of their time
 };
 
-// The fields of one line split at every tab (none for a line without a tab),
-// each taken without the quotes a spreadsheet put around it.
+// The fields of one line split at every tab (none for a line without a tab).
 std::vector<OdString> splitFields(std::wstring_view line);
 
 // Reads the rest of an open file.

@@ -2,15 +2,18 @@
 // values back into the block references its rows name by handle, in one
 // undo group. Rows whose handle no longer leads to a matching reference can
 // be matched by hand. Layers that are only locked are unlocked for the work
-// and locked again afterwards.
+// and locked again afterwards, inside the same undo group, so that one U
+// restores values and lock states alike.
 #include <algorithm>
 #include <cstdlib>
+#include <unordered_set>
 
 #include "DbSymbolTable.h"
 #include "RyDialogs.h"
 #include "blocks/AttributeFile.h"
 #include "blocks/RyCStdioFile.h"
 #include "frame/Guards.h"
+#include "frame/Names.h"
 #include "frame/ResourceString.h"
 #include "frame/ResultLists.h"
 #include "frame/commands.h"
@@ -68,10 +71,11 @@ bool chooseImportFile(OdString& path) {
   return askFileName(path);
 }
 
-// ---------------------------------------------------------------- layers and undo
+// ---------------------------------------------------------------- layers
 
 // Layers that are locked and nothing else are unlocked while the file is
 // applied and locked again, by the host's LAYER command, on every way out.
+// The names go to the command escaped: a name is a name, not a pattern.
 class UnlockedLayers {
  public:
   UnlockedLayers() {
@@ -80,7 +84,7 @@ class UnlockedLayers {
       const resbuf* flags = findGroup(record, 70);
       if (name && flags && flags->resval.rint == kLockedOnly && unlock(name->resval.rstring)) {
         if (!m_names.isEmpty()) m_names += L",";
-        m_names += name->resval.rstring;
+        m_names += kestrix::wildcardEscaped(name->resval.rstring);
       }
       ryutRelRb(record);
     }
@@ -107,15 +111,6 @@ class UnlockedLayers {
     return done;
   }
   OdString m_names;
-};
-
-// "Undo" "BE" when made, "Undo" "E" when destroyed.
-class UndoGroup {
- public:
-  UndoGroup() { ryedCommand(RTSTR, L"Undo", RTSTR, L"BE", RTNONE); }
-  ~UndoGroup() { ryedCommand(RTSTR, L"Undo", RTSTR, L"E", RTNONE); }
-  UndoGroup(const UndoGroup&) = delete;
-  UndoGroup& operator=(const UndoGroup&) = delete;
 };
 
 // ---------------------------------------------------------------- applying rows
@@ -154,6 +149,9 @@ class RowImporter {
     }
     return updated;
   }
+
+  // Attributes left as they were because their layer stayed locked.
+  size_t skippedOnLockedLayers() const { return m_skipped.size(); }
 
  private:
   // The reference the row's handle leads to, when it is an attributed
@@ -198,7 +196,11 @@ class RowImporter {
   // An attribute on a layer that stayed locked is not written, as the host
   // refuses changes to objects on locked layers.
   bool setText(OdDbAttribute* attribute, const OdString& value) {
-    if (isOnLockedLayer(attribute) || attribute->upgradeOpen() != eOk) return false;
+    if (isOnLockedLayer(attribute)) {
+      m_skipped.insert(attribute->objectId());
+      return false;
+    }
+    if (attribute->upgradeOpen() != eOk) return false;
     attribute->setTextString(value);
     return true;
   }
@@ -316,11 +318,14 @@ class RowImporter {
   UniqueTags m_unique;  // of the reference being applied (kept for its storage)
   BlockNames m_blockNames;
   std::unordered_map<OdDbObjectId, bool> m_lockedLayers;
+  std::unordered_set<OdDbObjectId> m_skipped;
   bool m_askedAboutHand = false;
 };
 
 // ---------------------------------------------------------------- the file
 
+// Reads the file and applies it. Nothing in the drawing changes before the
+// file has been read: the undo group and the unlocked layers come after.
 void importFile(const OdString& path) {
   RyCStdioFile file(RyCStdioFile::kAnsi, true, false);
   if (!file.Open(path.c_str(), CStdioFile::modeRead | CStdioFile::typeText)) {
@@ -328,6 +333,10 @@ void importFile(const OdString& path) {
     return;
   }
   file.detectEncoding();
+  if (file.looksBinary()) {
+    ryutPrintf(ResourceString(2617), path.c_str());
+    return;
+  }
   ryutPrintf(L"%ls", ResourceString(2614).c_str());
   AttributeFileRows contents;
   readAttributeRows(file, contents);
@@ -337,8 +346,12 @@ void importFile(const OdString& path) {
     ryutPrintf(ResourceString(2618), 0);
     return;
   }
-  UndoGroup group;
-  const int updated = RowImporter(contents.columns).run(contents.rows);
+  kestrix::UndoGroup group;
+  UnlockedLayers layers;
+  RowImporter importer(contents.columns);
+  const int updated = importer.run(contents.rows);
+  if (const size_t skipped = importer.skippedOnLockedLayers())
+    ryutPrintf(ResourceString(2625), static_cast<int>(skipped));
   ryutPrintf(ResourceString(2618), updated);
 }
 
@@ -348,6 +361,5 @@ void attinCommand() {
   kestrix::CmdEchoGuard guard;
   OdString path;
   if (!chooseImportFile(path)) return;
-  UnlockedLayers layers;
   importFile(path);
 }

@@ -1,5 +1,8 @@
 #include "blocks/RyCStdioFile.h"
 
+#include <cstring>
+#include <cwchar>
+
 #include "ryed.h"
 
 namespace {
@@ -56,48 +59,6 @@ wchar_t combineSurrogates(int high, int low) {
   return static_cast<wchar_t>(0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00));
 }
 
-// The length of a well-made UTF-8 sequence at bytes[at] (its lead byte beyond ASCII), 0 when it is not one.
-size_t utf8SequenceAt(const std::string& bytes, size_t at) {
-  const auto byte = [&](size_t k) { return static_cast<unsigned char>(bytes[k]); };
-  const unsigned lead = byte(at);
-  size_t length = 0;
-  unsigned low = 0x80, high = 0xBF;  // the range of the second byte
-  if (lead >= 0xC2 && lead <= 0xDF) {
-    length = 2;
-  } else if (lead >= 0xE0 && lead <= 0xEF) {
-    length = 3;
-    if (lead == 0xE0) low = 0xA0;   // no overlong forms
-    if (lead == 0xED) high = 0x9F;  // no surrogates
-  } else if (lead >= 0xF0 && lead <= 0xF4) {
-    length = 4;
-    if (lead == 0xF0) low = 0x90;
-    if (lead == 0xF4) high = 0x8F;
-  } else {
-    return 0;
-  }
-  if (bytes.size() - at < length || byte(at + 1) < low || byte(at + 1) > high) return 0;
-  for (size_t k = at + 2; k < at + length; ++k) {
-    if ((byte(k) & 0xC0) != 0x80) return 0;
-  }
-  return length;
-}
-
-// Whether the bytes beyond ASCII all form UTF-8 sequences, and there is at least one.
-bool isUtf8BeyondAscii(const std::string& bytes) {
-  bool any = false;
-  for (size_t i = 0; i < bytes.size();) {
-    if (static_cast<unsigned char>(bytes[i]) < 0x80) {
-      ++i;
-      continue;
-    }
-    const size_t length = utf8SequenceAt(bytes, i);
-    if (length == 0) return false;
-    any = true;
-    i += length;
-  }
-  return any;
-}
-
 void appendUnits(std::u16string& units, wchar_t ch) {
   const auto code = static_cast<char32_t>(ch);
   if (code >= 0x10000 && code <= 0x10FFFF) {
@@ -129,7 +90,23 @@ BOOL RyCStdioFile::Open(LPCWSTR fileName, UINT openFlags) {
 std::string RyCStdioFile::encode(const wchar_t* text, size_t length) const {
   std::string bytes;
   bytes.reserve(length + 16);
-  const std::wstring_view view(text, length);
+  std::wstring_view view(text, length);
+  std::wstring guarded;
+  if (m_encoding == kAnsi && m_escape) {
+    // A backslash that the reader would take for the start of an escape is
+    // itself written as one.
+    for (size_t i = 0; i < length; ++i) {
+      const bool startsEscape = text[i] == L'\\' && i + 2 < length && text[i + 1] != 0 &&
+                                std::wcschr(L"UuMm", text[i + 1]) && text[i + 2] == L'+';
+      if (startsEscape) {
+        if (guarded.empty()) guarded.assign(text, i);
+        guarded += L"\\U+005C";
+      } else if (!guarded.empty()) {
+        guarded += text[i];
+      }
+    }
+    if (!guarded.empty()) view = guarded;
+  }
   if (m_encoding == kUtf8) {
     static const OdCodePageConverter utf8(kOdCodePageUtf8);
     utf8.encode(view, bytes, OdCodePageConverter::Escaping::kNone);
@@ -299,12 +276,20 @@ int RyCStdioFile::detectEncoding() {
     return m_encoding;
   }
   SeekToBegin();
-  if (m_encoding == kAnsi && !m_ansi.isUtf8()) {
-    std::string bytes;
-    char chunk[1 << 16];
-    for (size_t got; (got = std::fread(chunk, 1, sizeof chunk, m_pStream)) > 0;) bytes.append(chunk, got);
-    if (isUtf8BeyondAscii(bytes)) m_encoding = kUtf8;
-    SeekToBegin();
-  }
   return m_encoding;
+}
+
+bool RyCStdioFile::looksBinary() {
+  if (!IsOpen()) return false;
+  const long position = std::ftell(m_pStream);
+  char chunk[1 << 16];
+  const size_t got = std::fread(chunk, 1, sizeof chunk, m_pStream);
+  std::fseek(m_pStream, position, SEEK_SET);
+  if (m_encoding == kUtf16LittleEndian || m_encoding == kUtf16BigEndian) {
+    for (size_t i = 0; i + 1 < got; i += 2) {
+      if (chunk[i] == 0 && chunk[i + 1] == 0) return true;
+    }
+    return false;
+  }
+  return std::memchr(chunk, 0, got) != nullptr;
 }

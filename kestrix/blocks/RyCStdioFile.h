@@ -12,7 +12,9 @@
 // one character) and "\M+Nxxxx" or "\m+Nxxxx" as the double-byte character
 // xxxx of the code page N selects (1 = 932, 2 = 950, 3 = 949, 4 = 1361,
 // 5 = 936). A backslash that starts no valid escape (nor "\U+0000") stays a
-// literal backslash. With the flag off, unmappable characters are written as
+// literal backslash; so that such a backslash written in a value comes back
+// as itself, a backslash followed by U, u, M or m and a plus sign is written
+// as "\U+005C". With the flag off, unmappable characters are written as
 // "?" and escapes are read as they stand.
 //
 // Line-end flag (off by default): a line feed is written as carriage return
@@ -49,11 +51,14 @@ class RyCStdioFile : public CStdioFile {
   void WriteString(LPCWSTR text) override;
 
   // For a file opened for reading and not read yet: a byte-order mark sets
-  // the encoding it stands for and is passed over; without one, a file whose
-  // bytes beyond ASCII all form UTF-8 sequences (and hold at least one) is
-  // read as UTF-8. Otherwise the encoding stays as it is. Returns the
-  // encoding in force.
+  // the encoding it stands for and is passed over. Without one the encoding
+  // stays as it is: the bytes are never guessed at, since text of the ANSI
+  // code page can look like UTF-8 by chance. Returns the encoding in force.
   int detectEncoding();
+  // Whether the text still to be read holds a NUL character (a NUL byte in
+  // the 8-bit encodings, a NUL code unit in UTF-16) within its first 64 KiB:
+  // such a file is no text file. The read position is kept.
+  bool looksBinary();
 
  private:
   std::string encode(const wchar_t* text, size_t length) const;

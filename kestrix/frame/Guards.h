@@ -1,6 +1,6 @@
 // Guards that put the host's state back on every way out of a command:
-// "cmdecho" quieted while a command works, and any system variable the
-// command changes for its own work.
+// "cmdecho" quieted while a command works, any system variable the command
+// changes for its own work, and the command's undo group.
 #pragma once
 
 #include <vector>
@@ -43,6 +43,16 @@ class CmdEchoGuard {
 
  private:
   SysVarSaver m_echo;
+};
+
+// The undo group of a command: the host command "Undo" with "BE" when made
+// and with "E" when destroyed, so that one U reverses all the command did.
+class UndoGroup {
+ public:
+  UndoGroup();
+  ~UndoGroup();
+  UndoGroup(const UndoGroup&) = delete;
+  UndoGroup& operator=(const UndoGroup&) = delete;
 };
 
 }  // namespace kestrix

@@ -7,6 +7,7 @@
 
 #include "DbEntity.h"
 #include "frame/Guards.h"
+#include "frame/Names.h"
 #include "frame/ResourceString.h"
 #include "frame/ResultLists.h"
 #include "frame/commands.h"
@@ -33,7 +34,9 @@ void appendShort(resbuf*& head, resbuf**& tail, int code, short value) {
   tail = &rb->rbnext;
 }
 
-// The filter that matches the sample's chosen properties.
+// The filter that matches the sample's chosen properties. The filter reads
+// wildcards, so the sample's block and layer names go in escaped: "*U1"
+// selects that block only, not every name ending in "U1".
 resbuf* filterFromSample(const resbuf* sample, unsigned properties) {
   resbuf* head = nullptr;
   resbuf** tail = &head;
@@ -43,11 +46,11 @@ resbuf* filterFromSample(const resbuf* sample, unsigned properties) {
   }
   if (properties & kBlock) {
     const resbuf* name = findGroup(sample, 2);
-    appendString(head, tail, 2, name ? name->resval.rstring : L"");
+    appendString(head, tail, 2, kestrix::wildcardEscaped(name ? name->resval.rstring : L"").c_str());
   }
   if (properties & kLayer) {
     const resbuf* layer = findGroup(sample, 8);
-    appendString(head, tail, 8, layer ? layer->resval.rstring : L"0");
+    appendString(head, tail, 8, kestrix::wildcardEscaped(layer ? layer->resval.rstring : L"0").c_str());
   }
   if (properties & kColor) {
     const resbuf* color = findGroup(sample, 62);
@@ -138,20 +141,23 @@ void getselCommand() {
   for (;;) {
     ryedInitGet(0, L"Pick _Pick");
     wchar_t reply[512] = {};
-    int status = ryedGetString(1, ResourceString(14706, L"\nLayer names <*> or [Pick]: "), reply, 512);
+    int status = ryedGetString(1, ResourceString(14706), reply, 512);
     if (status == RTKWORD || (status == RTNORM && (std::wcscmp(reply, L"P") == 0 || std::wcscmp(reply, L"p") == 0))) {
       ads_name sample;
       ads_point picked;
       if (ryedEntSel(ResourceString(14702), sample, picked) != RTNORM) continue;
       resbuf* list = rydbEntGet(sample);
-      if (const resbuf* layer = findGroup(list, 8)) std::wcsncpy(layers, layer->resval.rstring, 511);
-      if (const resbuf* type = findGroup(list, 0)) std::wcsncpy(types, type->resval.rstring, 511);
+      // The sample's names are names: escaped before they go into the filter.
+      if (const resbuf* layer = findGroup(list, 8))
+        std::wcsncpy(layers, kestrix::wildcardEscaped(layer->resval.rstring).c_str(), 511);
+      if (const resbuf* type = findGroup(list, 0))
+        std::wcsncpy(types, kestrix::wildcardEscaped(type->resval.rstring).c_str(), 511);
       ryutRelRb(list);
       break;
     }
     if (status != RTNORM) return;
     if (*reply) std::wcsncpy(layers, reply, 511);
-    status = ryedGetString(0, ResourceString(14707, L"\nObject types <*>: "), reply, 512);
+    status = ryedGetString(0, ResourceString(14707), reply, 512);
     if (status != RTNORM) return;
     if (*reply) std::wcsncpy(types, reply, 511);
     break;
@@ -167,7 +173,7 @@ void getselCommand() {
   dropViewports(ss);
   OdInt32 length = 0;
   ryedSSLength(ss, &length);
-  ryutPrintf(formatResource(14708, L"\n%d objects selected.", static_cast<int>(length)));
+  ryutPrintf(formatResource(14708, L"error", static_cast<int>(length)));
   ryedSSSetFirst(ss, ss);
   ryedSSFree(ss);
 }

@@ -10,7 +10,7 @@ const std::vector<KestrixCommand>& kestrixCommandTable() {
     {L"EvKestrixTools", L"attout", 64000, 2, &attoutCommand},
     {L"EvKestrixTools", L"attin", 64001, 0, &attinCommand},
     {L"EvKestrixTools", L"blocktoxref", 64002, 0, &notAvailableCommand},
-    {L"EvKestrixTools", L"blockreplace", 64003, 0x2000000, &notAvailableCommand},
+    {L"EvKestrixTools", L"blockreplace", 64003, 0x2000000, &blockreplaceCommand},
     {L"EvKestrixTools", L"-xlist", 64004, 1, &notAvailableCommand},
     {L"EvKestrixTools", L"xlist", 64005, 1, &notAvailableCommand},
     {L"EvKestrixTools", L"ncopy", 64006, 0, &notAvailableCommand},

@@ -30,6 +30,9 @@ void notAvailableCommand();
 void attoutCommand();
 void attinCommand();
 
+// Block replacement (blocks/BlockReplace.cpp).
+void blockreplaceCommand();
+
 // Selection by sample (frame/SelectionBySample.cpp).
 void getselCommand();
 void getBlkSelCommand();

@@ -3,6 +3,9 @@
 // forms of rows, locked layers, the question and the matching by hand,
 // the command-line file name, and corpus drawings.
 #include <gmock/gmock.h>
+#include <sys/resource.h>
+
+#include <csignal>
 
 #include "OdEdCommandStack.h"
 #include "att_support.h"
@@ -171,6 +174,48 @@ TEST(AttributeCommands, OnlyLayersThatAreJustLockedAreUnlockedAndLockedAgain) {
   EXPECT_EQ(att::layerFlags(session.db(), L"L2"), 5);
 }
 
+TEST(AttributeCommands, LayersAreLockedAgainByNameAndOneUndoRestoresAll) {
+  HostSession session;
+  ASSERT_TRUE(session.loadModule());
+  // Each locked layer's name holds a wildcard character that a layer name
+  // may hold; its unlocked neighbour is what that name would match as a
+  // pattern. (* ? , and the reverse quote are refused in record names.)
+  const std::pair<const wchar_t*, const wchar_t*> names[] = {
+      {L"L#1", L"L51"}, {L"L@1", L"LA1"}, {L"L.1", L"L_1"}, {L"~L", L"M"},
+      {L"[L]", L"L"},   {L"L-1", L"L-2"}, {L"A[B]C", L"ABC"},
+  };
+  std::vector<OdDbObjectId> layers;
+  for (const auto& [locked, neighbour] : names) {
+    layers.push_back(att::layer(session.db(), locked));
+    att::layer(session.db(), neighbour);
+  }
+  layers.push_back(att::layer(session.db(), L"FROZEN"));
+  const auto h = plainReferences(session.db(), static_cast<int>(layers.size()), layers);
+  for (const auto& [locked, neighbour] : names) att::layer(session.db(), locked, 4);
+  att::layer(session.db(), L"FROZEN", 5);
+  const auto before = att::attributeValues(session.db());
+  const std::string path = att::tempPath("names.txt");
+  std::string file = "HANDLE\tBLOCKNAME\tV\n";
+  for (const std::string& handle : h) file += "'" + handle + "\tB\tnew\n";
+  att::writeBytes(path, file);
+
+  const std::string out = session.run({"attin", path});
+  EXPECT_THAT(out, HasSubstr("\n1 attributes on locked layers were left as they were.\n7 block references updated."));
+  const auto expectLocks = [&](const char* when) {
+    for (const auto& [locked, neighbour] : names) {
+      EXPECT_EQ(att::layerFlags(session.db(), locked), 4) << when << " " << OdString(locked).toUtf8();
+      EXPECT_EQ(att::layerFlags(session.db(), neighbour), 0) << when << " " << OdString(neighbour).toUtf8();
+    }
+    EXPECT_EQ(att::layerFlags(session.db(), L"FROZEN"), 5) << when;
+  };
+  expectLocks("after attin");
+  EXPECT_EQ(valueOf(session, h[0]) + valueOf(session, h[6]) + valueOf(session, h[7]), L"newnew0");
+
+  session.run({"U"});
+  EXPECT_EQ(att::attributeValues(session.db()), before);
+  expectLocks("after U");
+}
+
 TEST(AttributeCommands, UnmatchedRowsStopOnNoAndGoByHandOnYes) {
   const std::string path = att::tempPath("hand.txt");
   {
@@ -240,6 +285,41 @@ TEST(AttributeCommands, ExportReportsWhatItCannotDo) {
               HasSubstr("[Alert] The file /proc/att.txt cannot be created."));
   // Esc in the dialog: nothing selected, nothing written.
   EXPECT_THAT(session.run({"attout", "^C"}), Not(HasSubstr("Select objects")));
+  // Esc at the selection is a cancel, not an empty selection.
+  const std::string cancelled = session.run({"attout", path, "^C"});
+  EXPECT_THAT(cancelled, HasSubstr("*Cancel*"));
+  EXPECT_THAT(cancelled, Not(HasSubstr("No block references")));
+  // A write that ends early (here at a file size limit, as on a full disk)
+  // is no export, and leaves no half file behind.
+  plainReferences(session.db(), 200);
+  const std::string cut = att::tempPath("cut.txt");
+  std::filesystem::remove(cut);
+  rlimit previous{};
+  getrlimit(RLIMIT_FSIZE, &previous);
+  rlimit small = previous;
+  small.rlim_cur = 1000;
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  setrlimit(RLIMIT_FSIZE, &small);
+  const std::string out = session.run({"attout", cut, "ALL", ""});
+  setrlimit(RLIMIT_FSIZE, &previous);
+  std::signal(SIGXFSZ, handler);
+  EXPECT_THAT(out, HasSubstr("[Alert] The file " + cut + " cannot be created."));
+  EXPECT_THAT(out, Not(HasSubstr("Attributes exported")));
+  EXPECT_FALSE(std::filesystem::exists(cut));
+}
+
+TEST(AttributeCommands, ABinaryFileIsRefusedWithAWarning) {
+  HostSession session;
+  ASSERT_TRUE(session.loadModule());
+  const auto h = plainReferences(session.db(), 1);
+  const std::string path = att::tempPath("drawing.bin");
+  att::writeBytes(path, "HANDLE\tBLOCKNAME\tV\n'" + h[0] + std::string("\tB\tx\0\0\n", 7));
+  CommandLog log;
+  const std::string out = session.run({"attin", path});
+  EXPECT_THAT(out, HasSubstr(path + " is not a text file; nothing was read."));
+  EXPECT_THAT(out, Not(HasSubstr("block references updated")));
+  EXPECT_EQ(valueOf(session, h[0]), L"0");
+  EXPECT_EQ(log.started, std::vector<std::string>{"attin"});
 }
 
 TEST(AttributeCommands, CorpusDrawingsGoThereAndBack) {

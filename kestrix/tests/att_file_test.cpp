@@ -94,14 +94,30 @@ TEST(EncodedTextFile, ReadsEscapesOfEitherCaseAndLeavesOtherBackslashes) {
   EXPECT_EQ(readBack(bytes, 1), (Lines{L"\u4E2D\u03A9\U0001F600"}));
 }
 
-TEST(EncodedTextFile, RecognisesByteOrderMarksAndUtf8) {
+TEST(EncodedTextFile, RecognisesByteOrderMarksOnlyAndTellsBinaryFiles) {
   HostSession session;
   EXPECT_EQ(detected("\xEF\xBB\xBFHANDLE"), RyCStdioFile::kUtf8);
   EXPECT_EQ(detected("\xFF\xFEH\0"), RyCStdioFile::kUtf16LittleEndian);
   EXPECT_EQ(detected("\xFE\xFF\0H"), RyCStdioFile::kUtf16BigEndian);
-  EXPECT_EQ(detected("caf\xC3\xA9"), RyCStdioFile::kUtf8);
-  EXPECT_EQ(detected("caf\xE9 \xC3\xA9"), RyCStdioFile::kAnsi);
+  // Code-page text that happens to form UTF-8 is still code-page text.
+  EXPECT_EQ(detected("caf\xC3\xA9"), RyCStdioFile::kAnsi);
   EXPECT_EQ(detected("plain"), RyCStdioFile::kAnsi);
+
+  const auto binary = [](const std::string& bytes) {
+    const std::string path = att::tempPath("binary.bin");
+    att::writeBytes(path, bytes);
+    RyCStdioFile file;
+    file.Open(OdString(path).c_str(), CStdioFile::modeRead);
+    file.detectEncoding();
+    const bool result = file.looksBinary();
+    OdString first;
+    file.ReadString(first);  // the position was kept
+    return std::make_pair(result, first.toUtf8());
+  };
+  EXPECT_TRUE(binary(std::string("PK\3\4\0\0x", 7)).first);
+  EXPECT_EQ(binary("HANDLE\tBLOCKNAME\r\n"), std::make_pair(false, std::string("HANDLE\tBLOCKNAME")));
+  // UTF-16 text has zero bytes but no zero code unit.
+  EXPECT_EQ(binary(utf16le(L"H\tB")), std::make_pair(false, std::string("H\tB")));
 }
 
 TEST(AttributeFiles, FilesSavedAgainBySpreadsheetsAreAccepted) {
@@ -116,12 +132,12 @@ TEST(AttributeFiles, FilesSavedAgainBySpreadsheetsAreAccepted) {
     return all[h[i] + "/0"] + L"|" + all[h[i] + "/1"];
   };
   const std::string header = "HANDLE\tBLOCKNAME\tV\tW";
-  // Line feeds only, a line of tabs, quoted fields, an empty last field,
-  // blank lines and a last line without its line end.
+  // Line feeds only, a line of tabs, quotes (kept: the file has no quoting),
+  // an empty last field, blank lines and a last line without its line end.
   att::writeBytes(path, header + "\n\t\t\t\n'" + h[0] + "\tB\t\"5\"\" pipe, steel\"\t\n'" + h[1] +
                             "\tB\t\"quoted\"\t<>\n\n  \n'" + h[2] + "\tB\tlast\tend");
   EXPECT_THAT(session.run({"attin", path}), HasSubstr("3 block references updated."));
-  EXPECT_EQ(values(0), L"5\" pipe, steel|");
+  EXPECT_EQ(values(0), L"\"5\"\" pipe, steel\"|");
   EXPECT_EQ(values(1), L"\"quoted\"|w");
   EXPECT_EQ(values(2), L"last|end");
 
@@ -135,7 +151,8 @@ TEST(AttributeFiles, FilesSavedAgainBySpreadsheetsAreAccepted) {
            "\tB\tGr\xC3\xB6\xC3\x9F"
            "e\t<>\r\n",
        0, L"Gr\u00F6\u00DFe|"},
-      {header + "\n'" + h[1] + "\tB\tna\xC3\xAFve\t<>\n", 1, L"na\u00EFve|w"},
+      // Without a byte-order mark the file is code-page text, whatever it looks like.
+      {header + "\n'" + h[1] + "\tB\tna\xC3\xAFve\t<>\n", 1, L"na\u00C3\u00AFve|w"},
       {utf16le(OdString(header + "\r\n'" + h[1] + "\tB\t").str() + L"\u4E2D\u6587\t<>\r\n"), 1,
        L"\u4E2D\u6587|w"},
       {header + "\r'" + h[2] + "\tB\tmac\t<>\r", 2, L"mac|end"},
@@ -164,4 +181,28 @@ TEST(AttributeFiles, CharactersOutsideTheCodePageAreEscapedAndComeBack) {
     EXPECT_THAT(session.run({"attin", path}), HasSubstr("0 block references updated.")) << codePage;
     EXPECT_EQ(att::attributeValues(session.db()), before) << codePage;
   }
+}
+
+TEST(AttributeFiles, AnUnchangedFileChangesNothing) {
+  HostSession session;
+  ASSERT_TRUE(session.loadModule());
+  // Quotes, separators, code-page text that looks like UTF-8, text beyond
+  // the code page, and text that looks like the file's own escapes.
+  const std::vector<std::wstring> values = {
+      L"\"a,b\"", L"x;y", L"say \"\"hi\"\"", L"\"", L"\u00C3\u00A9", L"\u4E2D\u6587",
+      L"\\U+4E2D", L"C:\\M+12345\\u+00e9", L"\\U+D83D\\U+DE00", L"end\\",
+  };
+  std::vector<att::Attribute> attributes;
+  for (size_t i = 0; i < values.size(); ++i) attributes.push_back({L"T" + std::to_wstring(i), values[i]});
+  att::reference(session.db(), L"B", 0, attributes);
+  const auto before = att::attributeValues(session.db());
+  const std::string path = att::tempPath("unchanged.txt");
+  att::exportAll(session, path);
+  // Worked out by hand: 1252 bytes, the backslashes that would start an
+  // escape written as escapes themselves.
+  EXPECT_THAT(att::readBytes(path),
+              HasSubstr("\t\"a,b\"\tx;y\tsay \"\"hi\"\"\t\"\t\xC3\xA9\t\\U+4E2D\\U+6587\t\\U+005CU+4E2D\t"
+                        "C:\\U+005CM+12345\\U+005Cu+00e9\t\\U+005CU+D83D\\U+005CU+DE00\tend\\\r\n"));
+  EXPECT_THAT(session.run({"attin", path}), HasSubstr("\n0 block references updated."));
+  EXPECT_EQ(att::attributeValues(session.db()), before);
 }

@@ -313,3 +313,35 @@ TEST(FrameNesting, FramesFitOnSheetsWithoutOverlapAndAnEndlessStrip) {
   EXPECT_EQ(nest(placed.data(), 1, bad.data(), &summary), -1);
   dlclose(module);
 }
+
+TEST(SelectionBySample, NamesOfTheSampleAreMatchedAsNamesNotPatterns) {
+  HostSession session;
+  session.loadModule();
+  OdDbDatabase* db = session.db();
+  for (const wchar_t* layer : {L"A.B", L"A-B"}) {
+    OdSmartPtr<OdDbSymbolTable> table = OdDbSymbolTable::cast(db->getLayerTableId().safeOpenObject(OdDb::kForWrite));
+    OdSmartPtr<OdDbLayerTableRecord> record = OdDbLayerTableRecord::createObject();
+    record->setName(layer);
+    table->add(record.get());
+  }
+  // As patterns, "*U1" would take "XU1", "B#1" would take "B51" and "A.B" would take "A-B".
+  addBlockWithReferences(db, L"*U1", 2, L"A.B");
+  addBlockWithReferences(db, L"XU1", 3, L"A-B");
+  addBlockWithReferences(db, L"B#1", 1, L"A-B");
+  addBlockWithReferences(db, L"B51", 4, L"A-B");
+  const OdDbObjectIdArray all = session.modelSpace();
+  auto& pickFirst = session.host().current()->selections().pickFirst();
+  const auto handOn = [&](const char* command, int sample) {
+    pickFirst.clear();
+    session.run({command, "#" + all[sample].handle().ascii().toUtf8(), ""});
+    return pickFirst.size();
+  };
+  EXPECT_EQ(handOn("getBlkSel", 0), 2u);
+  EXPECT_EQ(handOn("getBlkSel", 5), 1u);
+  EXPECT_EQ(handOn("getLaySel", 0), 2u);
+  EXPECT_EQ(handOn("getLaySel", 2), 8u);
+  // getsel's pick takes the sample's layer by name too.
+  pickFirst.clear();
+  session.run({"getsel", "P", "#" + all[1].handle().ascii().toUtf8()});
+  EXPECT_EQ(pickFirst.size(), 2u);
+}

@@ -81,15 +81,33 @@ std::vector<OdDbObjectId> selectObjects(const resbuf* filter, bool refuseLocked)
 
 std::vector<OdString> splitNameList(const OdString& text) {
   std::vector<OdString> names;
-  int start = 0;
-  for (;;) {
-    const int comma = text.find(L',', start);
-    OdString name = text.mid(start, comma < 0 ? -1 : comma - start);
+  const auto add = [&names](OdString name) {
     name.trimLeft().trimRight();
     if (!name.isEmpty()) names.push_back(name);
-    if (comma < 0) return names;
-    start = comma + 1;
+  };
+  const int length = text.getLength();
+  int start = 0;
+  for (int i = 0; i < length; ++i) {
+    if (text[i] == L'`') {
+      ++i;  // the escaped character belongs to the name, a comma too
+    } else if (text[i] == L',') {
+      add(text.mid(start, i - start));
+      start = i + 1;
+    }
   }
+  add(text.mid(start));
+  return names;
+}
+
+OdString literalName(const OdString& typed) {
+  if (typed.find(L'`') < 0) return typed;
+  std::wstring name;
+  const int length = typed.getLength();
+  for (int i = 0; i < length; ++i) {
+    if (typed[i] == L'`' && i + 1 < length) ++i;
+    name += typed[i];
+  }
+  return OdString(name);
 }
 
 bool nameMatches(const OdString& name, const OdString& pattern) {

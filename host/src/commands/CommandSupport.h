@@ -47,8 +47,13 @@ std::vector<OdDbObjectId> selectObjects(const resbuf* filter = nullptr, bool ref
 
 // ---------------------------------------------------------------- names
 
-// "A, B,C" -> {"A", "B", "C"} (empty items dropped).
+// "A, B,C" -> {"A", "B", "C"} (empty items dropped). A comma after a reverse
+// quote is part of its name ("A`,B" is one pattern that matches the name "A,B").
 std::vector<OdString> splitNameList(const OdString& text);
+// A name typed where one record is meant, with its reverse-quote escapes
+// taken off ("L`#1" names the record "L#1"), so that a name escaped for the
+// pattern prompts is accepted there too.
+OdString literalName(const OdString& typed);
 // Wildcard match of a record name against one pattern, ignoring letter case.
 bool nameMatches(const OdString& name, const OdString& pattern);
 // A name a symbol-table record may carry (no <>/\":;?*|,=` and not empty).

@@ -283,7 +283,7 @@ BlockSource askBlock() {
       }
       return source;
     }
-    source.block = findBlock(typed);
+    source.block = findBlock(cmdsupport::literalName(typed));
     if (!source.block.isNull()) {
       OdDbBlockTableRecordPtr block = openBlock(source.block);
       if (isInsertable(block.get())) {

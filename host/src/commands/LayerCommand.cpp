@@ -140,12 +140,14 @@ class LayerEditor {
   std::vector<LayerState*> namesOrSelection(const OdString& prompt) {
     const OdString text = askText(prompt);
     if (!text.isEmpty()) return resolve(splitNameList(text));
-    std::vector<OdString> layerNames;
+    // The layers of the objects, by name (a layer "L#1" is no pattern).
+    std::vector<LayerState*> found;
     for (const OdDbObjectId& id : selectObjects(nullptr, false)) {
       OdDbEntityPtr entity = OdDbEntity::cast(id.openObject().get());
-      if (entity.get()) layerNames.push_back(entity->layer());
+      LayerState* layer = entity.get() ? find(entity->layer()) : nullptr;
+      if (layer && std::find(found.begin(), found.end(), layer) == found.end()) found.push_back(layer);
     }
-    return resolve(layerNames);
+    return found;
   }
 
   template <class Change>
@@ -205,7 +207,7 @@ class LayerEditor {
     if (name.isEmpty()) {
       layer = pickedLayer();
       if (!layer) return;
-    } else if (!(layer = find(name))) {
+    } else if (!(layer = find(literalName(name)))) {
       say(L"\nCannot find layer " + quoted(name) + L".");
       return;
     }
@@ -311,7 +313,7 @@ class LayerEditor {
         listLinetypes();
         continue;
       }
-      linetype = m_db->findRecord(OdDbNameTable::kLinetype, name);
+      linetype = m_db->findRecord(OdDbNameTable::kLinetype, literalName(name));
       if (!linetype.isNull() && linetype != m_db->getLinetypeByLayerId() &&
           linetype != m_db->getLinetypeByBlockId())
         break;

@@ -295,6 +295,7 @@ class LinetypeEditor {
         listLoaded();
         continue;
       }
+      name = literalName(name);
       if (!isKnown(name)) {
         say(L"\nLinetype " + quoted(name) + L" not found.  Use the Load option to load it.");
         continue;

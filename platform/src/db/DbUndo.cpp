@@ -14,7 +14,10 @@ void OdDbUndoController::startRecord() {
 
 void OdDbUndoController::beginGroup() {
   if (m_groupDepth++ == 0) {
-    pushRecord();
+    // A group opened before anything was recorded (at the start of a
+    // command) joins that record: one step, not an empty one and the group.
+    const bool lastIsEmpty = !m_records.empty() && m_records.back().entries.empty() && m_records.back().header.empty();
+    if (!lastIsEmpty) pushRecord();
     m_groupHasRecord = true;
   }
 }

@@ -158,6 +158,21 @@ TEST(Undo, GroupsMakeOneStepAndBlockingStopsRecording) {
   db->blockUndoRecording(false);
   db->undo();
   EXPECT_EQ(x(), 7);
+
+  // A command's record with nothing in it yet takes the group that opens
+  // first in it: one undo reverses the group and what the record held
+  // before it, and the step before stays.
+  db->startUndoRecord();
+  setX(8);
+  db->startUndoRecord();
+  db->beginUndoGroup();
+  setX(9);
+  db->endUndoGroup();
+  setX(10);
+  db->undo();
+  EXPECT_EQ(x(), 8);
+  db->undo();
+  EXPECT_EQ(x(), 7);
 }
 
 TEST(ExtendedData, ReplacesPerApplicationAndNeedsRegisteredNames) {
