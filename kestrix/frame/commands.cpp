@@ -78,7 +78,7 @@ const std::vector<KestrixCommand>& kestrixCommandTable() {
     {L"EvKestrixTools", L"copym", 64062, 2, &notAvailableCommand},
     {L"EvKestrixTools", L"exoffset", 64063, 2, &notAvailableCommand},
     {L"EvKestrixTools", L"mpedit", 64064, 2, &notAvailableCommand},
-    {L"EvKestrixTools", L"Overkill", 64065, 2, &notAvailableCommand},
+    {L"EvKestrixTools", L"Overkill", 64065, 2, &overkillCommand},
     {L"EvKestrixTools", L"extrim", 64066, 0, &notAvailableCommand},
     {L"EVKESTRIXTOOLSCMD", L"AlignTool", 64067, 2, &notAvailableCommand},
     {L"EVKESTRIXTOOLSCMD", L"ArrangeTool", 64068, 2, &notAvailableCommand},

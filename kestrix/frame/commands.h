@@ -39,3 +39,6 @@ void getColSelCommand();
 void getEntLaySelCommand();
 void getEntColSelCommand();
 void getLayColSelCommand();
+
+// Duplicate removal and the break line (curves/Overkill.cpp, curves/BreakLine.cpp).
+void overkillCommand();
