@@ -85,7 +85,7 @@ const std::vector<KestrixCommand>& kestrixCommandTable() {
     {L"EVKESTRIXTOOLSCMD", L"LayoutByPath", 64069, 0, &notAvailableCommand},
     {L"EVKESTRIXTOOLSCMD", L"AreaSum", 64070, 0, &notAvailableCommand},
     {L"EvKestrixTools", L"breakobject", 64184, 0, &notAvailableCommand},
-    {L"EvKestrixTools", L"breakline", 64071, 0, &notAvailableCommand},
+    {L"EvKestrixTools", L"breakline", 64071, 0, &breaklineCommand},
     {L"EvKestrixTools", L"spline2line", 64074, 0, &notAvailableCommand},
     {L"EvKestrixTools", L"superhatch", 64075, 0x2000000, &notAvailableCommand},
     {L"EvKestrixTools", L"RY_boolop", 64076, 0, &notAvailableCommand},

@@ -42,3 +42,4 @@ void getLayColSelCommand();
 
 // Duplicate removal and the break line (curves/Overkill.cpp, curves/BreakLine.cpp).
 void overkillCommand();
+void breaklineCommand();
