@@ -29,6 +29,8 @@ for e in doc.modelspace():
         rows.append((t, d.layer, p(d.center), r(d.radius)))
     elif t == "LWPOLYLINE":
         rows.append((t, d.layer, e.closed, tuple(p(v) for v in e.get_points("xyb"))))
+    elif t == "POLYLINE":
+        rows.append((t, d.layer, e.is_closed, tuple(p(v.dxf.location) for v in e.vertices)))
     elif t in ("TEXT", "MTEXT"):
         rows.append((t, d.layer, e.plain_text() if t == "MTEXT" else d.text, p(d.insert)))
     else:

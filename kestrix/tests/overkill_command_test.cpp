@@ -7,6 +7,8 @@
 #include <cstdio>
 
 #include "DbPolyline.h"
+#include "DbSolid.h"
+#include "DbText.h"
 #include "att_support.h"
 
 using testing::HasSubstr;
@@ -179,6 +181,38 @@ TEST(OverkillCommand, MergedLinesKeepTheSurvivorsHandleAndOneUndoRestoresAll) {
   EXPECT_EQ(OdDbPolyline::cast(plineId.safeOpenObject())->numVerts(), 4u);
 }
 
+TEST(OverkillCommand, OtherKindsCompareTheirDataWithinTheToleranceOrAsRecordedBytes) {
+  HostSession session;
+  ASSERT_TRUE(session.loadModule());
+  auto text = [&](const wchar_t* string, double x) {
+    OdSmartPtr<OdDbText> entity = OdDbText::createObject();
+    entity->setTextString(string);
+    entity->setPosition({x, 0, 0});
+    entity->setHeight(2.5);
+    return modelSpace(session.db())->appendOdDbEntity(entity.get());
+  };
+  text(L"A-1", 0);
+  text(L"A-1", 5e-7);  // within the tolerance
+  text(L"A-2", 0);     // another string
+  text(L"A-1", 1e-3);  // elsewhere
+  // Faces have no comparator of their own: their recorded data is compared
+  // with doubles rounded to 5 decimals.
+  auto face = [&](double x) {
+    OdSmartPtr<OdDbFace> entity = OdDbFace::createObject();
+    entity->setVertexAt(0, {0, 0, 0});
+    entity->setVertexAt(1, {x, 0, 0});
+    entity->setVertexAt(2, {1, 1, 0});
+    entity->setVertexAt(3, {1, 1, 0});
+    return modelSpace(session.db())->appendOdDbEntity(entity.get());
+  };
+  face(1.0);
+  face(1.000004);
+  face(1.0001);
+  const std::string output = overkill(session);
+  EXPECT_THAT(output, HasSubstr("\n2 duplicate objects deleted.\n0 overlapping objects deleted or combined."));
+  EXPECT_EQ(session.modelSpace().size(), 5u);
+}
+
 // Every entity of a corpus drawing copied over itself, and every line and
 // arc once more as its shifted second half: Overkill brings the drawing back
 // to what one run makes of the original, as ezdxf reads both.
@@ -220,4 +254,5 @@ TEST_P(OverkillCorpus, CopiesOverThemselvesAndShiftedHalvesGoAgain) {
 
 INSTANTIATE_TEST_SUITE_P(Drawings, OverkillCorpus,
                          testing::Values("examples_edgeminer_2_polylines.dxf", "examples_addons_optimize_forms.dxf",
-                                         "examples_edgeminer_6_closed_loop_with_arcs.dxf"));
+                                         "examples_edgeminer_6_closed_loop_with_arcs.dxf",
+                                         "integration_tests_data_cc_dxflib.dxf"));
