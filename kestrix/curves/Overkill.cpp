@@ -329,6 +329,10 @@ class OverkillRun {
       auto equal = [&](size_t i, size_t j) {
         const OdDbEntity *a = entities[i].get(), *b = entities[j].get();
         if (!sameCommonProperties(a, b, m_options)) return false;
+        // The radius ratio of ellipses is held to 1e-8 whatever the tolerance.
+        if (const auto *ea = dynamic_cast<const OdDbEllipse*>(a), *eb = dynamic_cast<const OdDbEllipse*>(b);
+            ea && eb && !(std::fabs(ea->radiusRatio() - eb->radiusRatio()) < 1e-8))
+          return false;
         return own ? records[i].sameAs(records[j], tol) : sameRecordedData(a, b);
       };
       removeEqualMembers(ids, keys, own ? tol : 1.0, equal, [&](size_t j) {

@@ -139,6 +139,9 @@ TEST(BreakLineCommand, EscAtTheSecondPointOrTheLocationLeavesNothingAndRestoresV
   EXPECT_EQ(session.modelSpace().size(), 1u);
   session.run({"breakline", "0,0", "30,0", "^C"});
   EXPECT_EQ(session.modelSpace().size(), 1u);
+  session.run({"breakline", "P", "^C"});
+  session.run({"breakline", "P", "0,50", "^C"});
+  EXPECT_EQ(session.modelSpace().size(), 1u);
   EXPECT_EQ(shortVariable("OSMODE"), 33);
   EXPECT_EQ(shortVariable("CMDECHO"), 1);
   EXPECT_TRUE(OdDbLine::cast(session.modelSpace()[0].safeOpenObject())->startPoint().isEqualTo({0, 50, 0}));

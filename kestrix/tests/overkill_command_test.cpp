@@ -208,9 +208,18 @@ TEST(OverkillCommand, OtherKindsCompareTheirDataWithinTheToleranceOrAsRecordedBy
   face(1.0);
   face(1.000004);
   face(1.0001);
+  // Ellipses whose radius ratios differ by 5e-8 stay, though that is well within the tolerance.
+  auto ellipse = [&](double ratio) {
+    OdSmartPtr<OdDbEllipse> entity = OdDbEllipse::createObject();
+    entity->set({50, 50, 0}, {0, 0, 1}, {10, 0, 0}, ratio);
+    return modelSpace(session.db())->appendOdDbEntity(entity.get());
+  };
+  ellipse(0.5);
+  ellipse(0.50000005);
+  ellipse(0.5000000001);
   const std::string output = overkill(session);
-  EXPECT_THAT(output, HasSubstr("\n2 duplicate objects deleted.\n0 overlapping objects deleted or combined."));
-  EXPECT_EQ(session.modelSpace().size(), 5u);
+  EXPECT_THAT(output, HasSubstr("\n3 duplicate objects deleted.\n0 overlapping objects deleted or combined."));
+  EXPECT_EQ(session.modelSpace().size(), 7u);
 }
 
 // Every entity of a corpus drawing copied over itself, and every line and
