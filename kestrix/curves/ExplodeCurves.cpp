@@ -598,6 +598,14 @@ std::vector<Chain> chainPieces(const std::vector<CurvePiece>& pieces, double tol
     }
     chains.push_back({{piece}, false});
   }
+  // A closed source that lost a piece in its middle: the last chain runs on
+  // into the first.
+  if (chains.size() > 1 && same(chains.back().pieces.back().p1, chains.front().pieces.front().p0, tol)) {
+    Chain& last = chains.back();
+    last.pieces.insert(last.pieces.end(), chains.front().pieces.begin(), chains.front().pieces.end());
+    chains.front() = std::move(last);
+    chains.pop_back();
+  }
   for (Chain& chain : chains) {
     if (chain.pieces.size() == 1 && chain.pieces[0].closed()) {
       // A whole circle as two halves.

@@ -181,6 +181,27 @@ TEST(OverkillCommand, MergedLinesKeepTheSurvivorsHandleAndOneUndoRestoresAll) {
   EXPECT_EQ(OdDbPolyline::cast(plineId.safeOpenObject())->numVerts(), 4u);
 }
 
+TEST(OverkillCommand, AClosedPolylineThatLosesAnEdgeStaysOnePolylineThroughItsStart) {
+  HostSession session;
+  ASSERT_TRUE(session.loadModule());
+  OdDbPolylinePtr square = OdDbPolyline::createObject();
+  const OdGePoint2d corners[] = {{0, 0}, {10, 0}, {10, 10}, {0, 10}};
+  for (unsigned i = 0; i < 4; ++i) square->addVertexAt(i, corners[i]);
+  square->setClosed(true);
+  const OdDbObjectId squareId = modelSpace(session.db())->appendOdDbEntity(square.get());
+  square.release();
+  // A longer line over the top edge, later in the selection: it takes the edge.
+  const OdDbObjectId top = addLine(session.db(), {-5, 10, 0}, {15, 10, 0});
+  EXPECT_THAT(overkill(session), HasSubstr("\n1 overlapping objects deleted or combined."));
+  ASSERT_EQ(session.modelSpace().size(), 2u);
+  EXPECT_FALSE(top.isErased());
+  OdDbPolylinePtr rest = OdDbPolyline::cast(squareId.safeOpenObject());
+  EXPECT_FALSE(rest->isClosed());
+  ASSERT_EQ(rest->numVerts(), 4u);
+  const OdGePoint2d expected[] = {{0, 10}, {0, 0}, {10, 0}, {10, 10}};
+  for (unsigned i = 0; i < 4; ++i) EXPECT_EQ(rest->getPoint2dAt(i), expected[i]) << i;
+}
+
 TEST(OverkillCommand, OtherKindsCompareTheirDataWithinTheToleranceOrAsRecordedBytes) {
   HostSession session;
   ASSERT_TRUE(session.loadModule());
