@@ -367,29 +367,39 @@ namespace {
 
 using Groups = std::vector<std::vector<int>>;
 
-// Splits every group where, sorted by the key, two neighbours lie more than
-// eps apart: pieces closer than eps in the key never part.
-template <class Key, class Eps>
-void splitGroups(Groups& groups, Key key, Eps epsOf) {
+// Splits every group so that pieces whose key intervals (key ± radius)
+// overlap, directly or through others, stay together: sorted by where the
+// intervals start, a cut falls only where an interval starts beyond the
+// reach of all before it.
+template <class Key, class Radius>
+void splitGroups(Groups& groups, Key key, Radius radius) {
   Groups out;
   out.reserve(groups.size());
-  std::vector<std::pair<double, int>> keyed;
+  struct Keyed {
+    double from, to;
+    int piece;
+  };
+  std::vector<Keyed> keyed;
   for (std::vector<int>& group : groups) {
     if (group.size() < 2) {
       out.push_back(std::move(group));
       continue;
     }
-    const double eps = epsOf(group);
     keyed.clear();
-    for (int i : group) keyed.emplace_back(key(i), i);
-    std::sort(keyed.begin(), keyed.end());
-    std::vector<int> current{keyed[0].second};
+    for (int i : group) {
+      const double k = key(i), r = radius(i);
+      keyed.push_back({k - r, k + r, i});
+    }
+    std::sort(keyed.begin(), keyed.end(), [](const Keyed& a, const Keyed& b) { return a.from < b.from; });
+    std::vector<int> current{keyed[0].piece};
+    double reach = keyed[0].to;
     for (size_t k = 1; k < keyed.size(); ++k) {
-      if (keyed[k].first - keyed[k - 1].first > eps) {
+      if (keyed[k].from > reach) {
         out.push_back(std::move(current));
         current.clear();
       }
-      current.push_back(keyed[k].second);
+      reach = std::max(reach, keyed[k].to);
+      current.push_back(keyed[k].piece);
     }
     out.push_back(std::move(current));
   }
@@ -408,46 +418,39 @@ void CurvePass::run(int& duplicates, int& overlaps) {
     extents.addPoint(m_pieces[i].p1);
   }
   const OdGePoint3d origin = m_pieces.empty() ? OdGePoint3d() : extents.center();
-  const double reach = m_pieces.empty() ? 0.0 : (extents.maxPoint() - extents.minPoint()).length();
 
   auto byProperties = [&](Groups& groups) {
-    splitGroups(groups, [&](int i) { return m_propertyKeys[m_pieces[i].curve][0]; }, [](const std::vector<int>&) { return 0.0; });
-    splitGroups(groups, [&](int i) { return m_propertyKeys[m_pieces[i].curve][1]; }, [&](const std::vector<int>&) { return tol; });
+    splitGroups(groups, [&](int i) { return m_propertyKeys[m_pieces[i].curve][0]; }, [](int) { return 0.0; });
+    splitGroups(groups, [&](int i) { return m_propertyKeys[m_pieces[i].curve][1]; }, [&](int) { return tol / 2; });
   };
 
   // Lines: by properties, direction and the foot of the line from the
   // drawing's centre.
   {
-    std::vector<OdGeVector3d> dir(m_pieces.size());
+    // The direction as the products of its components, which are the same
+    // for both senses and change smoothly; a line whose ends may each be
+    // off by the tolerance turns by up to about 2T / length.
+    std::vector<std::array<double, 5>> dir(m_pieces.size());
     std::vector<OdGePoint3d> foot(m_pieces.size());
+    std::vector<double> turn(m_pieces.size()), footRadius(m_pieces.size());
     for (int i : lines) {
-      dir[i] = canonicalDirection(m_pieces[i]);
+      OdGeVector3d d = m_pieces[i].p1 - m_pieces[i].p0;
+      const double length = d.length();
+      d /= length;
+      dir[i] = {d.x * d.x - d.y * d.y, 2 * d.x * d.y, 2 * d.x * d.z, 2 * d.y * d.z, d.z * d.z};
       const OdGeVector3d q = m_pieces[i].p0 - origin;
-      foot[i] = OdGePoint3d() + (q - dir[i] * q.dotProduct(dir[i]));
+      foot[i] = OdGePoint3d() + (q - d * q.dotProduct(d));
+      // Pieces shorter than a hundred tolerances are allowed at most 1e-2.
+      turn[i] = std::min(1e-2, std::max(1e-9, 3 * tol / length));
+      footRadius[i] = 2 * tol + 2 * turn[i] * (q.length() + length);
     }
     Groups groups{lines};
     byProperties(groups);
-    const double dirEps = std::max(1e-6, tol);
-    auto constant = [&](const std::vector<int>&) { return dirEps; };
-    splitGroups(groups, [&](int i) { return dir[i].x; }, constant);
-    splitGroups(groups, [&](int i) { return dir[i].y; }, constant);
-    splitGroups(groups, [&](int i) { return dir[i].z; }, constant);
-    // Feet of lines that differ in direction by up to the group's spread
-    // differ by up to the spread times the distance from the centre.
-    auto footEps = [&](const std::vector<int>& group) {
-      double spread = 0;
-      OdGeVector3d lo = dir[group[0]], hi = dir[group[0]];
-      for (int i : group) {
-        lo.x = std::min(lo.x, dir[i].x), hi.x = std::max(hi.x, dir[i].x);
-        lo.y = std::min(lo.y, dir[i].y), hi.y = std::max(hi.y, dir[i].y);
-        lo.z = std::min(lo.z, dir[i].z), hi.z = std::max(hi.z, dir[i].z);
-      }
-      spread = (hi - lo).length();
-      return 4 * tol + reach * spread;
-    };
-    splitGroups(groups, [&](int i) { return foot[i].x; }, footEps);
-    splitGroups(groups, [&](int i) { return foot[i].y; }, footEps);
-    splitGroups(groups, [&](int i) { return foot[i].z; }, footEps);
+    for (size_t k = 0; k < 5; ++k)
+      splitGroups(groups, [&](int i) { return dir[i][k]; }, [&](int i) { return 2 * turn[i]; });
+    splitGroups(groups, [&](int i) { return foot[i].x; }, [&](int i) { return footRadius[i]; });
+    splitGroups(groups, [&](int i) { return foot[i].y; }, [&](int i) { return footRadius[i]; });
+    splitGroups(groups, [&](int i) { return foot[i].z; }, [&](int i) { return footRadius[i]; });
     for (std::vector<int>& group : groups)
       if (group.size() > 1) sweepLines(group, duplicates, overlaps);
   }
@@ -456,8 +459,8 @@ void CurvePass::run(int& duplicates, int& overlaps) {
   {
     Groups groups{arcs};
     byProperties(groups);
-    auto normalEps = [](const std::vector<int>&) { return 1e-9; };
-    auto pointEps = [&](const std::vector<int>&) { return 2 * tol; };
+    auto normalEps = [](int) { return 1e-9; };
+    auto pointEps = [&](int) { return tol; };
     splitGroups(groups, [&](int i) { return m_pieces[i].normal.x; }, normalEps);
     splitGroups(groups, [&](int i) { return m_pieces[i].normal.y; }, normalEps);
     splitGroups(groups, [&](int i) { return m_pieces[i].normal.z; }, normalEps);

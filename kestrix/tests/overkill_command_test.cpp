@@ -94,6 +94,22 @@ TEST(OverkillCommand, ToleranceZeroActsAsTheSmallestAndMinusZeroIsRefused) {
   EXPECT_THAT(text, HasSubstr("[0.000000]"));
 }
 
+TEST(OverkillCommand, ShortAndSteepLinesMeetTheirCopiesWithinTheTolerance) {
+  HostSession session;
+  ASSERT_TRUE(session.loadModule());
+  // 0.1 long, the copy drawn backwards with its ends 4e-7 off: the two
+  // directions differ by 8e-6, far more than for long lines.
+  addLine(session.db(), {100, 0, 0}, {100.1, 0, 0});
+  addLine(session.db(), {100.1, 4e-7, 0}, {100, -4e-7, 0});
+  // Nearly vertical, leaning left in one copy and right in the other.
+  addLine(session.db(), {0, 0, 0}, {8e-7, 0.5, 0});
+  addLine(session.db(), {8e-7, 0, 0}, {0, 0.5, 0});
+  // Parallel 1e-5 apart: stays.
+  addLine(session.db(), {100, 1e-5, 0}, {100.1, 1e-5, 0});
+  EXPECT_THAT(overkill(session), HasSubstr("\n2 duplicate objects deleted.\n0 overlapping"));
+  EXPECT_EQ(session.modelSpace().size(), 3u);
+}
+
 TEST(OverkillCommand, LayersKeepIdenticalLinesApartUntilIgnored) {
   HostSession session;
   ASSERT_TRUE(session.loadModule());
