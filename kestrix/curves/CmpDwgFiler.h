@@ -27,7 +27,7 @@ class rycpBinaryData {
   // allocated, zero-filled, with the used part copied over.
   void reserve(std::uint32_t n);
   // Appends k bytes: grows to used + k, copies them to byte 2 * used and adds
-  // k to the used count (units and bytes are mixed on purpose; see the header).
+  // k to the used count (units and bytes are mixed on purpose; see above).
   void append(const void* bytes, std::uint32_t k);
   // Sets the used count without copying.
   void resize(std::uint32_t n) { m_used = n; }

@@ -111,16 +111,15 @@ CurvePiece makeArcPiece(const OdGePoint3d& center, double radius, const OdGeVect
 // ---------------------------------------------------------------- classifiers
 
 bool CExplodeLine::colinear(const CurvePiece& a, bool aEnd, const CurvePiece& b, bool bEnd, double tolerance) {
-  // The ends away from the touching ones must lie on the other piece's line.
-  const OdGePoint3d& aFar = aEnd ? a.p0 : a.p1;
-  const OdGePoint3d& bFar = bEnd ? b.p0 : b.p1;
+  // The touching ends lie on each other already: parallel pieces (within the
+  // vector tolerance) are then co-linear; otherwise the ends away from the
+  // touching ones must lie on the other piece's line.
   OdGeVector3d da = a.p1 - a.p0, db = b.p1 - b.p0;
   da.normalize();
   db.normalize();
-  if (da.crossProduct(db).length() > std::max(kVectorTolerance, tolerance)) {
-    // Not parallel beyond what the point tolerance allows over the pieces.
-    if (distanceToLine(bFar, a.p0, a.p1) >= tolerance || distanceToLine(aFar, b.p0, b.p1) >= tolerance) return false;
-  }
+  if (da.crossProduct(db).length() <= kVectorTolerance) return true;
+  const OdGePoint3d& aFar = aEnd ? a.p0 : a.p1;
+  const OdGePoint3d& bFar = bEnd ? b.p0 : b.p1;
   return distanceToLine(bFar, a.p0, a.p1) < tolerance && distanceToLine(aFar, b.p0, b.p1) < tolerance;
 }
 
