@@ -218,6 +218,43 @@ TEST(OverkillCommand, AClosedPolylineThatLosesAnEdgeStaysOnePolylineThroughItsSt
   for (unsigned i = 0; i < 4; ++i) EXPECT_EQ(rest->getPoint2dAt(i), expected[i]) << i;
 }
 
+TEST(OverkillCommand, OldStylePolylinesAreRebuiltFromTheirRemainingPieces) {
+  HostSession session;
+  ASSERT_TRUE(session.loadModule());
+  OdDbBlockTableRecordPtr space = modelSpace(session.db());
+  OdSmartPtr<OdDb2dPolyline> flat = OdDb2dPolyline::createObject();
+  const OdDbObjectId flatId = space->appendOdDbEntity(flat.get());
+  for (double x : {0.0, 10.0, 20.0}) {
+    OdSmartPtr<OdDb2dVertex> vertex = OdDb2dVertex::createObject();
+    vertex->setPosition({x, x == 20.0 ? 10.0 : 0.0, 0});
+    flat->appendVertex(vertex.get());
+  }
+  flat.release();
+  OdSmartPtr<OdDb3dPolyline> spatial = OdDb3dPolyline::createObject();
+  const OdDbObjectId spatialId = space->appendOdDbEntity(spatial.get());
+  for (double z : {0.0, 5.0}) {
+    OdSmartPtr<OdDb3dPolylineVertex> vertex = OdDb3dPolylineVertex::createObject();
+    vertex->setPosition({50, 50, z});
+    spatial->appendVertex(vertex.get());
+  }
+  spatial.release();
+  space.release();
+  // A longer line over the first straight piece of the 2-d polyline, and a
+  // 3-d line over the whole 3-d polyline, both later in the selection.
+  addLine(session.db(), {-5, 0, 0}, {10, 0, 0});
+  addLine(session.db(), {50, 50, -1}, {50, 50, 5});
+  EXPECT_THAT(overkill(session), HasSubstr("\n0 duplicate objects deleted.\n2 overlapping objects deleted or combined."));
+  EXPECT_TRUE(flatId.isErased());
+  EXPECT_TRUE(spatialId.isErased());
+  // What is left of the 2-d polyline comes back as a lightweight polyline.
+  std::vector<OdGePoint2d> rebuilt;
+  for (const OdDbObjectId& id : session.modelSpace())
+    if (OdDbPolylinePtr pline = OdDbPolyline::cast(id.safeOpenObject()); !pline.isNull())
+      for (unsigned i = 0; i < pline->numVerts(); ++i) rebuilt.push_back(pline->getPoint2dAt(i));
+  EXPECT_EQ(rebuilt, (std::vector<OdGePoint2d>{{10, 0}, {20, 10}}));
+  EXPECT_EQ(session.modelSpace().size(), 3u);
+}
+
 TEST(OverkillCommand, OtherKindsCompareTheirDataWithinTheToleranceOrAsRecordedBytes) {
   HostSession session;
   ASSERT_TRUE(session.loadModule());
