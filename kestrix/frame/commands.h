@@ -57,3 +57,7 @@ void torientCommand();
 void tcountCommand();
 void textfitCommand();
 void tcircleCommand();
+
+// Duplicate removal and the break line (curves/Overkill.cpp, curves/BreakLine.cpp).
+void overkillCommand();
+void breaklineCommand();
