@@ -52,4 +52,8 @@ CmdEchoGuard::~CmdEchoGuard() {
   ryedRetVoid();
 }
 
+UndoGroup::UndoGroup() { ryedCommand(RTSTR, L"Undo", RTSTR, L"BE", RTNONE); }
+
+UndoGroup::~UndoGroup() { ryedCommand(RTSTR, L"Undo", RTSTR, L"E", RTNONE); }
+
 }  // namespace kestrix

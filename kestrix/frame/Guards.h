@@ -45,4 +45,14 @@ class CmdEchoGuard {
   SysVarSaver m_echo;
 };
 
+// One undo step for everything a command changes: "Undo" "BE" when made,
+// "Undo" "E" when destroyed, so that a single U reverses the command.
+class UndoGroup {
+ public:
+  UndoGroup();
+  ~UndoGroup();
+  UndoGroup(const UndoGroup&) = delete;
+  UndoGroup& operator=(const UndoGroup&) = delete;
+};
+
 }  // namespace kestrix

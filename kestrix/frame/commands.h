@@ -39,3 +39,7 @@ void getColSelCommand();
 void getEntLaySelCommand();
 void getEntColSelCommand();
 void getLayColSelCommand();
+
+// Burst and block count (blocks/Burst.cpp, blocks/BlockCount.cpp).
+void burstCommand();
+void bcountCommand();
