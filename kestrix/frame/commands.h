@@ -43,3 +43,10 @@ void getLayColSelCommand();
 // Burst and block count (blocks/Burst.cpp, blocks/BlockCount.cpp).
 void burstCommand();
 void bcountCommand();
+
+// Layer tools (layers/LayerIsolation.cpp, layers/LayerMove.cpp, layers/LayerColor.cpp).
+void layoffotherCommand();
+void layfrzotherCommand();
+void laylckotherCommand();
+void laymoveCommand();
+void laychgcolorCommand();
