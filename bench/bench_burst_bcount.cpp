@@ -13,9 +13,7 @@
 #include "DbDatabase.h"
 #include "DbSymbolTable.h"
 #include "DbText.h"
-#include "bench_util.h"
-#include "core/Host.h"
-#include "core/Modules.h"
+#include "bench_module_command.h"
 
 namespace {
 
@@ -60,38 +58,10 @@ OdDbDatabasePtr buildDrawing(int count) {
   return db;
 }
 
-struct Session {
-  ryhost::Host& host = ryhost::Host::instance();
-  ryhost::ListInput input;
-  ryhost::StringTranscript transcript;
-  explicit Session(const std::string& folder) {
-    host.setDataFolder(OdString(folder));
-    host.setProgramFolder(OdString(std::string(KESTRIX_BIN_DIR) + "/"));
-    host.setInput(&input);
-    host.setTranscript(&transcript);
-  }
-  // Runs the replies on a new drawing of n references; the time they took.
-  double time(int n, std::initializer_list<const char*> replies) {
-    host.reset();
-    host.setInput(&input);
-    host.setTranscript(&transcript);
-    host.addDocument(buildDrawing(n), OdString());
-    OdString reason;
-    if (!host.modules().load(OdString(std::string(KESTRIX_BIN_DIR) + "/kestrix.yrx"), &reason)) {
-      std::fprintf(stderr, "the module did not load: %s\n", reason.toUtf8().c_str());
-      std::exit(1);
-    }
-    for (const char* reply : replies) input.add(OdString(reply));
-    BenchTimer timer;
-    host.runCommandLine();
-    return timer.seconds();
-  }
-};
-
-void series(Session& session, const char* what, int from, int to, std::initializer_list<const char*> replies) {
+void series(const std::string& folder, const char* what, int from, int to, std::initializer_list<const char*> replies) {
   double previous = 0;
   for (int n = from; n <= to; n *= 2) {
-    const double seconds = session.time(n, replies);
+    const double seconds = timeModuleCommand(buildDrawing(n), replies, folder);
     if (previous > 0)
       std::printf("%-8s n = %7d  %8.4f s  (x%.2f for twice n)\n", what, n, seconds, seconds / previous);
     else
@@ -108,11 +78,10 @@ int main(int argc, char** argv) {
   const std::string folder =
       std::filesystem::temp_directory_path() / ("bench-burst-" + std::to_string(getpid()));
   std::filesystem::create_directories(folder);
-  Session session(folder);
-  series(session, "bcount", 8000, bcountTo, {"bcount", ""});
-  series(session, "BURST", 500, burstTo, {"BURST", "ALL", ""});
+  series(folder, "bcount", 8000, bcountTo, {"bcount", ""});
+  series(folder, "BURST", 500, burstTo, {"BURST", "ALL", ""});
   std::printf("%-28s %7.1f MB\n", "peak resident", benchPeakResident() / 1e6);
-  session.host.reset();
+  ryhost::Host::instance().reset();
   std::filesystem::remove_all(folder);
   return 0;
 }

@@ -137,7 +137,7 @@ const std::vector<KestrixCommand>& kestrixCommandTable() {
     {L"EvKestrixTools", L"LAYMOVE", 62040, 0, &laymoveCommand},
     {L"EvKestrixTools", L"pchc", 64114, 0, &laychgcolorCommand},
     {L"EvKestrixTools", L"LAYCHGCOLOR", 62039, 0, &laychgcolorCommand},
-    {L"EvKestrixTools", L"LAYDRAWORDER", 62057, 0, &notAvailableCommand},
+    {L"EvKestrixTools", L"LAYDRAWORDER", 62057, 0, &laydraworderCommand},
     {L"EvKestrixTools", L"kll01", 64115, 2, &notAvailableCommand},
     {L"EvKestrixTools", L"PrintPlt", 64116, 0, &notAvailableCommand},
     {L"EvKestrixTools", L"BP", 64117, 0x2000000, &notAvailableCommand},

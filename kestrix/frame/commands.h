@@ -44,9 +44,11 @@ void getLayColSelCommand();
 void burstCommand();
 void bcountCommand();
 
-// Layer tools (layers/LayerIsolation.cpp, layers/LayerMove.cpp, layers/LayerColor.cpp).
+// Layer tools (layers/LayerIsolation.cpp, layers/LayerMove.cpp, layers/LayerColor.cpp,
+// layers/LayerDrawOrder.cpp).
 void layoffotherCommand();
 void layfrzotherCommand();
 void laylckotherCommand();
 void laymoveCommand();
 void laychgcolorCommand();
+void laydraworderCommand();

@@ -127,3 +127,26 @@ print(' '.join('%s:%d%s' % (l.dxf.name, l.color, '-off' if l.is_off() else '') f
             "A:5 B:5-off C:5");
   EXPECT_EQ(check(session, kLines), "A:6 B:6 C:6");
 }
+
+TEST(LayerDrawOrder, EntitiesAreDrawnLayerByLayerTheTopOfTheListLast) {
+  LayerDrawing drawing;
+  HostSession session(CorpusDrawing{drawing.input});
+  ASSERT_TRUE(session.loadModule());
+  const char* const drawOrder = R"(
+from ezdxf import reorder
+d = ezdxf.readfile(sys.argv[1])
+msp = d.modelspace()
+print(' '.join(e.dxf.layer for e in reorder.ascending(msp, msp.get_redraw_order())) + (' AUDIT' if d.audit().has_errors else ''))
+)";
+  // The list starts in table order: 0, Defpoints, A, B, C, F, CUR. C goes to
+  // the top, B to the bottom.
+  const std::string out =
+      session.run({"LAYDRAWORDER", "1001:4", "1002", "1002", "1002", "1002", "1001:4", "1003", "1003", "OK"});
+  EXPECT_THAT(out, HasSubstr("\nDraw order by layer set for 3 objects."));
+  EXPECT_EQ(check(session, drawOrder), "B A C");
+
+  session.run({"U"});
+  EXPECT_EQ(check(session, drawOrder), "A B C");
+  session.run({"LAYDRAWORDER", "1001:0", "1003", "Cancel"});
+  EXPECT_EQ(check(session, drawOrder), "A B C");
+}
