@@ -203,3 +203,31 @@ print(sorted(e.dxf.name for e in d.modelspace().query('INSERT')), len(d.modelspa
   EXPECT_EQ(highlight(session), 0);
   EXPECT_EQ(sameEntities(after, dxfcheck::saved(session.db(), "refused-esc.dxf")), "same");
 }
+
+TEST(BurstCommand, MultilineAttributeBecomesMultilineTextWithItsContents) {
+  const std::string input = dxfcheck::tempPath("multiline.dxf");
+  ASSERT_EQ(dxfcheck::python(R"(
+d = ezdxf.new('R2018')
+d.blocks.new('M').add_line((0, 0), (1, 0))
+d.layers.add('WALLS')
+r = d.modelspace().add_blockref('M', (5, 5), dxfattribs={'layer': 'WALLS', 'color': 2})
+a = r.add_attrib('NOTE', 'x', (5, 4), dxfattribs={'color': 0, 'layer': '0'})
+m = d.modelspace().add_mtext('first line\\Psecond line', dxfattribs={'insert': (5, 4), 'char_height': 0.3, 'color': 0})
+a.embed_mtext(m)
+d.modelspace().delete_entity(m)
+d.saveas(sys.argv[1])
+)",
+                             input),
+            "");
+  HostSession session(CorpusDrawing{input});
+  ASSERT_TRUE(session.loadModule());
+  session.run({"BURST", "ALL", ""});
+  // Colour BYBLOCK became the reference's 2, layer 0 the reference's layer.
+  EXPECT_EQ(dxfcheck::python(R"(
+d = ezdxf.readfile(sys.argv[1])
+print(' '.join('%s %s %d %s %s' % (e.dxftype(), e.dxf.layer, e.dxf.color, e.text, tuple(e.dxf.insert))
+               for e in d.modelspace().query('MTEXT TEXT ATTRIB INSERT')), d.audit().has_errors)
+)",
+                             dxfcheck::saved(session.db(), "multiline-after.dxf")),
+            "MTEXT WALLS 2 first line\\Psecond line (5.0, 4.0, 0.0) False");
+}
