@@ -86,3 +86,19 @@ d.saveas(sys.argv[1])
   // Esc at the prompt: no output at all.
   EXPECT_THAT(session.run({"bcount", "^C"}), EndsWith("Select objects: ^C\n*Cancel*\nCommand: "));
 }
+
+TEST(BlockCount, WithoutTheMessageLibraryTheBuiltInTextsArePrinted) {
+  const std::string input = dxfcheck::tempPath("blocks-builtin.dxf");
+  ASSERT_EQ(dxfcheck::python(kBlocks, input), "");
+  HostSession session(CorpusDrawing{input});
+  // The module alone in a folder: no kestrixres.dll beside it.
+  const std::string module = dxfcheck::tempPath("alone/kestrix.yrx");
+  std::filesystem::create_directories(std::filesystem::path(module).parent_path());
+  std::filesystem::copy_file(std::string(KESTRIX_BIN_DIR) + "/kestrix.yrx", module,
+                             std::filesystem::copy_options::overwrite_existing);
+  ASSERT_TRUE(session.loadModule(module));
+  const std::string out = session.run({"bcount", ""});
+  EXPECT_THAT(out, HasSubstr("\n回车选择全部块或...\n选择对象: \n块 " + dots(13) + "\n计数 " + std::string(23, '-') +
+                             "\nWindow-Frame" + dots(6) + "1\n"));
+  session.host().modules().unload(OdString(module));
+}
