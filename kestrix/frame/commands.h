@@ -61,3 +61,16 @@ void tcircleCommand();
 // Duplicate removal and the break line (curves/Overkill.cpp, curves/BreakLine.cpp).
 void overkillCommand();
 void breaklineCommand();
+
+// Burst and block count (blocks/Burst.cpp, blocks/BlockCount.cpp).
+void burstCommand();
+void bcountCommand();
+
+// Layer tools (layers/LayerIsolation.cpp, layers/LayerMove.cpp, layers/LayerColor.cpp,
+// layers/LayerDrawOrder.cpp).
+void layoffotherCommand();
+void layfrzotherCommand();
+void laylckotherCommand();
+void laymoveCommand();
+void laychgcolorCommand();
+void laydraworderCommand();

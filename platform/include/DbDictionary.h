@@ -148,9 +148,10 @@ class OdDbSortentsTable : public OdDbObject {
     bool operator==(const Pair&) const = default;
   };
   const std::vector<Pair>& pairs() const { return m_pairs; }
+  // Every entity of the block in the new drawing order (first drawn first).
+  void setDrawOrder(const OdDbObjectIdArray& order);
 
  protected:
-  void setDrawOrder(const OdDbObjectIdArray& order);
 
   OdDbObjectId m_blockId;
   std::vector<Pair> m_pairs;

@@ -840,11 +840,17 @@ bool subclassTakes(const OdDbSubclass* sub, int code) {
   return false;
 }
 
-int subclassOfMarker(const std::vector<const OdDbSubclass*>& chain, const OdString& marker) {
+// The subclass a marker opens. A class may repeat a marker (a text's second
+// "AcDbText" holds its vertical alignment): the first such subclass after
+// the current one is meant, else the first of the chain.
+int subclassOfMarker(const std::vector<const OdDbSubclass*>& chain, const OdString& marker, int current) {
+  int first = -1;
   for (size_t k = 0; k < chain.size(); ++k) {
-    if (chain[k]->marker && marker.iCompare(chain[k]->marker) == 0) return static_cast<int>(k);
+    if (!chain[k]->marker || marker.iCompare(chain[k]->marker) != 0) continue;
+    if (static_cast<int>(k) > current) return static_cast<int>(k);
+    if (first < 0) first = static_cast<int>(k);
   }
-  return -1;
+  return first;
 }
 
 // A list split by subclass: the groups before any marker, then each
@@ -870,7 +876,7 @@ OdDxfTagList mergeGroups(const OdDxfTagList& own, const OdDxfTagList& given, con
     int current = -1;
     for (const OdDxfTag& tag : own) {
       if (tag.code == 100 && tag.type == OdDxf::ValueType::kString) {
-        const int k = subclassOfMarker(chain, tag.s);
+        const int k = subclassOfMarker(chain, tag.s, current);
         if (k >= 0) {
           current = k;
           sections.bySubclass[static_cast<size_t>(k)] = OdDxfTagList{tag};
@@ -888,7 +894,7 @@ OdDxfTagList mergeGroups(const OdDxfTagList& own, const OdDxfTagList& given, con
     bool embedded = false;
     for (const OdDxfTag& tag : given) {
       if (tag.code == 100 && tag.type == OdDxf::ValueType::kString) {
-        const int k = subclassOfMarker(chain, tag.s);
+        const int k = subclassOfMarker(chain, tag.s, current);
         if (k >= 0) {
           current = k;
           embedded = false;

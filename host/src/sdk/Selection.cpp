@@ -666,7 +666,24 @@ int ryedSSAdd(const ads_name entity, const ads_name ss, ads_name result) {
   }
   std::vector<OdDbObjectId>* set = findSet(ss);
   if (!set) return RTERROR;
-  if (!id.isNull() && std::find(set->begin(), set->end(), id) == set->end()) set->push_back(id);
+  // A set grown one entity at a time: its members are kept in a hash set
+  // between calls, so that n additions take time in n, not n². The index
+  // is made again when another set (another document's too) is added to or
+  // this one changed size.
+  struct AddIndex {
+    const std::vector<OdDbObjectId>* set = nullptr;
+    std::int64_t number = 0;
+    size_t size = 0;
+    std::unordered_set<OdDbObjectId> members;
+  };
+  thread_local AddIndex index;
+  if (index.set != set || index.number != ss[0] || index.size != set->size()) {
+    index.set = set;
+    index.number = ss[0];
+    index.members = std::unordered_set<OdDbObjectId>(set->begin(), set->end());
+  }
+  if (!id.isNull() && index.members.insert(id).second) set->push_back(id);
+  index.size = set->size();
   rydbNameSet(ss, result);
   return RTNORM;
 }
