@@ -1,0 +1,41 @@
+# Makes two versions of a drawing with ezdxf, for the comparison engine's
+# tests: OLD is the drawing as ezdxf writes it, NEW the same drawing changed.
+# Usage: python3 change_drawing.py SOURCE.dxf OLD.dxf NEW.dxf MODE
+#   edits:  one LINE erased, one LINE moved, one CIRCLE recoloured, one TEXT
+#           edited, one CIRCLE added
+#   redraw: one LINE erased and drawn again alike (a new handle), one LINE
+#           moved by less than the tolerance 0.0001
+# Prints one line per change: what was done and the handle it was done to.
+import sys
+import ezdxf
+
+source, old_path, new_path, mode = sys.argv[1:5]
+doc = ezdxf.readfile(source)
+doc.saveas(old_path)
+msp = doc.modelspace()
+lines = msp.query("LINE")
+if mode == "edits":
+    erased, moved = lines[0], lines[1]
+    print("erased", erased.dxf.handle)
+    msp.delete_entity(erased)
+    moved.dxf.start = moved.dxf.start + (5, 0, 0)
+    moved.dxf.end = moved.dxf.end + (5, 0, 0)
+    print("moved", moved.dxf.handle)
+    circle = msp.query("CIRCLE")[0]
+    circle.dxf.color = 5 if circle.dxf.color != 5 else 4
+    print("recoloured", circle.dxf.handle)
+    text = msp.query("TEXT")[0]
+    text.dxf.text = text.dxf.text + " (edited)"
+    print("edited", text.dxf.handle)
+    added = msp.add_circle((1234.5, 678.9), 4.25)
+    print("added", added.dxf.handle)
+elif mode == "redraw":
+    redrawn = lines[0]
+    copy = msp.add_line(redrawn.dxf.start, redrawn.dxf.end, dxfattribs={"layer": redrawn.dxf.layer, "color": redrawn.dxf.color})
+    print("erased", redrawn.dxf.handle)
+    print("added", copy.dxf.handle)
+    msp.delete_entity(redrawn)
+    nudged = lines[1]
+    nudged.dxf.start = nudged.dxf.start + (0.00002, 0, 0)
+    print("nudged", nudged.dxf.handle)
+doc.saveas(new_path)

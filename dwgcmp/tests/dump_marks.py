@@ -1,0 +1,13 @@
+# Prints the entities of every layout of a DXF file as an independent reader
+# (ezdxf) sees them: handle, type, layer, colour index and true colour (-1
+# when none), one entity a line, tab-separated; then "audit" and the number
+# of audit errors. Usage: python3 dump_marks.py FILE.dxf
+import sys
+import ezdxf
+
+doc = ezdxf.readfile(sys.argv[1])
+for layout in doc.layouts:
+    for e in layout:
+        true_color = e.dxf.true_color if e.dxf.hasattr("true_color") else -1
+        print(f"{e.dxf.handle}\t{e.dxftype()}\t{e.dxf.layer}\t{e.dxf.color}\t{true_color}")
+print(f"audit\t{len(doc.audit().errors)}")
