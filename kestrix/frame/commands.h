@@ -30,6 +30,10 @@ void notAvailableCommand();
 void attoutCommand();
 void attinCommand();
 
+// Drawing comparison (compare/Compare.cpp).
+void CmpCommand();
+void cmpCommandLine();
+
 // Selection by sample (frame/SelectionBySample.cpp).
 void getselCommand();
 void getBlkSelCommand();
