@@ -24,7 +24,7 @@ void appendRounded(std::string& out, double value, double tolerance) {
     const double steps = std::round(value / tolerance);
     if (std::isfinite(steps) && std::fabs(steps) < 9.0e18) {
       out.push_back('r');
-      appendRaw(out, static_cast<long long>(steps) + 0LL);
+      appendRaw(out, static_cast<long long>(steps));
       return;
     }
   }
@@ -178,9 +178,10 @@ void SignatureRecorder::recordFields(const OdDbObject* object, ObjectRecord& out
           // property, a block name or a text style is the object's data.
           const OdDbObjectId& id = at<OdDbObjectId>(p);
           FiledValues* into = filer.values;
+          FiledValues* strings = filer.strings;
           filer.strings = into;
           filer.wrString(recordName(id));
-          filer.strings = properties ? &out.properties : &out.text;
+          filer.strings = strings;
           if (field.table == OdDbNameTable::kBlock && m_followBlocks && !id.isNull()) {
             const std::string& content = blockContent(id);
             into->bytes.push_back('K');

@@ -101,6 +101,15 @@ TEST(CompareCommands, SameDrawingTwiceGivesOldAndNewResultsWithNothingChanged) {
   EXPECT_THAT(refused, HasSubstr("would replace a chosen drawing"));
   EXPECT_EQ(bytes(dir + "/x_old.dxf"), x);
   EXPECT_THAT(session.run({"-cmp", "", "", dir, "-cmp", dir + "/none.dxf"}), HasSubstr("Older drawing <" + dir + "/x.dxf>: "));
+  // A copy that fails shows the system's reason; a copy that cannot be read, message 25008.
+  EXPECT_THAT(session.run({"-cmp", dir + "/plan.dxf", dir + "/plan.dxf", dir + "/no/such/folder"}),
+              HasSubstr("No such file or directory"));
+  std::ofstream(dir + "/broken.dxf") << "not a drawing\n";
+  EXPECT_THAT(session.run({"-cmp", dir + "/broken.dxf", dir + "/plan.dxf", dir}),
+              HasSubstr("The older drawing cannot be read."));
+  EXPECT_THAT(session.run({"-cmp", dir + "/plan.dxf", dir + "/broken.dxf", dir}),
+              HasSubstr("The newer drawing cannot be read."));
+  EXPECT_EQ(session.host().documentCount(), 3) << "only the first run opened its results";
 }
 
 TEST(CompareCommands, ParameterDialogWritesOptionsOnlyOnOk) {
