@@ -153,12 +153,16 @@ const std::vector<const OdDbSubclass*>& SignatureRecorder::chainOf(const OdDbObj
 
 void SignatureRecorder::recordFields(const OdDbObject* object, ObjectRecord& out) {
   RecordingFiler filer;
-  for (const OdDbSubclass* sub : chainOf(object)) {
-    // The entity's own subclass holds the properties; every other subclass
-    // is the object's data.
-    const bool properties = sub->marker && std::wcscmp(sub->marker, L"AcDbEntity") == 0;
+  const std::vector<const OdDbSubclass*>& chain = chainOf(object);
+  // The entity's own subclass holds the properties; every other subclass is
+  // the object's data.
+  auto intoSubclass = [&](const OdDbSubclass* sub) {
+    const bool properties = sub && sub->marker && std::wcscmp(sub->marker, L"AcDbEntity") == 0;
     filer.values = properties ? &out.properties : &out.geometry;
     filer.strings = properties ? &out.properties : &out.text;
+  };
+  for (const OdDbSubclass* sub : chain) {
+    intoSubclass(sub);
     for (const OdDbField& field : sub->fields) {
       if (field.flags & OdDbField::kNoFiler) continue;
       const void* p = field.ref(object);
@@ -196,6 +200,28 @@ void SignatureRecorder::recordFields(const OdDbObject* object, ObjectRecord& out
         case OdDbFieldKind::kSoftPointer: break;
         case OdDbFieldKind::kCustom: field.codec->fileOut(object, &filer); break;
       }
+    }
+  }
+  // Groups the field table does not know (all the data of a class the
+  // platform does not model) are the object's data: the properties are the
+  // entity's known fields.
+  const OdDbObjectExtras* extras = object->extras();
+  if (!extras) return;
+  intoSubclass(nullptr);
+  for (const OdDbObjectExtras::Unknown& unknown : extras->unknown) {
+    const OdDxfTag& tag = unknown.tag;
+    filer.wrInt16(tag.code);
+    switch (tag.type) {
+      case OdDxf::ValueType::kString: filer.wrString(tag.s); break;
+      case OdDxf::ValueType::kDouble: filer.wrDouble(tag.x); break;
+      case OdDxf::ValueType::kPoint:
+        filer.wrDouble(tag.x);
+        filer.wrDouble(tag.y);
+        if (tag.dims == 3) filer.wrDouble(tag.z);
+        break;
+      case OdDxf::ValueType::kBinary: filer.wrBytes(tag.bin.data(), static_cast<OdUInt32>(tag.bin.size())); break;
+      case OdDxf::ValueType::kHandle: break;  // a handle means nothing in the other drawing
+      default: filer.wrInt64(tag.i); break;
     }
   }
 }

@@ -209,3 +209,20 @@ TEST(CompareEngine, NothingToShowWithoutDrawingsOrObjects) {
   // Nothing to show: the copies are not rewritten.
   EXPECT_EQ(run("cat " + dir + "/a.dxf"), before);
 }
+
+TEST(CompareEngine, ObjectsOfUnmodelledClassesCompareByTheirKeptGroups) {
+  Engine engine;
+  ASSERT_TRUE(engine.get);
+  const std::string dir = folder("proxies");
+  auto drawing = [](const std::string& x) {
+    return "0\nSECTION\n2\nENTITIES\n0\nWIDGET\n5\n20\n8\n0\n10\n" + x + "\n20\n0\n0\nWIDGET\n5\n21\n8\n0\n10\n2\n20\n0\n"
+           "0\nGADGET\n5\n22\n8\n0\n10\n2\n20\n0\n0\nENDSEC\n0\nEOF\n";
+  };
+  std::ofstream(dir + "/old_res.dxf") << drawing("1");
+  std::ofstream(dir + "/new_res.dxf") << drawing("1.5");
+  ASSERT_EQ(engine.compare(dir + "/old_res.dxf", dir + "/new_res.dxf"), 3);
+  // Only the first widget moved; the gadget's groups equal the second widget's, but not its name.
+  EXPECT_EQ(engine.counts.changed, 1);
+  EXPECT_EQ(engine.counts.unchanged, 2);
+  EXPECT_NE(run("cat " + dir + "/new_res.cmp.txt").find("changed\t20\t20\tWIDGET\n"), std::string::npos);
+}
