@@ -5,14 +5,20 @@
 #           edited, one CIRCLE added
 #   redraw: one LINE erased and drawn again alike (a new handle), one LINE
 #           moved by less than the tolerance 0.0001
+#   block:  a block CMPTEST (a circle) and a reference to it are added to
+#           both; in NEW the circle in the block is moved
 # Prints one line per change: what was done and the handle it was done to.
 import sys
 import ezdxf
 
 source, old_path, new_path, mode = sys.argv[1:5]
 doc = ezdxf.readfile(source)
-doc.saveas(old_path)
 msp = doc.modelspace()
+if mode == "block":
+    block = doc.blocks.new("CMPTEST")
+    circle = block.add_circle((0, 0), 1)
+    print("reference", msp.add_blockref("CMPTEST", (100, 100)).dxf.handle)
+doc.saveas(old_path)
 lines = msp.query("LINE")
 if mode == "edits":
     erased, moved = lines[0], lines[1]
@@ -38,4 +44,6 @@ elif mode == "redraw":
     nudged = lines[1]
     nudged.dxf.start = nudged.dxf.start + (0.00002, 0, 0)
     print("nudged", nudged.dxf.handle)
+elif mode == "block":
+    circle.dxf.center = (0.5, 0)
 doc.saveas(new_path)

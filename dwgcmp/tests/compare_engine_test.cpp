@@ -226,3 +226,21 @@ TEST(CompareEngine, ObjectsOfUnmodelledClassesCompareByTheirKeptGroups) {
   EXPECT_EQ(engine.counts.unchanged, 2);
   EXPECT_NE(run("cat " + dir + "/new_res.cmp.txt").find("changed\t20\t20\tWIDGET\n"), std::string::npos);
 }
+
+TEST(CompareEngine, ReferencesFollowTheirBlockDefinitionOnlyWhenAsked) {
+  Engine engine;
+  ASSERT_TRUE(engine.get);
+  const std::string dir = folder("block");
+  auto changes = makeVersions(dir, "block");
+  ASSERT_EQ(changes.size(), 1u);
+  for (int follow : {1, 0}) {
+    copy(dir + "/old.dxf", dir + "/old_res.dxf");
+    copy(dir + "/new.dxf", dir + "/new_res.dxf");
+    DwgCompareOptions options;
+    options.blocks = follow;
+    ASSERT_GT(engine.compare(dir + "/old_res.dxf", dir + "/new_res.dxf", options), 0);
+    EXPECT_EQ(engine.counts.changed, follow) << "following blocks: " << follow;
+    EXPECT_EQ(engine.counts.added + engine.counts.deleted + engine.counts.propertyOnly, 0);
+    EXPECT_EQ(marks(dir + "/new_res.dxf")[changes["reference"]].layer, follow ? "CMP_CHANGED" : "0");
+  }
+}
