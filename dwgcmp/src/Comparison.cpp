@@ -9,6 +9,7 @@
 #include "DbBlockTableRecord.h"
 #include "DbDatabase.h"
 #include "DbSymbolTable.h"
+#include "DbText.h"
 
 namespace dwgcmp {
 
@@ -199,9 +200,21 @@ void mark(OdDbDatabase* oldDb, OdDbDatabase* newDb, const Classification& result
     OdDbObjectPtr object = id.openObject(OdDb::kForWrite);
     auto* entity = dynamic_cast<OdDbEntity*>(object.get());
     if (!entity) return;
-    entity->setLayer(layer);
     // Unchanged objects that are only hidden keep their own colour.
-    if (diff != DiffClass::kUnchanged || options.greyUnchanged) entity->setColor(colorOf(diff));
+    const bool recolour = diff != DiffClass::kUnchanged || options.greyUnchanged;
+    entity->setLayer(layer);
+    if (recolour) entity->setColor(colorOf(diff));
+    // Attributes keep their own properties when their reference's change:
+    // they are marked with it here, so that the whole reference shows.
+    if (const OdDbObjectIdArray* subs = entity->subentityIds()) {
+      for (const OdDbObjectId& subId : *subs) {
+        OdDbObjectPtr subObject = subId.openObject(OdDb::kForWrite);
+        auto* attribute = dynamic_cast<OdDbText*>(subObject.get());
+        if (!attribute) continue;
+        attribute->setLayer(layer);
+        if (recolour) attribute->setColor(colorOf(diff));
+      }
+    }
   };
   for (const Outcome& outcome : result.outcomes) {
     if (outcome.diff == DiffClass::kUnchanged && !markUnchanged) continue;

@@ -5,6 +5,7 @@
 #           edited, one CIRCLE added
 #   redraw: one LINE erased and drawn again alike (a new handle), one LINE
 #           moved by less than the tolerance 0.0001
+#   attrib: the first attribute of the first block reference edited
 #   block:  a block CMPTEST (a circle) and a reference to it are added to
 #           both; in NEW the circle in the block is moved
 # Prints one line per change: what was done and the handle it was done to.
@@ -44,6 +45,12 @@ elif mode == "redraw":
     nudged = lines[1]
     nudged.dxf.start = nudged.dxf.start + (0.00002, 0, 0)
     print("nudged", nudged.dxf.handle)
+elif mode == "attrib":
+    reference = msp.query("INSERT")[0]
+    attribute = reference.attribs[0]
+    attribute.dxf.text = attribute.dxf.text + " (edited)"
+    print("reference", reference.dxf.handle)
+    print("attribute", attribute.dxf.handle)
 elif mode == "block":
     circle.dxf.center = (0.5, 0)
 doc.saveas(new_path)

@@ -38,8 +38,9 @@ std::string folder(const std::string& name) {
 }
 
 // What a change script did: "edited" -> handle.
-std::map<std::string, std::string> makeVersions(const std::string& dir, const std::string& mode) {
-  std::istringstream lines(run("/usr/bin/python3 " + kTests + "/change_drawing.py " + kCorpus + " " + dir +
+std::map<std::string, std::string> makeVersions(const std::string& dir, const std::string& mode,
+                                                const std::string& source = kCorpus) {
+  std::istringstream lines(run("/usr/bin/python3 " + kTests + "/change_drawing.py " + source + " " + dir +
                                "/old.dxf " + dir + "/new.dxf " + mode));
   std::map<std::string, std::string> changes;
   for (std::string what, handle; lines >> what >> handle;) changes[what] = handle;
@@ -258,4 +259,21 @@ TEST(CompareEngine, ReferencesFollowTheirBlockDefinitionOnlyWhenAsked) {
     EXPECT_EQ(engine.counts.added + engine.counts.deleted + engine.counts.propertyOnly, 0);
     EXPECT_EQ(marks(dir + "/new_res.dxf")[changes["reference"]].layer, follow ? "CMP_CHANGED" : "0");
   }
+}
+
+TEST(CompareEngine, AnEditedAttributeChangesItsReferenceAndIsMarkedWithIt) {
+  Engine engine;
+  ASSERT_TRUE(engine.get);
+  const std::string dir = folder("attrib");
+  auto changes = makeVersions(dir, "attrib", std::string(KESTRIX_CORPUS_DIR) + "/examples_dxf_multi_insert_with_attribs.dxf");
+  ASSERT_EQ(changes.size(), 2u);
+  copy(dir + "/old.dxf", dir + "/old_res.dxf");
+  copy(dir + "/new.dxf", dir + "/new_res.dxf");
+  ASSERT_GT(engine.compare(dir + "/old_res.dxf", dir + "/new_res.dxf"), 0);
+  EXPECT_EQ(engine.counts.changed, 1);
+  auto result = marks(dir + "/new_res.dxf");
+  EXPECT_EQ(result[changes["reference"]].layer, "CMP_CHANGED");
+  EXPECT_EQ(result[changes["attribute"]].layer, "CMP_CHANGED");
+  EXPECT_EQ(result[changes["attribute"]].color, 2);
+  EXPECT_EQ(result["audit"].color, 0);
 }
