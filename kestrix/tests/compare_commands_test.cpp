@@ -67,8 +67,10 @@ TEST(CompareCommands, DialogRunMarksCopiesOpensThemAndLeavesTheChosenDrawingsAlo
   std::ofstream(dir + "/out/plan_old.dxf") << "stale";
   HostSession session;
   ASSERT_TRUE(session.loadModule());
-  const std::string out = session.run({"Cmp", "1001=" + dir + "/plan.dxf", "1003=" + dir + "/plan2.dxf",
+  // The old drawing chosen with its Browse button, the new one typed.
+  const std::string out = session.run({"Cmp", "1002", dir + "/plan.dxf", "1003=" + dir + "/plan2.dxf",
                                        "1005=" + dir + "/out", "OK"});
+  EXPECT_THAT(out, HasSubstr("1001  edit     Older drawing:  [" + dir + "/plan.dxf]"));
   EXPECT_EQ(bytes(dir + "/plan.dxf"), oldBytes);
   EXPECT_EQ(bytes(dir + "/plan2.dxf"), newBytes);
   EXPECT_THAT(openFiles(session), testing::ElementsAre(testing::_, dir + "/out/plan2_new.dxf", dir + "/out/plan_old.dxf"))
@@ -126,6 +128,8 @@ TEST(CompareCommands, ParameterDialogWritesOptionsOnlyOnOk) {
   EXPECT_THAT(marked, HasSubstr("\tCIRCLE\tCMP_UNCHANGED\t9\t-1\n"));
   EXPECT_THAT(marked, HasSubstr("\tCIRCLE\tCMP_ADDED\t158\t660510\n"));
   EXPECT_THAT(bytes(dir + "/plan2_new.cmp.txt"), HasSubstr("Tolerance: 0.5\n"));
+  // The options are the module's for the rest of the process: back to the defaults.
+  session.run({"Cmp", "1006", "1101=0.0001", "1114", "1120", "0,255,0", "OK", "Cancel"});
 }
 
 TEST(CompareCommands, WithoutTheEngineLibraryBothFormsSaySoAndAskNothing) {
