@@ -175,12 +175,12 @@ void compareFiles(const OdString& oldPath, const OdString& newPath, const OdStri
   if (result == 0) return messageBox(25027, L"The comparison found nothing to compare.");
 
   if (commandLine) {
-    ryutPrintf(formatResource(25033, L"\nAdded %lld, deleted %lld, changed %lld, properties only %lld, unchanged %lld.",
+    ryutPrintf(L"%ls", formatResource(25033, L"\nAdded %lld, deleted %lld, changed %lld, properties only %lld, unchanged %lld.",
                               static_cast<long long>(counts.added), static_cast<long long>(counts.deleted),
                               static_cast<long long>(counts.changed), static_cast<long long>(counts.propertyOnly),
                               static_cast<long long>(counts.unchanged))
                    .c_str());
-    if (!report.isEmpty()) ryutPrintf(formatResource(25034, L"\nDifference report: %ls", report.c_str()).c_str());
+    if (!report.isEmpty()) ryutPrintf(L"%ls", formatResource(25034, L"\nDifference report: %ls", report.c_str()).c_str());
   }
   // Both results are looked at whatever became of the other; a result that
   // is missing now leaves the path of an earlier run remembered.
@@ -245,7 +245,7 @@ void cmpCommandLine() {
   g_newPath = newPath;
   if (oldPath.isEmpty() || newPath.isEmpty()) return;
   if (!exists(oldPath) || !exists(newPath)) {
-    ryutPrintf(formatResource(25035, L"\nNo such drawing: %ls", (exists(oldPath) ? newPath : oldPath).c_str()).c_str());
+    ryutPrintf(L"%ls", formatResource(25035, L"\nNo such drawing: %ls", (exists(oldPath) ? newPath : oldPath).c_str()).c_str());
     return;
   }
   compareFiles(oldPath, newPath, folder, true);

@@ -111,6 +111,8 @@ TEST(CompareCommands, SameDrawingTwiceGivesOldAndNewResultsWithNothingChanged) {
               HasSubstr("The older drawing cannot be read."));
   EXPECT_THAT(session.run({"-cmp", dir + "/plan.dxf", dir + "/broken.dxf", dir}),
               HasSubstr("The newer drawing cannot be read."));
+  EXPECT_THAT(session.run({"-cmp", dir + "/none.dxf", dir + "/plan.dxf", dir}),
+              HasSubstr("No such drawing: " + dir + "/none.dxf"));
   EXPECT_EQ(session.host().documentCount(), 3) << "only the first run opened its results";
 }
 
