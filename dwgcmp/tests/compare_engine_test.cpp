@@ -277,3 +277,25 @@ TEST(CompareEngine, AnEditedAttributeChangesItsReferenceAndIsMarkedWithIt) {
   EXPECT_EQ(result[changes["attribute"]].color, 2);
   EXPECT_EQ(result["audit"].color, 0);
 }
+
+TEST(CompareEngine, EveryCorpusDrawingComparedWithItselfHasNoDifference) {
+  Engine engine;
+  ASSERT_TRUE(engine.get);
+  const std::string dir = folder("corpus");
+  int compared = 0;
+  for (const auto& entry : fs::directory_iterator(KESTRIX_CORPUS_DIR)) {
+    if (entry.path().extension() != ".dxf") continue;
+    copy(entry.path().string(), dir + "/a.dxf");
+    copy(entry.path().string(), dir + "/b.dxf");
+    try {
+      if (engine.compare(dir + "/a.dxf", dir + "/b.dxf") == 0) continue;  // no objects
+    } catch (const OdError&) {
+      continue;  // a file the platform refuses
+    }
+    ++compared;
+    EXPECT_EQ(engine.counts.added + engine.counts.deleted + engine.counts.changed + engine.counts.propertyOnly, 0)
+        << entry.path().filename();
+    EXPECT_GT(engine.counts.unchanged, 0);
+  }
+  EXPECT_GT(compared, 40);
+}
