@@ -5,6 +5,8 @@
 #           edited, one CIRCLE added
 #   redraw: one LINE erased and drawn again alike (a new handle), one LINE
 #           moved by less than the tolerance 0.0001
+#   rehandle: every entity of model space copied under a new handle, in
+#           reverse order, and the original erased
 #   attrib: the first attribute of the first block reference edited
 #   block:  a block CMPTEST (a circle) and a reference to it are added to
 #           both; in NEW the circle in the block is moved
@@ -45,6 +47,11 @@ elif mode == "redraw":
     nudged = lines[1]
     nudged.dxf.start = nudged.dxf.start + (0.00002, 0, 0)
     print("nudged", nudged.dxf.handle)
+elif mode == "rehandle":
+    for entity in reversed(list(msp)):
+        msp.add_entity(entity.copy())
+        msp.delete_entity(entity)
+    print("entities", len(msp))
 elif mode == "attrib":
     reference = msp.query("INSERT")[0]
     attribute = reference.attribs[0]

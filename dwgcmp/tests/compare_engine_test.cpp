@@ -181,6 +181,16 @@ TEST(CompareEngine, RedrawnObjectsPairByTheirDataAndTheToleranceHolds) {
   const auto result = marks(dir + "/new_res.dxf");
   for (const auto& [handle, mark] : result) EXPECT_EQ(mark.layer.rfind("CMP_", 0), std::string::npos) << handle;
 
+  // Every object copied under a new handle pairs with its old self by its data.
+  const std::string again = folder("rehandle");
+  auto copied = makeVersions(again, "rehandle");
+  ASSERT_EQ(copied.size(), 1u);
+  copy(again + "/old.dxf", again + "/old_res.dxf");
+  copy(again + "/new.dxf", again + "/new_res.dxf");
+  ASSERT_GT(engine.compare(again + "/old_res.dxf", again + "/new_res.dxf"), 0);
+  EXPECT_EQ(engine.counts.added + engine.counts.deleted + engine.counts.changed + engine.counts.propertyOnly, 0);
+  EXPECT_EQ(engine.counts.unchanged, std::stoll(copied["entities"]));
+
   // A finer tolerance sees the nudge; greyed unchanged objects go to their layer in grey (palette 9).
   copy(dir + "/old.dxf", dir + "/old_res.dxf");
   copy(dir + "/new.dxf", dir + "/new_res.dxf");
