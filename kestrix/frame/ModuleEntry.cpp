@@ -8,6 +8,7 @@
 #include "RxModule.h"
 #include "RyApDocManager.h"
 #include "RyHostServices.h"
+#include "compare/Compare.h"
 #include "frame/DocData.h"
 #include "frame/ModuleResources.h"
 #include "frame/NesterFrame.h"
@@ -73,6 +74,12 @@ ComparisonEngine& comparisonEngine() {
 }
 
 [[maybe_unused]] const bool s_attached = (comparisonEngine(), true);
+
+}  // namespace
+
+HMODULE kestrix::comparisonLibrary() { return comparisonEngine().handle; }
+
+namespace {
 
 bool g_initialised = false;
 

@@ -33,6 +33,10 @@ void attinCommand();
 // Block replacement (blocks/BlockReplace.cpp).
 void blockreplaceCommand();
 
+// Drawing comparison (compare/Compare.cpp).
+void CmpCommand();
+void cmpCommandLine();
+
 // Selection by sample (frame/SelectionBySample.cpp).
 void getselCommand();
 void getBlkSelCommand();
