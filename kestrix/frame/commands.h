@@ -39,3 +39,7 @@ void getColSelCommand();
 void getEntLaySelCommand();
 void getEntColSelCommand();
 void getLayColSelCommand();
+
+// Text masks and text to multiline text (text/TextMask.cpp, text/TextToMText.cpp).
+void textmaskCommand();
+void textunmaskCommand();
