@@ -31,7 +31,7 @@ const std::vector<KestrixCommand>& kestrixCommandTable() {
     {L"EvKestrixTools", L"textfit", 64018, 2, &notAvailableCommand},
     {L"EvKestrixTools", L"textmask", 64019, 0, &textmaskCommand},
     {L"EvKestrixTools", L"textunmask", 64020, 2, &textunmaskCommand},
-    {L"EvKestrixTools", L"txt2mtxt", 64021, 2, &notAvailableCommand},
+    {L"EvKestrixTools", L"txt2mtxt", 64021, 2, &txt2mtxtCommand},
     {L"EvKestrixTools", L"tjust", 64022, 2, &notAvailableCommand},
     {L"EvKestrixTools", L"torient", 64023, 2, &notAvailableCommand},
     {L"EvKestrixTools", L"tcircle", 64024, 2, &notAvailableCommand},

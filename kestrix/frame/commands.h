@@ -43,3 +43,4 @@ void getLayColSelCommand();
 // Text masks and text to multiline text (text/TextMask.cpp, text/TextToMText.cpp).
 void textmaskCommand();
 void textunmaskCommand();
+void txt2mtxtCommand();

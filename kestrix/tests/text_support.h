@@ -20,7 +20,6 @@ namespace txt {
 
 inline OdDbObjectId append(OdDbDatabase* db, OdDbEntity* entity, const OdDbObjectId& layer = OdDbObjectId()) {
   OdDbBlockTableRecordPtr space = OdDbBlockTableRecord::cast(db->getModelSpaceId().openObject(OdDb::kForWrite).get());
-  entity->setDatabaseDefaults(db);
   if (!layer.isNull()) entity->setLayer(layer);
   return space->appendOdDbEntity(entity);
 }
