@@ -4,6 +4,8 @@
 set -euo pipefail
 packages=(cmake ninja-build g++ clang libclang-rt-14-dev googletest libgtest-dev libgmock-dev
           libbenchmark-dev python3-ezdxf ccache libboost-dev libedit-dev)
+# Pictures of drawings for the documents: librecad dxf2pdf under Xvfb, then pdftoppm.
+packages+=(librecad xvfb poppler-utils)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
