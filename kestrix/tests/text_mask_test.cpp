@@ -278,6 +278,9 @@ TEST(TextMask, ATiltedTextIsMaskedInItsOwnPlaneAndTheUcsStaysAsItWas) {
   expectCorners(report.masks.at(masks[0]),
                 {at - x * m - y * m, at + x * (1.4 + m) - y * m, at + x * (1.4 + m) + y * (1 + m), at - x * m + y * (1 + m)},
                 "tilted");
+  // The UCS commands run inside take nothing from the one undo step.
+  session.run({"U"});
+  EXPECT_EQ(session.modelSpace().length(), 1u);
 }
 
 TEST(TextMask, LockedLayersOtherObjectsAndRemovalAreRespected) {

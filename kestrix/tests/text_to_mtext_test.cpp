@@ -141,6 +141,27 @@ TEST(TextToMText, EachTextOnItsOwnWithoutWrapAndOnlyUpperCaseTrueTurnsAnOptionOn
   EXPECT_EQ(report.texts, std::vector<std::string>{"Kept"});
 }
 
+TEST(TextToMText, TheSecondMergeTakesMultilineTextsInAndTheFirstDoesNot) {
+  HostSession session;
+  ASSERT_TRUE(session.loadModule());
+  OdDbDatabase* db = session.db();
+  txt::TextSpec spec;
+  spec.text = L"Head";
+  const std::string text = "#" + txt::handleOf(txt::text(db, spec));
+  const std::string mtext = "#" + txt::handleOf(txt::mtext(db, L"One\\PTwo", {0, -3, 0}, 1, OdDbMText::kTopLeft, 0));
+  setOptions(L"FALSE", L"FALSE", L"TRUE");
+  EXPECT_THAT(session.run({"txt2mtxt", text, mtext, ""}),
+              HasSubstr("No text converted for 1 object(s) on locked layers or not single-line texts."));
+  Report report = read(db, "first-merge");
+  ASSERT_EQ(report.mtexts.size(), 2u);  // the new one and the one left
+  session.run({"U"});
+  setOptions(L"TRUE", L"FALSE", L"TRUE");
+  session.run({"txt2mtxt", text, mtext, ""});
+  report = read(db, "second-merge");
+  ASSERT_EQ(report.mtexts.size(), 1u);
+  EXPECT_EQ(report.contents[0], "Head\\POne\\PTwo");
+}
+
 TEST(TextToMText, EscAndACancelledDialogChangeNothing) {
   HostSession session;
   ASSERT_TRUE(session.loadModule());
