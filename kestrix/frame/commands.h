@@ -78,3 +78,8 @@ void laylckotherCommand();
 void laymoveCommand();
 void laychgcolorCommand();
 void laydraworderCommand();
+
+// Text masks and text to multiline text (text/TextMask.cpp, text/TextToMText.cpp).
+void textmaskCommand();
+void textunmaskCommand();
+void txt2mtxtCommand();

@@ -65,6 +65,11 @@ TEST(BlockCount, EnterCountsTheWholeDrawingAndTheTableLinesUpOnPeriods) {
   EXPECT_THAT(session.run({"bcount", "L", ""}),
               HasSubstr("\nBlock ..\nCount " + std::string(12, '-') + "\na" + dots(6) + "1\n"));
   EXPECT_EQ(blockNamesOf(session.host().current()->selections().gripSet()), (std::vector<std::string>{"a"}));
+  // The counted set is the drawing's selection: the next command takes it.
+  EXPECT_EQ(blockNamesOf(session.host().current()->selections().pickFirst()), (std::vector<std::string>{"a"}));
+  const size_t before = session.modelSpace().length();
+  session.run({"ERASE"});
+  EXPECT_EQ(session.modelSpace().length(), before - 1);
 }
 
 TEST(BlockCount, AnonymousBlocksAndExternalReferencesAreNotCounted) {

@@ -7,6 +7,7 @@
 #include "DbSymbolTable.h"
 
 class OdDbBlockTableRecord;
+class OdDbSortentsTable;
 using OdDbBlockTableRecordPtr = OdSmartPtr<OdDbBlockTableRecord>;
 
 // Walks ids in order, skipping erased objects unless asked not to.
@@ -51,6 +52,11 @@ class OdDbBlockTableRecord : public OdDbSymbolTableRecord {
   // Adds an entity (not yet in a database) at the end; returns its id.
   OdDbObjectId appendOdDbEntity(OdDbEntity* entity);
   OdDbObjectIteratorPtr newIterator(bool atBeginning = true, bool skipErased = true) const;
+  // The block's draw-order table ("ACAD_SORTENTS" in its extension
+  // dictionary), made on request when the block has none; the block must be
+  // open for write to make one.
+  OdResult getSortentsTable(OdSmartPtr<OdDbSortentsTable>& table, OdDb::OpenMode mode,
+                            bool createIfNecessary = false);
   // Every entity id in order, erased ones included.
   const OdDbObjectIdArray& entityIds() const { return m_entities; }
   // The references (INSERT and MINSERT) to this block in the whole drawing,

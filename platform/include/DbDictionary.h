@@ -141,6 +141,9 @@ class OdDbSortentsTable : public OdDbObject {
   OdResult moveToTop(const OdDbObjectIdArray& ids);
   OdResult moveToBottom(const OdDbObjectIdArray& ids);
   OdDbHandle sortHandleOf(const OdDbObjectId& id) const;
+  // Sets the whole order at once (the block's live entities, first drawn
+  // first): one pass where many single moves would each walk the block.
+  void setDrawOrder(const OdDbObjectIdArray& order);
 
   struct Pair {
     OdDbObjectId entity;
@@ -152,7 +155,6 @@ class OdDbSortentsTable : public OdDbObject {
   void setDrawOrder(const OdDbObjectIdArray& order);
 
  protected:
-
   OdDbObjectId m_blockId;
   std::vector<Pair> m_pairs;
 

@@ -384,6 +384,7 @@ bool Host::runCommand(const OdString& typed) {
     doc->selections().pickFirst().clear();
     doc->selections().gripSet().clear();
   }
+  if (m_runningCommands.empty()) doc->selections().setPickFirstHandedOn(false);
   const bool undoable = !(flags & OdEdCommand::kTransparent) && !(flags & OdEdCommand::kNoUndoMarker) && m_runningCommands.empty();
   if (undoable) doc->database()->startUndoRecord();
   for (OdEditorReactor* reactor : std::vector<OdEditorReactor*>(m_editorReactors)) reactor->commandWillStart(global);
@@ -401,7 +402,10 @@ bool Host::runCommand(const OdString& typed) {
     print(L"\nError: " + OdString(error.what()));
   }
   m_runningCommands.pop_back();
-  if (m_runningCommands.empty() && (flags & OdEdCommand::kUsePickSet) && !(flags & OdEdCommand::kRedraw) && m_current == doc) {
+  // A command that takes the pick-first set consumes it, unless it handed a
+  // set on as the new pick-first set (a count that selects what it counted).
+  if (m_runningCommands.empty() && (flags & OdEdCommand::kUsePickSet) && !(flags & OdEdCommand::kRedraw) && m_current == doc &&
+      !doc->selections().pickFirstHandedOn()) {
     doc->selections().pickFirst().clear();
   }
   for (OdEditorReactor* reactor : std::vector<OdEditorReactor*>(m_editorReactors)) {

@@ -23,6 +23,10 @@ class SelectionSets {
   std::vector<OdDbObjectId>& pickFirst() { return m_pickFirst; }
   std::vector<OdDbObjectId>& gripSet() { return m_grips; }
   std::vector<OdDbObjectId>& previous() { return m_previous; }
+  // A command that hands a set on as the pick-first set (ryedSSSetFirst)
+  // leaves it selected when it ends; the host clears only sets it consumed.
+  void setPickFirstHandedOn(bool on) { m_pickFirstHandedOn = on; }
+  bool pickFirstHandedOn() const { return m_pickFirstHandedOn; }
 
   void toName(std::int64_t number, ads_name name) const {
     name[0] = number;
@@ -34,6 +38,7 @@ class SelectionSets {
   std::map<std::int64_t, std::vector<OdDbObjectId>> m_sets;
   std::int64_t m_next = 1;
   std::vector<OdDbObjectId> m_pickFirst, m_grips, m_previous;
+  bool m_pickFirstHandedOn = false;
 };
 
 }  // namespace ryhost

@@ -83,7 +83,7 @@ OdString folderOf(const OdString& path) {
 SysVars::SysVars() {
   // Session variables of the host.
   add(session(L"CMDECHO", shortValue(1), 0, 1, L"Echo of commands run by programs"));
-  add(session(L"OSMODE", shortValue(4133), 0, 16383, L"Running object snaps"));
+  add(session(L"OSMODE", shortValue(4133), 0, 32767, L"Running object snaps"));
   add(session(L"FILEDIA", shortValue(1), 0, 1, L"File dialogs (1) or the command line (0) for file names"));
   add(session(L"ERRNO", shortValue(0), 0, 32767, L"Code of the last error of a program call"));
   add(session(L"PICKSTYLE", shortValue(1), 0, 3, L"Group and associative hatch selection"));

@@ -737,6 +737,7 @@ int ryedSSSetFirst(const ads_name pickFirstSet, const ads_name gripSet) {
   if (!take(pickFirstSet, pickFirst) || !take(gripSet, grips)) return RTERROR;
   doc->selections().pickFirst() = std::move(pickFirst);
   doc->selections().gripSet() = std::move(grips);
+  doc->selections().setPickFirstHandedOn(!doc->selections().pickFirst().empty());
   return RTNORM;
 }
 

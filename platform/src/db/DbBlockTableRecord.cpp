@@ -4,6 +4,7 @@
 
 #include "DbBlockReference.h"
 #include "DbDatabase.h"
+#include "DbDictionary.h"
 
 ODDB_DEFINE_MEMBERS(OdDbBlockTableRecord, OdDbSymbolTableRecord, L"BLOCK_RECORD")
 ODDB_DEFINE_MEMBERS(OdDbBlockBegin, OdDbEntity, L"BLOCK")
@@ -49,6 +50,31 @@ OdDbObjectId OdDbBlockTableRecord::appendOdDbEntity(OdDbEntity* entity) {
   m_entities.append(id);
   if (entity->layerId().isNull()) entity->setDatabaseDefaults(db);
   return id;
+}
+
+OdResult OdDbBlockTableRecord::getSortentsTable(OdSmartPtr<OdDbSortentsTable>& table, OdDb::OpenMode mode,
+                                               bool createIfNecessary) {
+  table.release();
+  if (!database()) return eNotInDatabase;
+  OdDbObjectId dictionaryId = extensionDictionary();
+  if (dictionaryId.isNull() || dictionaryId.isErased()) {
+    if (!createIfNecessary) return eKeyNotFound;
+    if (OdResult status = createExtensionDictionary(); status != eOk) return status;
+    dictionaryId = extensionDictionary();
+  }
+  OdDbDictionaryPtr dictionary = OdDbDictionary::cast(dictionaryId.openObject().get());
+  if (dictionary.isNull()) return eKeyNotFound;
+  OdDbObjectId tableId = dictionary->getAt(L"ACAD_SORTENTS");
+  if (tableId.isNull() || tableId.isErased()) {
+    if (!createIfNecessary) return eKeyNotFound;
+    dictionary->upgradeOpen();
+    OdDbSortentsTablePtr made = OdDbSortentsTable::createObject();
+    made->setBlockId(objectId());
+    tableId = dictionary->setAt(L"ACAD_SORTENTS", made.get());
+    made->addPersistentReactor(dictionaryId);
+  }
+  table = OdDbSortentsTable::cast(tableId.openObject(mode).get());
+  return table.isNull() ? eNotThatKindOfClass : eOk;
 }
 
 OdDbObjectIteratorPtr OdDbBlockTableRecord::newIterator(bool atBeginning, bool skipErased) const {

@@ -1,6 +1,7 @@
 #include "DbDictionary.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "DbBlockTableRecord.h"
 #include "DbDatabase.h"
@@ -434,9 +435,16 @@ void OdDbSortentsTable::getFullDrawOrder(OdDbObjectIdArray& ids) const {
   OdDbObjectPtr object = m_blockId.openObject();
   auto* block = dynamic_cast<OdDbBlockTableRecord*>(object.get());
   if (!block) return;
+  // The sort handles by entity handle, looked up once each.
+  std::unordered_map<OdUInt64, OdUInt64> sortHandles;
+  sortHandles.reserve(m_pairs.size());
+  for (const auto& pair : m_pairs) sortHandles.emplace(pair.entity.handle().value(), pair.sortHandle);
   std::vector<std::pair<OdUInt64, OdDbObjectId>> order;
   for (const auto& id : block->entityIds()) {
-    if (!id.isErased()) order.emplace_back(sortHandleOf(id).value(), id);
+    if (id.isErased()) continue;
+    const OdUInt64 handle = id.handle().value();
+    const auto found = sortHandles.find(handle);
+    order.emplace_back(found == sortHandles.end() ? handle : found->second, id);
   }
   std::stable_sort(order.begin(), order.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
   for (const auto& entry : order) ids.append(entry.second);
@@ -444,8 +452,15 @@ void OdDbSortentsTable::getFullDrawOrder(OdDbObjectIdArray& ids) const {
 
 void OdDbSortentsTable::setDrawOrder(const OdDbObjectIdArray& order) {
   // The sort handles of the entities, sorted, are handed out again in the new order.
+  std::unordered_map<OdUInt64, OdUInt64> sortHandles;
+  sortHandles.reserve(m_pairs.size());
+  for (const auto& pair : m_pairs) sortHandles.emplace(pair.entity.handle().value(), pair.sortHandle);
   std::vector<OdUInt64> handles;
-  for (const auto& id : order) handles.push_back(sortHandleOf(id).value());
+  handles.reserve(order.size());
+  for (const auto& id : order) {
+    const auto found = sortHandles.find(id.handle().value());
+    handles.push_back(found == sortHandles.end() ? id.handle().value() : found->second);
+  }
   std::sort(handles.begin(), handles.end());
   assertWriteEnabled();
   m_pairs.clear();
