@@ -151,8 +151,6 @@ class OdDbSortentsTable : public OdDbObject {
     bool operator==(const Pair&) const = default;
   };
   const std::vector<Pair>& pairs() const { return m_pairs; }
-  // Every entity of the block in the new drawing order (first drawn first).
-  void setDrawOrder(const OdDbObjectIdArray& order);
 
  protected:
   OdDbObjectId m_blockId;
