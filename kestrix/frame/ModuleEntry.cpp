@@ -56,24 +56,27 @@ OdRxWin32Module& wrapper() {
 // ---------------------------------------------------------------- load time
 
 // The comparison engine, looked up on the host's search path when the
-// library is attached and freed when it is detached.
+// library is attached and freed when it is detached. A plain handle with a
+// library destructor, not a static object: the run-time's exit handlers of a
+// module's statics may outlive the module's code once it is unloaded.
 struct ComparisonEngine {
   HMODULE handle = nullptr;
-  ComparisonEngine() {
+  void load() {
     wchar_t path[MAX_PATH * 4] = {};
     if (ryedFindFile(L"dwgcmp.dll", path, MAX_PATH * 4) == RTNORM) handle = LoadLibraryW(path);
   }
-  ~ComparisonEngine() {
+  void free() {
     if (handle) FreeLibrary(handle);
+    handle = nullptr;
   }
 };
 
-ComparisonEngine& comparisonEngine() {
-  static ComparisonEngine engine;
-  return engine;
-}
+ComparisonEngine g_engine;
 
-[[maybe_unused]] const bool s_attached = (comparisonEngine(), true);
+ComparisonEngine& comparisonEngine() { return g_engine; }
+
+__attribute__((constructor)) void attachComparisonEngine() { g_engine.load(); }
+__attribute__((destructor)) void detachComparisonEngine() { g_engine.free(); }
 
 }  // namespace
 

@@ -420,7 +420,14 @@ int Host::runCommandLine() {
   while (!m_quit) {
     Reply reply = readReply(L"\nCommand: ");
     if (reply.kind == Reply::kEnd) break;
-    if (reply.kind == Reply::kCancel) continue;
+    if (reply.kind == Reply::kCancel) {
+      // Esc at the Command prompt drops the selection.
+      if (m_current) {
+        m_current->selections().pickFirst().clear();
+        m_current->selections().gripSet().clear();
+      }
+      continue;
+    }
     OdString name = reply.text;
     name.trimLeft().trimRight();
     if (name.isEmpty()) {
