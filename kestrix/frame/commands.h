@@ -45,3 +45,6 @@ void boolopCommand();
 
 // A linetype made from drawn geometry (linetypes/LinetypeMaker.cpp).
 void mkltypeCommand();
+
+// The system-variable dialog (linetypes/SysVarDialog.cpp).
+void sysvdlgCommand();
