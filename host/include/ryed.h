@@ -49,6 +49,11 @@ RYAD_API int ryedOsnap(const ads_point point, const ACHAR* mode, ads_point resul
 // ---- System variables
 RYAD_API int ryedGetVar(const ACHAR* name, resbuf* result);
 RYAD_API int ryedSetVar(const ACHAR* name, const resbuf* value);
+// Every system variable of the host, in name order, as a list of three
+// buffers per variable: RTSTR its name, RTSHORT the type of its value
+// (RTSHORT, RTLONG, RTREAL, RTSTR, RTPOINT or RT3DPOINT), RTSHORT 1 when it
+// is read-only, else 0. The caller frees the list with ryutRelRb.
+RYAD_API int ryedGetSysVarList(resbuf** list);
 
 // ---- Host commands
 // Arguments as type/value pairs ending with RTNONE: RTSTR (const ACHAR*; ""

@@ -90,7 +90,7 @@ const std::vector<KestrixCommand>& kestrixCommandTable() {
     {L"EvKestrixTools", L"superhatch", 64075, 0x2000000, &notAvailableCommand},
     {L"EvKestrixTools", L"RY_boolop", 64076, 0, &boolopCommand},
     {L"EVKESTRIXTOOLSCMD", L"Line2PL", 64077, 0, &notAvailableCommand},
-    {L"EvKestrixTools", L"sysvdlg", 64078, 0, &notAvailableCommand},
+    {L"EvKestrixTools", L"sysvdlg", 64078, 0, &sysvdlgCommand},
     {L"EvKestrixTools", L"mkltype", 64079, 0, &mkltypeCommand},
     {L"EvKestrixTools", L"xdata", 64080, 0, &notAvailableCommand},
     {L"EvKestrixTools", L"XDLIST", 64081, 0, &notAvailableCommand},

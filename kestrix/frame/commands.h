@@ -83,3 +83,6 @@ void laydraworderCommand();
 void textmaskCommand();
 void textunmaskCommand();
 void txt2mtxtCommand();
+
+// The system-variable dialog (linetypes/SysVarDialog.cpp).
+void sysvdlgCommand();

@@ -267,6 +267,30 @@ int ryedSetVar(const ACHAR* name, const resbuf* given) {
   return Host::instance().sysvars().set(name, value);
 }
 
+int ryedGetSysVarList(resbuf** list) {
+  if (!list) return RTERROR;
+  *list = nullptr;
+  resbuf** tail = list;
+  auto append = [&tail](resbuf* rb) {
+    *tail = rb;
+    tail = &rb->rbnext;
+  };
+  const ryhost::SysVars& vars = Host::instance().sysvars();
+  for (const OdString& name : vars.names()) {
+    const ryhost::SysVarDef* def = vars.find(name);
+    resbuf* rb = ryutNewRb(RTSTR);
+    rb->resval.rstring = copyString(def->name.c_str());
+    append(rb);
+    rb = ryutNewRb(RTSHORT);
+    rb->resval.rint = def->type;
+    append(rb);
+    rb = ryutNewRb(RTSHORT);
+    rb->resval.rint = def->readOnly ? 1 : 0;
+    append(rb);
+  }
+  return RTNORM;
+}
+
 // ---------------------------------------------------------------- host commands
 
 int ryedCmd(const resbuf* args) {
