@@ -19,6 +19,7 @@
 #include "frame/commands.h"
 #include "rydb.h"
 #include "ryed.h"
+#include "ryerrno.h"
 #include "ryut.h"
 
 using namespace kestrix::attributes;
@@ -27,8 +28,6 @@ using kestrix::shortVariable;
 
 namespace {
 
-constexpr int kErrnoMissedPick = 7;
-constexpr int kErrnoNullReply = 52;
 constexpr size_t kFileNameReplySize = 133;  // 132 characters and the terminator
 constexpr short kLockedOnly = 4;
 
