@@ -64,10 +64,8 @@ void attoutCommand() {
   OdString path;
   if (!chooseExportFile(path)) return;
 
-  resbuf* filter = attributedReferenceFilter();
   ads_name ss = {0, 0};
-  const int status = ryedSSGet(nullptr, nullptr, nullptr, filter, ss);
-  ryutRelRb(filter);
+  const int status = ryedSSGet(nullptr, nullptr, nullptr, attributedReferenceFilter().get(), ss);
   if (status == RTCAN) {
     ryutPrintf(L"%ls", ResourceString(2021).c_str());
     return;

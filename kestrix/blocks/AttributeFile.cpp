@@ -49,7 +49,7 @@ int ColumnList::indexOf(const OdString& tag) const {
 
 // ---------------------------------------------------------------- references
 
-resbuf* attributedReferenceFilter() { return ryutBuildList(RTDXF0, L"INSERT", 66, 1, RTNONE); }
+ResultList attributedReferenceFilter() { return ResultList(ryutBuildList(RTDXF0, L"INSERT", 66, 1, RTNONE)); }
 
 const OdString& BlockNames::of(const OdDbBlockReference* reference) {
   const OdDbObjectId blockId = reference->blockTableRecord();

@@ -27,6 +27,7 @@
 
 #include "DbBlockReference.h"
 #include "OdString.h"
+#include "frame/ResultLists.h"
 #include "rytypes.h"
 
 class RyCStdioFile;
@@ -98,7 +99,7 @@ class ColumnList {
 };
 
 // The selection filter of block references with attributes: (0 . "INSERT") (66 . 1).
-resbuf* attributedReferenceFilter();
+ResultList attributedReferenceFilter();
 
 // Block names by block record, looked up once each.
 class BlockNames {

@@ -19,16 +19,16 @@
 #include "frame/commands.h"
 #include "rydb.h"
 #include "ryed.h"
+#include "ryerrno.h"
 #include "ryut.h"
 
 using namespace kestrix::attributes;
 using kestrix::findGroup;
+using kestrix::ResultList;
 using kestrix::shortVariable;
 
 namespace {
 
-constexpr int kErrnoMissedPick = 7;
-constexpr int kErrnoNullReply = 52;
 constexpr size_t kFileNameReplySize = 133;  // 132 characters and the terminator
 constexpr short kLockedOnly = 4;
 
@@ -79,14 +79,13 @@ bool chooseImportFile(OdString& path) {
 class UnlockedLayers {
  public:
   UnlockedLayers() {
-    for (resbuf* record = rydbTblNext(L"LAYER", 1); record; record = rydbTblNext(L"LAYER", 0)) {
-      const resbuf* name = findGroup(record, 2);
-      const resbuf* flags = findGroup(record, 70);
+    for (ResultList record(rydbTblNext(L"LAYER", 1)); record; record.reset(rydbTblNext(L"LAYER", 0))) {
+      const resbuf* name = findGroup(record.get(), 2);
+      const resbuf* flags = findGroup(record.get(), 70);
       if (name && flags && flags->resval.rint == kLockedOnly && unlock(name->resval.rstring)) {
         if (!m_names.isEmpty()) m_names += L",";
         m_names += kestrix::wildcardEscaped(name->resval.rstring);
       }
-      ryutRelRb(record);
     }
   }
   ~UnlockedLayers() {
@@ -98,17 +97,14 @@ class UnlockedLayers {
 
  private:
   static bool unlock(const wchar_t* name) {
-    resbuf* entityName = rydbTblObjName(L"LAYER", name);
+    const ResultList entityName(rydbTblObjName(L"LAYER", name));
     if (!entityName) return false;
-    resbuf* list = rydbEntGet(entityName->resval.rlname);
-    ryutRelRb(entityName);
-    bool done = false;
-    if (resbuf* flags = const_cast<resbuf*>(findGroup(list, 70))) {
+    const ResultList list(rydbEntGet(entityName->resval.rlname));
+    if (resbuf* flags = const_cast<resbuf*>(findGroup(list.get(), 70))) {
       flags->resval.rint = 0;
-      done = rydbEntMod(list) == RTNORM;
+      return rydbEntMod(list.get()) == RTNORM;
     }
-    ryutRelRb(list);
-    return done;
+    return false;
   }
   OdString m_names;
 };
@@ -292,10 +288,8 @@ class RowImporter {
   }
 
   bool firstInCrossing(const ads_point first, const ads_point second, ads_name entity) {
-    resbuf* filter = attributedReferenceFilter();
     ads_name ss = {0, 0};
-    const int status = ryedSSGet(L"C", first, second, filter, ss);
-    ryutRelRb(filter);
+    const int status = ryedSSGet(L"C", first, second, attributedReferenceFilter().get(), ss);
     OdInt32 found = 0;
     if (status == RTNORM) ryedSSLength(ss, &found);
     ryutPrintf(L"%ls%ld%ls", ResourceString(2040).c_str(), static_cast<long>(found),

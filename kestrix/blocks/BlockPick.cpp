@@ -7,14 +7,12 @@
 #include "frame/ResultLists.h"
 #include "rydb.h"
 #include "ryed.h"
+#include "ryerrno.h"
 #include "ryut.h"
 
 namespace kestrix::blocks {
 
 namespace {
-
-constexpr int kErrnoMissedPick = 7;
-constexpr int kErrnoNullReply = 52;
 
 // The entity's type (group 0) and block name (group 2).
 bool describe(const ads_name entity, OdString& type, OdString& blockName) {

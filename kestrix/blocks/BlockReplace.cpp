@@ -16,6 +16,7 @@
 #include "frame/Guards.h"
 #include "frame/Names.h"
 #include "frame/ResourceString.h"
+#include "frame/ResultLists.h"
 #include "frame/commands.h"
 #include "rydb.h"
 #include "ryed.h"
@@ -38,10 +39,7 @@ OdDbObjectId blockId(const OdString& name) {
 }
 
 bool blockExists(const OdString& name) {
-  resbuf* record = rydbTblSearch(L"BLOCK", name.c_str(), 0);
-  if (!record) return false;
-  ryutRelRb(record);
-  return true;
+  return kestrix::ResultList(rydbTblSearch(L"BLOCK", name.c_str(), 0)) != nullptr;
 }
 
 // Whether the definition of container holds, among its own entities, a

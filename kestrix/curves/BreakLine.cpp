@@ -101,19 +101,17 @@ void entityStyle(const ads_name entity, OdString& layer, int& lineWeight) {
 }
 
 bool makePolyline(const std::vector<OdGePoint3d>& points, const OdString& layer, int lineWeight) {
-  resbuf* list = ryutBuildList(RTDXF0, L"LWPOLYLINE", 100, L"AcDbEntity", 8, layer.c_str(), 370, lineWeight, 100,
-                               L"AcDbPolyline", 90, static_cast<OdInt32>(points.size()), 70, 0, 38, points[0].z,
-                               RTNONE);
-  resbuf* tail = list;
+  const ResultList list(ryutBuildList(RTDXF0, L"LWPOLYLINE", 100, L"AcDbEntity", 8, layer.c_str(), 370, lineWeight,
+                                     100, L"AcDbPolyline", 90, static_cast<OdInt32>(points.size()), 70, 0, 38,
+                                     points[0].z, RTNONE));
+  resbuf* tail = list.get();
   while (tail->rbnext) tail = tail->rbnext;
   for (const OdGePoint3d& p : points) {
     const ads_point xyz = {p.x, p.y, 0};
     tail->rbnext = ryutBuildList(10, xyz, RTNONE);
     tail = tail->rbnext;
   }
-  const bool made = rydbEntMake(list) == RTNORM;
-  ryutRelRb(list);
-  return made;
+  return rydbEntMake(list.get()) == RTNORM;
 }
 
 // The symbol on the line `line` at `location` with size s. The first mode

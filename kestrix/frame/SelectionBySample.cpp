@@ -16,6 +16,7 @@
 #include "ryut.h"
 
 using kestrix::findGroup;
+using kestrix::ResultList;
 
 namespace {
 
@@ -37,7 +38,7 @@ void appendShort(resbuf*& head, resbuf**& tail, int code, short value) {
 // The filter that matches the sample's chosen properties. The filter reads
 // wildcards, so the sample's block and layer names go in escaped: "*U1"
 // selects that block only, not every name ending in "U1".
-resbuf* filterFromSample(const resbuf* sample, unsigned properties) {
+ResultList filterFromSample(const resbuf* sample, unsigned properties) {
   resbuf* head = nullptr;
   resbuf** tail = &head;
   if (properties & (kType | kBlock)) {
@@ -56,7 +57,7 @@ resbuf* filterFromSample(const resbuf* sample, unsigned properties) {
     const resbuf* color = findGroup(sample, 62);
     appendShort(head, tail, 62, color ? color->resval.rint : 256);
   }
-  return head;
+  return ResultList(head);
 }
 
 // Drops what must not be handed on: viewports (paper space's own frames).
@@ -110,17 +111,13 @@ void selectBySample(unsigned properties) {
   ads_name sample;
   ads_point picked;
   if (ryedEntSel(prompt.c_str(), sample, picked) != RTNORM) return;
-  resbuf* list = rydbEntGet(sample);
+  ResultList list(rydbEntGet(sample));
   if (!list) return;
-  const resbuf* type = findGroup(list, 0);
-  if ((properties & kBlock) && (!type || OdString(type->resval.rstring).iCompare(L"INSERT") != 0)) {
-    ryutRelRb(list);
-    return;
-  }
-  resbuf* filter = filterFromSample(list, properties);
-  ryutRelRb(list);
-  selectAndHandOn(filter);
-  ryutRelRb(filter);
+  const resbuf* type = findGroup(list.get(), 0);
+  if ((properties & kBlock) && (!type || OdString(type->resval.rstring).iCompare(L"INSERT") != 0)) return;
+  const ResultList filter = filterFromSample(list.get(), properties);
+  list.reset();
+  selectAndHandOn(filter.get());
 }
 
 }  // namespace
@@ -146,13 +143,12 @@ void getselCommand() {
       ads_name sample;
       ads_point picked;
       if (ryedEntSel(ResourceString(14702), sample, picked) != RTNORM) continue;
-      resbuf* list = rydbEntGet(sample);
+      const ResultList list(rydbEntGet(sample));
       // The sample's names are names: escaped before they go into the filter.
-      if (const resbuf* layer = findGroup(list, 8))
+      if (const resbuf* layer = findGroup(list.get(), 8))
         std::wcsncpy(layers, kestrix::wildcardEscaped(layer->resval.rstring).c_str(), 511);
-      if (const resbuf* type = findGroup(list, 0))
+      if (const resbuf* type = findGroup(list.get(), 0))
         std::wcsncpy(types, kestrix::wildcardEscaped(type->resval.rstring).c_str(), 511);
-      ryutRelRb(list);
       break;
     }
     if (status != RTNORM) return;
@@ -162,14 +158,12 @@ void getselCommand() {
     if (*reply) std::wcsncpy(types, reply, 511);
     break;
   }
-  resbuf* filter = ryutBuildList(RTDXF0, types, 8, layers, RTNONE);
+  const ResultList filter(ryutBuildList(RTDXF0, types, 8, layers, RTNONE));
   ads_name ss = {0, 0};
-  if (ryedSSGet(L"X", nullptr, nullptr, filter, ss) != RTNORM) {
-    ryutRelRb(filter);
+  if (ryedSSGet(L"X", nullptr, nullptr, filter.get(), ss) != RTNORM) {
     ryutPrintf(ResourceString(14711));
     return;
   }
-  ryutRelRb(filter);
   dropViewports(ss);
   OdInt32 length = 0;
   ryedSSLength(ss, &length);

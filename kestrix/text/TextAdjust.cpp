@@ -9,14 +9,12 @@
 #include "frame/ResultLists.h"
 #include "rydb.h"
 #include "ryed.h"
+#include "ryerrno.h"
 #include "ryut.h"
 
 namespace kestrix::text {
 
 namespace {
-
-constexpr int kErrnoMissedPick = 7;
-constexpr int kErrnoNullReply = 52;
 
 // (-4 "<OR") (0 "TEXT") (0 "MTEXT") (0 "ATTDEF") [(-4 "<AND") (0 "INSERT") (66 1) (-4 "AND>")] (-4 "OR>")
 ResultList textFilter(TextKinds kinds) {

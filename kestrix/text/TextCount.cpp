@@ -10,6 +10,7 @@
 #include "frame/Guards.h"
 #include "frame/HostSettings.h"
 #include "frame/ResourceString.h"
+#include "frame/ResultLists.h"
 #include "frame/commands.h"
 #include "rydb.h"
 #include "ryed.h"
@@ -31,12 +32,11 @@ std::vector<OdDbObjectId> ordered(const std::vector<OdDbObjectId>& ids, const Od
   for (const OdDbObjectId& id : ids) {
     ads_name entity;
     if (rydbGetAdsName(entity, id) != RTNORM) continue;
-    resbuf* list = rydbEntGet(entity);
+    const kestrix::ResultList list(rydbEntGet(entity));
     double value = 0;
-    for (const resbuf* rb = list; rb; rb = rb->rbnext) {
+    for (const resbuf* rb = list.get(); rb; rb = rb->rbnext) {
       if (rb->restype == 10) value = rb->resval.rpoint[axis];
     }
-    ryutRelRb(list);
     sorted.emplace(axis == 1 ? -value : value, id);
   }
   std::vector<OdDbObjectId> result;

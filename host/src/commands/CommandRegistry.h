@@ -1,16 +1,12 @@
 // Host commands register themselves by family: each source file of host
-// commands declares a function that adds its commands to the stack, and
-// the kernel calls them all whenever it sets up its commands.
+// commands declares a function that adds its commands to the stack and
+// puts it on the kernel's list of registrars, which the kernel calls
+// whenever it sets up its commands.
 #pragma once
 
-#include <vector>
+#include "core/CommandStack.h"
 
 namespace ryhost {
-
-class CommandStack;
-using HostCommandRegistrar = void (*)(CommandStack& stack);
-
-std::vector<HostCommandRegistrar>& hostCommandRegistrars();
 
 struct HostCommandRegistration {
   explicit HostCommandRegistration(HostCommandRegistrar registrar) { hostCommandRegistrars().push_back(registrar); }

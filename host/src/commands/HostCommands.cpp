@@ -157,15 +157,7 @@ void undoCommand() {
   }
 }
 
-}  // namespace
-
-std::vector<HostCommandRegistrar>& hostCommandRegistrars() {
-  static std::vector<HostCommandRegistrar> registrars;
-  return registrars;
-}
-
-void registerHostCommands(CommandStack& stack) {
-  for (HostCommandRegistrar registrar : hostCommandRegistrars()) registrar(stack);
+void registerFileCommands(CommandStack& stack) {
   const wchar_t* group = L"RYAD";
   stack.addCommand(group, L"OPEN", L"OPEN", OdEdCommand::kNoUndoMarker, openCommand);
   stack.addCommand(group, L"NEW", L"NEW", OdEdCommand::kNoUndoMarker, newCommand);
@@ -178,5 +170,9 @@ void registerHostCommands(CommandStack& stack) {
   stack.addCommand(group, L"UNDO", L"UNDO", OdEdCommand::kNoUndoMarker, undoCommand);
   stack.addCommand(group, L"U", L"U", OdEdCommand::kNoUndoMarker, uCommand);
 }
+
+}  // namespace
+
+RYAD_HOST_COMMANDS(registerFileCommands);
 
 }  // namespace ryhost

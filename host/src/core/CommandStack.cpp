@@ -77,6 +77,15 @@ OdArray<OdEdCommand*> CommandStack::commands() const {
   return result;
 }
 
+std::vector<HostCommandRegistrar>& hostCommandRegistrars() {
+  static std::vector<HostCommandRegistrar> registrars;
+  return registrars;
+}
+
+void addHostCommands(CommandStack& stack) {
+  for (HostCommandRegistrar registrar : hostCommandRegistrars()) registrar(stack);
+}
+
 }  // namespace ryhost
 
 OdEdCommandStack* odedRegCmds() { return &ryhost::Host::instance().commands(); }

@@ -46,4 +46,11 @@ class CommandStack : public OdEdCommandStack {
   std::vector<OdSmartPtr<RegisteredCommand>> m_commands;
 };
 
+// The host's own commands register themselves by family, each with a function
+// that adds its commands to a stack (see commands/CommandRegistry.h); the
+// kernel adds them all whenever it sets up its commands.
+using HostCommandRegistrar = void (*)(CommandStack& stack);
+std::vector<HostCommandRegistrar>& hostCommandRegistrars();
+void addHostCommands(CommandStack& stack);
+
 }  // namespace ryhost

@@ -101,7 +101,7 @@ Host::Host()
     : m_commands(std::make_unique<CommandStack>()),
       m_sysvars(std::make_unique<SysVars>()),
       m_modules(std::make_unique<ModuleList>()) {
-  registerHostCommands(*m_commands);
+  addHostCommands(*m_commands);
 }
 
 Host& Host::instance() {
@@ -113,7 +113,7 @@ void Host::reset() {
   m_modules->unloadAll();
   while (!m_documents.empty()) closeDocument(m_documents.back().get());
   m_commands->clear();
-  registerHostCommands(*m_commands);
+  addHostCommands(*m_commands);
   m_sysvars = std::make_unique<SysVars>();
   m_pending.clear();
   m_runningCommands.clear();

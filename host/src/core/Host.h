@@ -282,7 +282,4 @@ class Host : public RyApDocManager, public OdDbHostAppServices, public OdEditor 
   bool m_quit = false;
 };
 
-// Registers the host's own commands (UNDO, U, OPEN, SAVE…) in the stack.
-void registerHostCommands(class CommandStack& stack);
-
 }  // namespace ryhost

@@ -24,6 +24,7 @@
 #include "core/Host.h"
 #include "core/SelectionSets.h"
 #include "rydb.h"
+#include "ryerrno.h"
 #include "ryed.h"
 #include "ryut.h"
 #include "sdk/Input.h"
@@ -38,10 +39,6 @@ using ryhost::SelectionFilter;
 using IdList = std::vector<OdDbObjectId>;
 
 namespace {
-
-// ERRNO values of picking.
-constexpr int kErrnoMissedPick = 7;
-constexpr int kErrnoNullReply = 52;
 
 void setErrno(int code) { Host::instance().sysvars().setInt(L"ERRNO", code); }
 
