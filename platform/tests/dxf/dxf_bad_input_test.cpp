@@ -7,6 +7,7 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <sstream>
 
 #include <sys/stat.h>
@@ -16,6 +17,7 @@
 #include "DbBlockTableRecord.h"
 #include "DbCurves.h"
 #include "DbDatabase.h"
+#include "DbPolyline.h"
 #include "DxfFile.h"
 #include "Ge/GeCircArc3d.h"
 #include "Ge/GeEllipArc3d.h"
@@ -216,4 +218,112 @@ TEST(Saving, FollowsLinksRefusesWhatIsNoFileAndKeepsTheMode) {
   EXPECT_FALSE(std::filesystem::exists(stale));
   EXPECT_TRUE(std::filesystem::exists(other));
   std::filesystem::remove_all(dir);
+}
+
+TEST(BadInput, HandlesAreFinalWhenReadingEnds) {
+  // Handle A0 once, 50 twice, one handle in the placeholder range, and
+  // entities of blocks without handles (an R12 habit).
+  const std::string text = blocksAndEntities(
+      block("B", line(0, 0, 1, 1) + line(1, 1, 2, 2)),
+      "0 LINE\n5 A0\n8 0\n10 0\n20 0\n30 0\n11 1\n21 0\n31 0\n"
+      "0 LINE\n5 50\n8 0\n10 0\n20 0\n30 0\n11 2\n21 0\n31 0\n"
+      "0 LINE\n5 50\n8 0\n10 0\n20 0\n30 0\n11 3\n21 0\n31 0\n"
+      "0 LINE\n5 7FFFFFFF00000002\n8 0\n10 0\n20 0\n30 0\n11 4\n21 0\n31 0\n" +
+          insert("B"));
+  OdDxfReadReport report;
+  OdDbDatabasePtr db = odDxfReadBuffer(text, &report);
+  EXPECT_EQ(repairsWith(report, L"beyond the handles").size(), 1u);
+  EXPECT_EQ(repairsWith(report, L"of another object").size(), 1u);
+
+  std::set<OdUInt64> handles;
+  OdUInt64 highest = 0;
+  db->forEachObjectId([&](const OdDbObjectId& id) {
+    const OdUInt64 handle = id.handle().value();
+    EXPECT_LT(handle, kOdDxfPlaceholderHandles) << id.handle().ascii().toUtf8();
+    EXPECT_TRUE(handles.insert(handle).second) << "handle given twice: " << id.handle().ascii().toUtf8();
+    highest = std::max(highest, handle);
+  });
+  EXPECT_EQ(db->handseed().value(), highest + 1);
+  // The unique handles of the file stay; the first of the repeated pair keeps its own.
+  OdDbBlockTableRecordPtr space = OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject());
+  ASSERT_EQ(space->entityIds().size(), 5u);
+  EXPECT_EQ(space->entityIds()[0].handle().value(), 0xA0u);
+  EXPECT_EQ(space->entityIds()[1].handle().value(), 0x50u);
+  // The others, and everything the file did not number, come above A0.
+  for (int i : {2, 3, 4}) EXPECT_GT(space->entityIds()[i].handle().value(), 0xA0u);
+  // A new object takes the next free handle.
+  OdDbLinePtr added = OdDbLine::createObject();
+  OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite))->appendOdDbEntity(added.get());
+  EXPECT_EQ(added->objectId().handle().value(), highest + 1);
+}
+
+TEST(BadInput, GroupsAreReadAsFieldsWhereverTheyStandAndMarkersWrittenOnce) {
+  const std::string text = blocksAndEntities(
+      "", "0 LINE\n5 A0\n8 WALLS\n62 3\n100 AcDbEntity\n100 AcDbLine\n10 1\n20 2\n30 0\n11 3\n21 4\n31 0\n"
+          "0 LINE\n5 A1\n100 AcDbEntity\n8 0\n100 AcDbLin3\n10 5\n20 6\n30 0\n11 7\n21 8\n31 0\n");
+  OdDxfReadReport report;
+  OdDbDatabasePtr db = odDxfReadBuffer(text, &report);
+  OdDbBlockTableRecordPtr space = OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject());
+  OdDbLinePtr first = OdDbLine::cast(space->entityIds()[0].safeOpenObject());
+  EXPECT_EQ(first->layer(), OdString(L"WALLS"));
+  EXPECT_EQ(first->colorIndex(), 3);
+  OdDbLinePtr second = OdDbLine::cast(space->entityIds()[1].safeOpenObject());
+  EXPECT_EQ(second->endPoint(), OdGePoint3d(7, 8, 0));
+  EXPECT_EQ(repairsWith(report, L"subclass marker").size(), 1u);
+
+  // In the written text every line has each marker once, and the damaged one is gone.
+  const std::string written = odDxfWriteBuffer(db.get(), OdDb::vAC15);
+  const size_t entities = written.find("ENTITIES");
+  const std::string lines = written.substr(entities, written.find("ENDSEC", entities) - entities);
+  auto count = [&](const std::string& what) {
+    int n = 0;
+    for (size_t at = lines.find(what); at != std::string::npos; at = lines.find(what, at + 1)) ++n;
+    return n;
+  };
+  EXPECT_EQ(count("AcDbEntity\r\n"), 2);
+  EXPECT_EQ(count("AcDbLine\r\n"), 2);
+  EXPECT_EQ(count("AcDbLin3"), 0);
+}
+
+TEST(BadInput, LostDictionaryEntriesAndUnknownVersionsAreReportedNotWritten) {
+  const std::string text = groups(
+      "0 SECTION\n2 HEADER\n9 $ACADVER\n1 AC9999\n9 $DWGCODEPAGE\n3 garbage\n0 ENDSEC\n"
+      "0 SECTION\n2 OBJECTS\n"
+      "0 DICTIONARY\n5 C\n330 0\n100 AcDbDictionary\n3 ACAD_GROUP\n350 D\n3 LOST_ENTRY\n350 0\n"
+      "0 DICTIONARY\n5 D\n330 C\n100 AcDbDictionary\n"
+      "0 ENDSEC\n0 EOF\n");
+  OdDxfReadReport report;
+  OdDbDatabasePtr db = odDxfReadBuffer(text, &report);
+  EXPECT_EQ(repairsWith(report, L"unknown drawing version 'AC9999'").size(), 1u);
+  EXPECT_EQ(repairsWith(report, L"unknown code page 'garbage'").size(), 1u);
+  EXPECT_EQ(repairsWith(report, L"entry without an object").size(), 1u);
+  const std::string written = odDxfWriteBuffer(db.get(), odDxfSaveVersion(db.get()));
+  EXPECT_EQ(written.find("LOST_ENTRY"), std::string::npos);
+  EXPECT_EQ(written.find("garbage"), std::string::npos);
+  EXPECT_EQ(written.find("\n350\r\n0\r\n"), std::string::npos);
+}
+
+TEST(BadInput, ResultCodesKeepTheirOwnMessages) {
+  try {
+    odDxfReadFile(OdString(L"/no/such/folder/plan.dxf"));
+    ADD_FAILURE() << "a missing file was read";
+  } catch (const OdError& error) {
+    EXPECT_EQ(error.code(), eCantOpenFile);
+    EXPECT_EQ(error.description().find(L"block"), -1) << error.what();
+  }
+  EXPECT_EQ(odResultDescription(eFileWriteError), OdString(L"The file could not be written"));
+  EXPECT_NE(static_cast<int>(eCantOpenFile), static_cast<int>(eInvalidBlockName));
+}
+
+TEST(BadInput, PolylineFlagsChooseTheSameKindAsEntityLists) {
+  // 72 is 64 and 8: a polyface mesh (64 decides), with a vertex and a face.
+  const std::string text = blocksAndEntities(
+      "", "0 POLYLINE\n8 0\n66 1\n10 0\n20 0\n30 0\n70 72\n71 3\n72 1\n"
+          "0 VERTEX\n8 0\n10 0\n20 0\n30 0\n70 192\n0 VERTEX\n8 0\n10 1\n20 0\n30 0\n70 192\n"
+          "0 VERTEX\n8 0\n10 0\n20 1\n30 0\n70 192\n0 VERTEX\n8 0\n10 0\n20 0\n30 0\n70 128\n71 1\n72 2\n73 3\n"
+          "0 SEQEND\n8 0\n");
+  OdDbDatabasePtr db = odDxfReadBuffer(text);
+  OdDbEntityPtr mesh = firstInModelSpace(db.get());
+  EXPECT_TRUE(mesh->isKindOf(OdDbPolyFaceMesh::desc())) << mesh->isA()->name().toUtf8();
+  EXPECT_EQ(odDbPolylineClassForFlags(72), mesh->isA());
 }
