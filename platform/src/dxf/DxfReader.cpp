@@ -120,7 +120,11 @@ class DxfReader {
   OdDbObjectPtr makeObject(OdRxClass* cls, const OdString& dxfName, const OdDbObjectId& owner, bool dimStyleHandle = false);
   OdDbObjectId addWithHandle(OdDbObject* object, const Header& header, const OdDbObjectId& owner, const OdString& what);
   // Entities of a block or of a section until the "0 ENDBLK"/"0 ENDSEC".
-  void readEntityList(const OdDbObjectId& blockId, bool entitiesSection);
+  // Outside any section (loose), the list ends before the next section, at
+  // 0 EOF, at a stray 0 ENDSEC or at the end of the file.
+  void readEntityList(const OdDbObjectId& blockId, bool entitiesSection, bool loose = false);
+  // Header variables after the header's ENDSEC, until the next 0 group.
+  void readLooseHeader();
   OdDbObjectId spaceFor(bool paperSpace);
 
   // ---- objects the file lacks: they get handles once every handle of the file is known
@@ -461,11 +465,16 @@ void DxfReader::readBlocks() {
 
 void DxfReader::readEntitiesSection() { readEntityList(OdDbObjectId(), true); }
 
-void DxfReader::readEntityList(const OdDbObjectId& blockId, bool entitiesSection) {
+void DxfReader::readEntityList(const OdDbObjectId& blockId, bool entitiesSection, bool loose) {
   OdDbEntityPtr complex;  // the INSERT or POLYLINE whose subentities are being read
   const char* endName = entitiesSection ? "0 ENDSEC" : "0 ENDBLK";
   while (nextTag()) {
     if (m_tag.code != 0) expected("0 and an entity");
+    if (loose && (m_tag.s == L"SECTION" || m_tag.s == L"EOF" || m_tag.s == L"ENDSEC")) {
+      if (complex.get()) repair(OdString().format(L"line %d: missing SEQEND added", m_tagLine));
+      m_in.pushBack();
+      return;
+    }
     if (m_tag.s == (entitiesSection ? L"ENDSEC" : L"ENDBLK")) {
       if (complex.get()) repair(OdString().format(L"line %d: missing SEQEND added", m_tagLine));
       return;
@@ -528,7 +537,26 @@ void DxfReader::readEntityList(const OdDbObjectId& blockId, bool entitiesSection
       if (follows) complex = entity;
     }
   }
+  if (loose) return;
   expected(endName);
+}
+
+void DxfReader::readLooseHeader() {
+  OdDbHeaderVariable* current = nullptr;
+  std::vector<OdDbHeaderVariable> variables;
+  while (nextTag()) {
+    if (m_tag.code == 0) {
+      m_in.pushBack();
+      break;
+    }
+    if (m_tag.code == 9) {
+      variables.push_back({m_tag.s, {}});
+      current = &variables.back();
+    } else if (current) {
+      current->tags.push_back(m_tag);
+    }
+  }
+  for (auto& var : variables) m_db->setHeaderVariable(var.name, var.tags);
 }
 
 void DxfReader::readObjects() {
@@ -701,11 +729,32 @@ OdDbDatabasePtr DxfReader::read() {
   m_ctx.db = m_db.get();
   m_in.setStopAtEof(true);
 
+  if (m_data.find_first_not_of(" \t\r\n") == std::string_view::npos) refuse("the file is empty");
   bool any = false;
   while (nextTag()) {
     if (m_tag.code == 0 && m_tag.s == L"EOF") {
       m_sawEof = true;
       break;
+    }
+    // What some writers leave outside any section is read as what it is.
+    if (m_tag.code == 9 && m_tag.s.left(1) == L"$") {
+      repair(OdString().format(L"line %d: header variables outside a section read", m_tagLine));
+      m_in.pushBack();
+      readLooseHeader();
+      continue;
+    }
+    if (m_tag.code == 0 && m_tag.s == L"ENDSEC") {
+      repair(OdString().format(L"line %d: 0 ENDSEC outside a section ignored", m_tagLine));
+      continue;
+    }
+    if (m_tag.code == 0 && m_tag.s != L"SECTION" && odDxfIsEntityName(m_tag.s)) {
+      repair(OdString().format(L"line %d: entities outside a section read into model space", m_tagLine));
+      m_in.pushBack();
+      any = true;
+      ensureTables();
+      ensureSpaces();
+      readEntityList(OdDbObjectId(), true, true);
+      continue;
     }
     if (m_tag.code != 0 || m_tag.s != L"SECTION") expected("0 SECTION");
     if (!nextTag() || m_tag.code != 2) expected("2 and a section name");

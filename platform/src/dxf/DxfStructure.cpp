@@ -84,6 +84,12 @@ OdRxClass* odDxfClassForObject(const OdString& dxfName, const OdDxfTag* begin, c
   return cls;
 }
 
+bool odDxfIsEntityName(const OdString& dxfName) {
+  if (dxfName == L"BLOCK" || dxfName == L"ENDBLK") return false;
+  OdRxClass* cls = odDxfClassForObject(dxfName, nullptr, nullptr);
+  return cls && cls->isDerivedFrom(OdDbEntity::desc());
+}
+
 const OdDxfStandardClass* odDxfStandardClass(const OdString& dxfName) {
   static const OdDxfStandardClass classes[] = {
       {L"LAYOUT", L"AcDbLayout", 0, false},

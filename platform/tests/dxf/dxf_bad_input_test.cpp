@@ -327,3 +327,31 @@ TEST(BadInput, PolylineFlagsChooseTheSameKindAsEntityLists) {
   EXPECT_TRUE(mesh->isKindOf(OdDbPolyFaceMesh::desc())) << mesh->isA()->name().toUtf8();
   EXPECT_EQ(odDbPolylineClassForFlags(72), mesh->isA());
 }
+
+TEST(BadInput, WhatStandsOutsideASectionIsReadAndReported) {
+  // Header pairs after the header's ENDSEC, then entities with no section at all.
+  const std::string text = groups(
+      "0 SECTION\n2 HEADER\n9 $ACADVER\n1 AC1009\n0 ENDSEC\n9 $DIMASZ\n40 0.75\n9 $LTSCALE\n40 2.5\n" +
+      line(0, 0, 4, 3) + "0 CIRCLE\n8 0\n10 1\n20 1\n30 0\n40 2\n" +
+      "0 SECTION\n2 ENTITIES\n" + line(1, 1, 2, 2) + "0 ENDSEC\n0 EOF\n");
+  OdDxfReadReport report;
+  OdDbDatabasePtr db = odDxfReadBuffer(text, &report);
+  EXPECT_EQ(repairsWith(report, L"header variables outside a section").size(), 1u);
+  EXPECT_EQ(repairsWith(report, L"entities outside a section").size(), 1u);
+  EXPECT_DOUBLE_EQ(db->headerReal(L"$DIMASZ", 0.0), 0.75);
+  EXPECT_DOUBLE_EQ(db->headerReal(L"$LTSCALE", 0.0), 2.5);
+  OdDbBlockTableRecordPtr space = OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject());
+  ASSERT_EQ(space->entityIds().size(), 3u);
+  EXPECT_EQ(OdDbLine::cast(space->entityIds()[0].safeOpenObject())->endPoint(), OdGePoint3d(4, 3, 0));
+  EXPECT_DOUBLE_EQ(OdDbCircle::cast(space->entityIds()[1].safeOpenObject())->radius(), 2.0);
+
+  // A file of nothing says so.
+  for (const char* empty : {"", "\n\r\n  \n"}) {
+    try {
+      odDxfReadBuffer(empty);
+      ADD_FAILURE() << "an empty file was read";
+    } catch (const OdError& error) {
+      EXPECT_GE(error.description().find(L"empty"), 0) << error.what();
+    }
+  }
+}
