@@ -272,8 +272,8 @@ void repairFields(OdDbObject* object, const CodeIndex& index, OdDbTagContext& ct
         }
         case OdDbFieldKind::kVector3d: {
           const OdGeVector3d& v = at<OdGeVector3d>(p);
-          // A vector defaulting to the z axis is a normal: it must have a direction.
-          const bool normal = field.defaultReal[2] == 1.0 && field.defaultReal[0] == 0.0 && field.defaultReal[1] == 0.0;
+          // A normal must have a direction (offsets and the like may be zero).
+          const bool normal = std::wcscmp(field.name, L"normal") == 0;
           bad = !std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z) ||
                 (normal && v.x == 0.0 && v.y == 0.0 && v.z == 0.0);
           break;

@@ -725,6 +725,10 @@ OdDbDatabasePtr DxfReader::read() {
   m_report.binary = m_in.isBinary();
   scanHeaderForEncoding();
   m_db = OdDbDatabase::createEmpty();
+  // Objects that the platform adds by itself while the file is read take
+  // handles from the seed: it stands in the placeholder range (well above the
+  // reader's own placeholders) until every handle of the file is known.
+  m_db->setHandseed(OdDbHandle(kOdDxfPlaceholderHandles + (OdUInt64{1} << 31)));
   m_db->blockUndoRecording(true);
   m_ctx.db = m_db.get();
   m_in.setStopAtEof(true);
