@@ -160,6 +160,13 @@ TEST(BadInput, NumbersThatAreNotFiniteOrFieldsOutOfRangeAreRepairedOncePerObject
   EXPECT_TRUE(std::isfinite(first->center().x));
   OdDbLinePtr segment = OdDbLine::cast(space->entityIds()[2].safeOpenObject());
   EXPECT_EQ(segment->startPoint(), OdGePoint3d(0, 0, 0));
+  // A zero vector that is no normal (a leader's offsets) is a value, not damage.
+  OdDxfReadReport leaderReport;
+  odDxfReadBuffer(blocksAndEntities("", "0 LEADER\n8 0\n100 AcDbEntity\n100 AcDbLeader\n71 1\n72 0\n76 2\n"
+                                        "10 0\n20 0\n30 0\n10 1\n20 1\n30 0\n212 0\n222 0\n232 0\n"
+                                        "213 0\n223 0\n233 0\n"),
+                  &leaderReport);
+  EXPECT_TRUE(repairsWith(leaderReport, L"had invalid values").empty()) << leaderReport.repairs.size();
   // What is written holds only numbers.
   const std::string written = odDxfWriteBuffer(db.get(), OdDb::vAC15);
   for (const char* word : {"nan", "inf", "NAN", "INF"}) EXPECT_EQ(written.find(word), std::string::npos) << word;
