@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -141,6 +142,10 @@ class StdoutTranscript : public Transcript {
   }
 };
 
+// Names are kept as text: a name whose bytes are not UTF-8 would be saved or
+// read under another name, so it is refused.
+bool isUtf8Name(const std::string& name) { return OdString(name).toUtf8() == name; }
+
 int usage(FILE* to) {
   std::fprintf(to, "usage: ryad [--script FILE] [--output FILE] [--module FILE | --no-module] [DRAWING]\n");
   return to == stderr ? 2 : 0;
@@ -177,10 +182,29 @@ int main(int argc, char** argv) {
     }
   }
 
+  for (const std::string* name : {&script, &output, &module, &drawing}) {
+    if (!isUtf8Name(*name)) {
+      std::fprintf(stderr, "ryad: the file name %s is not valid UTF-8\n", name->c_str());
+      return 2;
+    }
+  }
+  for (int i = 1; i + 1 < argc; ++i) {
+    if (std::string(argv[i]) == "--output" && output.empty()) {
+      std::fprintf(stderr, "ryad: --output needs a file name\n");
+      return 2;
+    }
+  }
+
   Host& host = Host::instance();
   std::ifstream scriptFile;
   std::unique_ptr<InputSource> input;
   if (!script.empty()) {
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(script, ignored) && !std::filesystem::is_fifo(script, ignored) &&
+        std::filesystem::exists(script, ignored)) {
+      std::fprintf(stderr, "ryad: the script %s is not a file\n", script.c_str());
+      return 1;
+    }
     scriptFile.open(script);
     if (!scriptFile) {
       std::fprintf(stderr, "ryad: cannot read the script %s\n", script.c_str());
@@ -205,7 +229,7 @@ int main(int argc, char** argv) {
       std::fprintf(stderr, "ryad: cannot read the drawing %s: %s\n", drawing.c_str(), error.description().toUtf8().c_str());
       return 1;
     }
-    for (const auto& repair : report.repairs) host.print(L"\nRepaired: " + repair);
+    host.printRepairs(OdString(drawing), report.repairs);
     host.addDocument(db, OdString(drawing));
   } else {
     host.appContextNewDocument();

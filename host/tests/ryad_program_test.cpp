@@ -156,4 +156,40 @@ TEST_F(ProgramTest, AScriptThatCannotBeReadFailsTheRun) {
   EXPECT_TRUE(contains(result.err, "missing.scr")) << result.err;
 }
 
+TEST_F(ProgramTest, OpeningADamagedDrawingPrintsTheCountAndTheFirstRepairs) {
+  // Seven circles with a zero normal: seven repairs, five of them shown.
+  std::string text = "0\nSECTION\n2\nENTITIES\n";
+  for (int i = 0; i < 7; ++i) text += "0\nCIRCLE\n8\n0\n10\n0\n20\n0\n30\n0\n40\n1\n210\n0\n220\n0\n230\n0\n";
+  text += "0\nENDSEC\n0\nEOF\n";
+  const fs::path drawing = writeFile("zero normals.dxf", text);
+  const ProgramRun result = run("--no-module " + quoted(drawing.string()), "");
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_TRUE(contains(result.out, "7 repairs made while reading")) << result.out;
+  size_t shown = 0;
+  for (size_t at = result.out.find("Repaired: "); at != std::string::npos; at = result.out.find("Repaired: ", at + 1)) ++shown;
+  EXPECT_EQ(shown, 5u) << result.out;
+  EXPECT_TRUE(contains(result.out, "and 2 more")) << result.out;
+}
+
+TEST_F(ProgramTest, PathsThatCannotDoWhatWasAskedFailTheRun) {
+  ProgramRun result = run("--no-module --output ''", "PDMODE\n3\n");
+  EXPECT_EQ(result.status, 2);
+  EXPECT_TRUE(contains(result.err, "--output needs a file name")) << result.err;
+
+  fs::create_directories(file("folder.scr"));
+  result = run("--no-module --script " + quoted(file("folder.scr").string()));
+  EXPECT_EQ(result.status, 1);
+  EXPECT_TRUE(contains(result.err, "is not a file")) << result.err;
+
+  result = run("--no-module " + quoted(file("missing.dxf").string()));
+  EXPECT_EQ(result.status, 1);
+  EXPECT_FALSE(contains(result.err, "block name")) << result.err;
+  EXPECT_TRUE(contains(result.err, "missing.dxf")) << result.err;
+
+  result = run("--no-module --output " + quoted(file("bad\xff.dxf").string()), "PDMODE\n3\n");
+  EXPECT_EQ(result.status, 2);
+  EXPECT_TRUE(contains(result.err, "not valid UTF-8")) << result.err;
+  EXPECT_FALSE(fs::exists(file("bad\xff.dxf")));
+}
+
 }  // namespace

@@ -131,3 +131,26 @@ class OdDbBlockEnd : public OdDbEntity {
   ODRX_DECLARE_MEMBERS(OdDbBlockEnd);
   ODDB_DECLARE_SCHEMA();
 };
+
+// Marks a block definition as being walked into (extents, distances, drawing
+// nested references) on this thread. entered() is false when the block is
+// already being walked further out (a block that contains a reference to
+// itself, directly or through other blocks) or when references nest deeper
+// than kMaxDepth; the caller then leaves the block's contents out.
+class OdDbBlockWalk {
+ public:
+  static constexpr int kMaxDepth = 64;
+  explicit OdDbBlockWalk(const OdDbObjectId& blockId);
+  ~OdDbBlockWalk();
+  OdDbBlockWalk(const OdDbBlockWalk&) = delete;
+  OdDbBlockWalk& operator=(const OdDbBlockWalk&) = delete;
+  bool entered() const { return m_entered; }
+
+ private:
+  bool m_entered = false;
+};
+
+// The blocks whose definitions reach themselves through block references,
+// each cycle once as the chain of names from its first block back to it
+// ("A", "B", "A"). Blocks are read in place: nothing is opened.
+std::vector<std::vector<OdString>> odDbBlockCycles(OdDbDatabase* db);

@@ -58,6 +58,15 @@ class OdDbTagContext {
   // Called when a name cannot be resolved now; the context may resolve it
   // once the whole file is read. The default leaves the reference null.
   virtual void deferName(OdDbObject* object, const OdDbField& field, const OdString& name) {}
+  // Called when a value read for the object could not stand (a number that is
+  // not finite, a zero normal, a negative size, an angle of many turns) and was
+  // repaired; what names the field. The default ignores it.
+  virtual void valueRepaired(OdDbObject* object, const wchar_t* what) {}
+  // Whether values that read fine but cannot stand (zero normals, negative
+  // sizes, angles of many turns) are set right; reads of files do, other
+  // conversions keep what they are given. Numbers that are not finite are
+  // always replaced.
+  virtual bool repairsValues() const { return false; }
   // The name written for a record id (empty for null or missing ids).
   virtual OdString nameOf(const OdDbObjectId& id) const;
 

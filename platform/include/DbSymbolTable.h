@@ -84,6 +84,7 @@ class OdDbSymbolTable : public OdDbObject {
 
  protected:
   void rebuildIndex() const;
+  void indexRecord(const OdDbObjectId& id) const;
 
   OdDbObjectIdArray m_records;
   // Records by upper-case name, rebuilt after renames.

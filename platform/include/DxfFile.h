@@ -16,6 +16,12 @@ struct OdDxfReadReport {
   std::vector<OdString> repairs;
 };
 
+// Handles from here up stand in, while a file is read, for the objects that
+// have no usable handle of their own (none, an empty or a repeated one, or
+// one in this range). Every object leaves the range before the read ends:
+// it gets a handle above the highest of the file.
+constexpr OdUInt64 kOdDxfPlaceholderHandles = 0x7FFFFFFF00000000ull;
+
 // Reads a drawing. A file that cannot be read (or repaired safely) is
 // refused with OdError: eCantOpenFile for a file that cannot be opened,
 // eSyntaxError / eDxfReadAborted with a message that names the line (or byte

@@ -162,11 +162,13 @@ enum OdResult : int {
   eUserBreak,
   eUserCancel,
   eNotAllowedForThisProxy,
-  eNotThatKindOfClassResult = eNotThatKindOfClass,
   eCantOpenFile,
   eFileWriteError,
   eNotThatKindOfFile,
   eSyntaxError,
+  // An alias, last: an alias in the middle would give the codes after it the
+  // values of others (a file that cannot be opened read as a bad block name).
+  eNotThatKindOfClassResult = eNotThatKindOfClass,
 };
 
 // Short English name of a result code ("eWasErased").

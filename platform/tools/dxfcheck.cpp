@@ -1,14 +1,28 @@
 // dxfcheck IN [OUT]: reads a DXF drawing, prints what it holds (version,
 // objects by class, repairs) and writes it to OUT when given.
 #include <cstdio>
+#include <cstring>
 #include <map>
 
 #include "DbDatabase.h"
 #include "DxfFile.h"
 
+namespace {
+const char kUsage[] =
+    "usage: dxfcheck IN [OUT]\n"
+    "Reads the DXF drawing IN and prints its version, its objects by class and\n"
+    "every repair the reader made, each with the line of IN it concerns.\n"
+    "With OUT, writes the repaired drawing there.\n"
+    "Exit status: 0 read (repairs or not), 1 refused or not written, 2 bad arguments.\n";
+}
+
 int main(int argc, char** argv) {
-  if (argc < 2 || argc > 3) {
-    std::fprintf(stderr, "usage: dxfcheck IN [OUT]\n");
+  if (argc == 2 && (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0)) {
+    std::fputs(kUsage, stdout);
+    return 0;
+  }
+  if (argc < 2 || argc > 3 || (argv[1][0] == '-' && argv[1][1] != '\0')) {
+    std::fputs(kUsage, stderr);
     return 2;
   }
   try {
@@ -33,6 +47,7 @@ int main(int argc, char** argv) {
       total += static_cast<size_t>(count);
     }
     std::printf("  %7zu  objects in all, handle seed %s\n", total, db->handseed().ascii().toUtf8().c_str());
+    std::printf("%zu repair%s\n", report.repairs.size(), report.repairs.size() == 1 ? "" : "s");
     for (const auto& repair : report.repairs) std::printf("repaired: %s\n", repair.toUtf8().c_str());
     if (argc == 3) {
       odDxfWriteFile(db.get(), OdString(argv[2]));

@@ -242,13 +242,25 @@ OdResult Host::appContextOpenDocument(const OdString& fileName) {
   try {
     OdDxfReadReport report;
     db = odDxfReadFile(fileName, &report);
-    for (const auto& repair : report.repairs) print(L"\nRepaired: " + repair);
+    printRepairs(fileName, report.repairs);
   } catch (const OdError& error) {
     print(L"\nCannot open " + fileName + L": " + error.description());
     return error.code();
   }
   addDocument(db, fileName);
   return eOk;
+}
+
+void Host::printRepairs(const OdString& fileName, const std::vector<OdString>& repairs) {
+  if (repairs.empty()) return;
+  // The count and the first few; the full list is for a checking tool to print.
+  const size_t shown = std::min<size_t>(repairs.size(), kRepairsShown);
+  print(OdString().format(L"\n%ls: %d repair%ls made while reading", fileName.c_str(), static_cast<int>(repairs.size()),
+                          repairs.size() == 1 ? L"" : L"s"));
+  for (size_t i = 0; i < shown; ++i) print(L"\nRepaired: " + repairs[i]);
+  if (repairs.size() > shown) {
+    print(OdString().format(L"\n... and %d more (dxfcheck lists them all)", static_cast<int>(repairs.size() - shown)));
+  }
 }
 
 OdResult Host::appContextNewDocument(const OdString&) {

@@ -132,6 +132,8 @@ struct SysVarDef {
   int headerCode = 0;
   // Integer ranges (inclusive); min > max means no range.
   OdInt64 minimum = 1, maximum = 0;
+  // Reals are always finite; some must also be above zero, or not below it.
+  enum class RealRange { kAny, kNotNegative, kPositive } realRange = RealRange::kAny;
   OdString description;
   // Values computed on reading (DWGNAME, DATE…).
   std::function<SysVarValue()> compute;
@@ -194,6 +196,10 @@ class Host : public RyApDocManager, public OdDbHostAppServices, public OdEditor 
   void addReactor(RyApDocManagerReactor* reactor) override;
   void removeReactor(RyApDocManagerReactor* reactor) override;
   OdResult appContextOpenDocument(const OdString& fileName) override;
+  // What the reader repaired in a drawing being opened: the count, and the
+  // first kRepairsShown lines.
+  static constexpr size_t kRepairsShown = 5;
+  void printRepairs(const OdString& fileName, const std::vector<OdString>& repairs);
   OdResult appContextNewDocument(const OdString& templateName = OdString()) override;
   OdResult setCurDocument(RyApDocument* doc) override;
   // Adds a document for a database already read; it becomes current.

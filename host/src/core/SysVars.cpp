@@ -1,5 +1,6 @@
 // The catalogue of system variables: name, type, default, range, and where
 // the value lives (the current drawing's header, or the host session).
+#include <cmath>
 #include <ctime>
 
 #include "core/Host.h"
@@ -157,6 +158,11 @@ SysVars::SysVars() {
   add(header(L"CHAMFERA", realValue(0.0), 40, 1, 0, L"First chamfer distance"));
   add(header(L"CHAMFERB", realValue(0.0), 40, 1, 0, L"Second chamfer distance"));
   add(header(L"FILLETRAD", realValue(0.0), 40, 1, 0, L"Fillet radius"));
+  for (const wchar_t* name : {L"CELTSCALE", L"LTSCALE", L"TEXTSIZE"}) m_defs[name].realRange = SysVarDef::RealRange::kPositive;
+  for (const wchar_t* name : {L"DIMSCALE", L"DIMASZ", L"DIMTXT", L"PLINEWID", L"TRACEWID", L"CHAMFERA", L"CHAMFERB",
+                              L"FILLETRAD"}) {
+    m_defs[name].realRange = SysVarDef::RealRange::kNotNegative;
+  }
   m_defs[L"EXTMIN"].readOnly = true;
   m_defs[L"EXTMAX"].readOnly = true;
   m_defs[L"DIMSTYLE"].readOnly = true;
@@ -314,6 +320,18 @@ int SysVars::set(const OdString& name, const SysVarValue& given, OdString* reaso
       (value.i < def->minimum || value.i > def->maximum)) {
     return fail(OdString().format(L"value must be between %lld and %lld", static_cast<long long>(def->minimum),
                                   static_cast<long long>(def->maximum)));
+  }
+  // Numbers are finite, and reals within their range.
+  if (value.type == RTREAL && !std::isfinite(value.r)) return fail(L"value must be a finite number");
+  if ((value.type == RTPOINT || value.type == RT3DPOINT) &&
+      !(std::isfinite(value.p[0]) && std::isfinite(value.p[1]) && std::isfinite(value.p[2]))) {
+    return fail(L"point must have finite coordinates");
+  }
+  if (value.type == RTREAL && def->realRange == SysVarDef::RealRange::kPositive && !(value.r > 0)) {
+    return fail(L"value must be positive");
+  }
+  if (value.type == RTREAL && def->realRange == SysVarDef::RealRange::kNotNegative && value.r < 0) {
+    return fail(L"value must be zero or positive");
   }
   if (!def->headerName.isEmpty()) {
     Document* doc = currentDocument();

@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <unordered_map>
+#include <vector>
 
 #include "DbBlockTableRecord.h"
 
@@ -217,4 +219,77 @@ bool OdDbObjectIterator::seek(const OdDbObjectId& id) {
     if (m_ids[i] == id) { m_pos = static_cast<long long>(i); return true; }
   }
   return false;
+}
+
+namespace {
+thread_local std::vector<const OdDbStub*> tBlocksWalked;
+}
+
+OdDbBlockWalk::OdDbBlockWalk(const OdDbObjectId& blockId) {
+  const OdDbStub* stub = blockId.stub();
+  if (!stub || static_cast<int>(tBlocksWalked.size()) >= kMaxDepth) return;
+  if (std::find(tBlocksWalked.begin(), tBlocksWalked.end(), stub) != tBlocksWalked.end()) return;
+  tBlocksWalked.push_back(stub);
+  m_entered = true;
+}
+
+OdDbBlockWalk::~OdDbBlockWalk() {
+  if (m_entered) tBlocksWalked.pop_back();
+}
+
+std::vector<std::vector<OdString>> odDbBlockCycles(OdDbDatabase* db) {
+  std::vector<std::vector<OdString>> cycles;
+  OdDbObjectId tableId = db ? db->getBlockTableId() : OdDbObjectId();
+  auto* table = tableId.isValid() ? dynamic_cast<OdDbSymbolTable*>(tableId.stub()->object) : nullptr;
+  if (!table) return cycles;
+  auto blockOf = [](const OdDbObjectId& id) -> const OdDbBlockTableRecord* {
+    return id.isValid() && !id.isErased() ? dynamic_cast<const OdDbBlockTableRecord*>(id.stub()->object) : nullptr;
+  };
+  // The blocks each block refers to, in order, without repeats.
+  std::unordered_map<const OdDbStub*, std::vector<const OdDbStub*>> edges;
+  auto targets = [&](const OdDbBlockTableRecord* block) -> const std::vector<const OdDbStub*>& {
+    auto [it, added] = edges.try_emplace(block->objectId().stub());
+    if (!added) return it->second;
+    for (const OdDbObjectId& id : block->entityIds()) {
+      if (!id.isValid() || id.isErased()) continue;
+      auto* reference = dynamic_cast<const OdDbBlockReference*>(id.stub()->object);
+      if (!reference || !blockOf(reference->blockTableRecord())) continue;
+      const OdDbStub* target = reference->blockTableRecord().stub();
+      if (std::find(it->second.begin(), it->second.end(), target) == it->second.end()) it->second.push_back(target);
+    }
+    return it->second;
+  };
+  // Depth-first, without recursion: 0 unseen, 1 on the path, 2 done.
+  std::unordered_map<const OdDbStub*, int> state;
+  for (const OdDbObjectId& rootId : table->recordIds()) {
+    const OdDbBlockTableRecord* root = blockOf(rootId);
+    if (!root || state[rootId.stub()] != 0) continue;
+    std::vector<std::pair<const OdDbStub*, size_t>> path{{rootId.stub(), 0}};
+    state[rootId.stub()] = 1;
+    while (!path.empty()) {
+      auto& [stub, next] = path.back();
+      const auto& out = targets(static_cast<const OdDbBlockTableRecord*>(stub->object));
+      if (next == out.size()) {
+        state[stub] = 2;
+        path.pop_back();
+        continue;
+      }
+      const OdDbStub* target = out[next++];
+      int& targetState = state[target];
+      if (targetState == 0) {
+        targetState = 1;
+        path.emplace_back(target, 0);
+      } else if (targetState == 1) {
+        std::vector<OdString> names;
+        size_t from = 0;
+        while (path[from].first != target) ++from;
+        for (size_t i = from; i < path.size(); ++i) {
+          names.push_back(static_cast<const OdDbBlockTableRecord*>(path[i].first->object)->getName());
+        }
+        names.push_back(names.front());
+        cycles.push_back(std::move(names));
+      }
+    }
+  }
+  return cycles;
 }

@@ -100,7 +100,7 @@ OdDbStub* OdDbDatabase::newStub(OdUInt64 handle) {
 OdDbStub* OdDbDatabase::stubFor(OdUInt64 handle) const { return m_handles->find(handle); }
 
 void OdDbDatabase::rehandleInternal(const std::vector<std::pair<OdDbObjectId, OdUInt64>>& changes) {
-  if (changes.empty()) return;
+  // Also without changes: the seed becomes the next handle after the highest.
   for (const auto& change : changes) change.first.stub()->handle = change.second;
   auto rebuilt = std::make_unique<HandleMap>();
   OdUInt64 highest = 0;

@@ -37,7 +37,7 @@ struct OdDbDictionaryEntriesCodec : OdDbFieldCodec {
     const auto* dict = static_cast<const OdDbDictionary*>(object);
     const int code = dict->m_hardOwner ? 360 : 350;
     for (const auto& entry : dict->m_entries) {
-      if (entry.id.isErased()) continue;
+      if (entry.id.isNull() || entry.id.isErased()) continue;  // "350 0" is no entry: readers refuse it
       out.push_back(OdDxfTag::str(3, entry.name));
       out.push_back(OdDxfTag::handle(code, entry.id.handle().value()));
     }
@@ -61,7 +61,14 @@ struct OdDbDictionaryEntriesCodec : OdDbFieldCodec {
     state = 2;
     return true;
   }
-  void endRead(OdDbObject* object, OdDbTagContext&) const override { static_cast<OdDbDictionary*>(object)->rebuildIndex(); }
+  void endRead(OdDbObject* object, OdDbTagContext& ctx) const override {
+    // A name whose object was lost (no handle, or a null one) is no entry.
+    auto* dict = static_cast<OdDbDictionary*>(object);
+    const size_t before = dict->m_entries.size();
+    std::erase_if(dict->m_entries, [](const OdDbDictionary::Entry& entry) { return entry.id.isNull(); });
+    if (dict->m_entries.size() != before) ctx.valueRepaired(object, L"entry without an object");
+    dict->rebuildIndex();
+  }
   void fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const override {
     const auto* dict = static_cast<const OdDbDictionary*>(object);
     filer->wrInt32(static_cast<OdInt32>(dict->m_entries.size()));

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <cwctype>
 #include <numeric>
 #include <unordered_map>
 
@@ -203,6 +204,89 @@ bool setFieldFromTag(OdDbObject* object, const OdDbField& field, const OdDxfTag&
   return false;
 }
 
+// Edits (insert, delete, replace a letter, ignoring case) from one text to another.
+size_t editDistance(const wchar_t* a, const wchar_t* b) {
+  const size_t n = std::wcslen(a), m = std::wcslen(b);
+  std::vector<size_t> row(m + 1);
+  std::iota(row.begin(), row.end(), size_t{0});
+  for (size_t i = 1; i <= n; ++i) {
+    size_t diagonal = row[0];
+    row[0] = i;
+    for (size_t j = 1; j <= m; ++j) {
+      const size_t above = row[j];
+      const bool same = std::towlower(a[i - 1]) == std::towlower(b[j - 1]);
+      row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (same ? 0 : 1)});
+      diagonal = above;
+    }
+  }
+  return row[m];
+}
+
+bool isFiniteTag(const OdDxfTag& tag) {
+  if (tag.type == OdDxf::ValueType::kDouble) return std::isfinite(tag.x);
+  if (tag.type == OdDxf::ValueType::kPoint) return std::isfinite(tag.x) && std::isfinite(tag.y) && std::isfinite(tag.z);
+  return true;
+}
+
+// Sizes that cannot be negative: radii and heights.
+bool isSizeField(const OdDbField& field) {
+  static const wchar_t* const kSizes[] = {L"radius", L"height", L"textHeight", L"textSize"};
+  for (const wchar_t* name : kSizes) {
+    if (std::wcscmp(field.name, name) == 0) return true;
+  }
+  return false;
+}
+
+// Angles of more than this many turns are brought into the first turn: they
+// mean the same direction, and parameters that large no longer step.
+constexpr double kLargestAngle = 4 * 2 * 3.14159265358979323846;
+
+// Values that were read but cannot stand go back to the field's default (an
+// angle of many turns into its first turn), each reported once.
+void repairFields(OdDbObject* object, const CodeIndex& index, OdDbTagContext& ctx) {
+  for (const OdDbSubclass* sub : index.chain) {
+    for (const OdDbField& field : sub->fields) {
+      void* p = field.ref(object);
+      bool bad = false;
+      switch (field.kind) {
+        case OdDbFieldKind::kDouble: {
+          double& value = at<double>(p);
+          if ((field.flags & OdDbField::kAngleDegrees) && std::isfinite(value) && std::fabs(value) > kLargestAngle) {
+            value = std::fmod(value, 2 * 3.14159265358979323846);
+            if (value < 0) value += 2 * 3.14159265358979323846;
+            ctx.valueRepaired(object, field.name);
+            continue;
+          }
+          bad = !std::isfinite(value) || (value < 0 && isSizeField(field));
+          break;
+        }
+        case OdDbFieldKind::kPoint2d: {
+          const OdGePoint2d& v = at<OdGePoint2d>(p);
+          bad = !std::isfinite(v.x) || !std::isfinite(v.y);
+          break;
+        }
+        case OdDbFieldKind::kPoint3d: {
+          const OdGePoint3d& v = at<OdGePoint3d>(p);
+          bad = !std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z);
+          break;
+        }
+        case OdDbFieldKind::kVector3d: {
+          const OdGeVector3d& v = at<OdGeVector3d>(p);
+          // A normal must have a direction (offsets and the like may be zero).
+          const bool normal = std::wcscmp(field.name, L"normal") == 0;
+          bad = !std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z) ||
+                (normal && v.x == 0.0 && v.y == 0.0 && v.z == 0.0);
+          break;
+        }
+        default: break;
+      }
+      if (!bad) continue;
+      field.setDefault(object);
+      ctx.valueRepaired(object, field.name);
+    }
+  }
+}
+
 // Finds the field a tag goes to within one subclass (first unseen match; a
 // custom codec accepts repeated codes).
 int findField(const CodeIndex& index, int sub, int code, const std::vector<bool>& seen, OdDb::DwgVersion version) {
@@ -396,12 +480,37 @@ void readFields(OdDbObject* object, const OdDxfTag* begin, const OdDxfTag* end, 
   int lastField = -1;  // last field read in it
   bool sawMarker = false;
   bool inUnknownSubclass = false;
-  for (const OdDxfTag* tag = begin; tag != end; ++tag) {
+  OdDxfTag finite;  // a copy of a tag whose numbers were not finite, with zeros for them
+  for (const OdDxfTag* read = begin; read != end; ++read) {
+    const OdDxfTag* tag = read;
+    const bool nonFinite = !isFiniteTag(*read);
+    if (nonFinite) {
+      // A plain field gets its default below; what a codec or the kept data
+      // takes gets zero in place of the number.
+      finite = *read;
+      for (double* v : {&finite.x, &finite.y, &finite.z}) {
+        if (!std::isfinite(*v)) *v = 0.0;
+      }
+      tag = &finite;
+    }
     if (tag->code == 100 && tag->type == OdDxf::ValueType::kString) {
+      // Before the first marker, fields may have been read into any subclass
+      // (common properties written ahead of their marker): every marker is
+      // still open then.
+      const int from = sawMarker ? cur + 1 : 0;
       int found = -1;
-      for (int si = cur + 1; si < subCount; ++si) {
+      for (int si = from; si < subCount; ++si) {
         const wchar_t* marker = index.chain[static_cast<size_t>(si)]->marker;
         if (marker && tag->s.iCompare(marker) == 0) { found = si; break; }
+      }
+      // A marker damaged in a letter or two stands for the next one expected,
+      // rather than being kept and written beside it.
+      if (found < 0 && from < subCount) {
+        const wchar_t* marker = index.chain[static_cast<size_t>(from)]->marker;
+        if (marker && std::wcslen(marker) >= 6 && editDistance(tag->s.c_str(), marker) <= 2) {
+          found = from;
+          ctx.valueRepaired(object, L"subclass marker");
+        }
       }
       if (found >= 0) {
         cur = found;
@@ -434,12 +543,17 @@ void readFields(OdDbObject* object, const OdDxfTag* begin, const OdDxfTag* end, 
     if (fieldIndex >= 0) {
       const OdDbField& field = index.chain[static_cast<size_t>(fieldSub)]->fields[static_cast<size_t>(fieldIndex)];
       if (setFieldFromTag(object, field, *tag, ctx)) {
+        if (nonFinite) {
+          if (field.kind != OdDbFieldKind::kCustom) field.setDefault(object);
+          ctx.valueRepaired(object, field.name);
+        }
         seen[static_cast<size_t>(index.firstFlatIndex[static_cast<size_t>(fieldSub)] + fieldIndex)] = true;
         if (!sawMarker) cur = fieldSub;
         lastField = fieldIndex;
         continue;
       }
     }
+    if (nonFinite) ctx.valueRepaired(object, L"a number");
     keepUnknown(cur, lastField, *tag);
   }
 
@@ -458,6 +572,7 @@ void readFields(OdDbObject* object, const OdDxfTag* begin, const OdDxfTag* end, 
       }
     }
   }
+  if (ctx.repairsValues()) repairFields(object, index, ctx);
   if (schema->hooks.afterRead) schema->hooks.afterRead(object, ctx);
 }
 

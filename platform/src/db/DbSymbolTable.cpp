@@ -102,14 +102,22 @@ OdDbObjectId OdDbSymbolTable::add(OdDbSymbolTableRecord* record) {
   assertWriteEnabled();
   OdDbObjectId id = db->addOdDbObject(record, objectId());
   m_records.append(id);
-  m_indexDirty = true;
+  indexRecord(id);
   record->subSetDatabaseDefaults(db);
   return id;
 }
 
 void OdDbSymbolTable::appendRecordId(const OdDbObjectId& id) {
   m_records.append(id);
-  m_indexDirty = true;
+  indexRecord(id);
+}
+
+// A record added to a table whose index is up to date joins the index: tables
+// of many thousand records (anonymous blocks) are filled in linear time.
+void OdDbSymbolTable::indexRecord(const OdDbObjectId& id) const {
+  if (m_indexDirty || !id.isValid()) return;
+  auto* record = static_cast<const OdDbSymbolTableRecord*>(id.stub()->object);
+  m_index[record->m_name.upper().str()].append(id);
 }
 
 void OdDbSymbolTable::recordRenamed(const OdDbObjectId&) const { m_indexDirty = true; }

@@ -2,6 +2,7 @@
 // and objects, with what the platform does not model kept as read, and the
 // damage that can be repaired safely repaired and reported.
 #include <algorithm>
+#include <cwchar>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -42,9 +43,21 @@ class ReadContext : public OdDbTagContext {
 
   OdDbDatabase* database() const override { return db; }
   OdDb::DwgVersion version() const override { return fileVersion; }
-  OdDbObjectId idFromHandle(OdUInt64 handle) override { return db->getOdDbObjectId(OdDbHandle(handle), true); }
+  // A reference into the placeholder range names nothing of the file.
+  OdDbObjectId idFromHandle(OdUInt64 handle) override {
+    return handle >= kOdDxfPlaceholderHandles ? OdDbObjectId() : db->getOdDbObjectId(OdDbHandle(handle), true);
+  }
   void deferName(OdDbObject* object, const OdDbField& field, const OdString& name) override {
     deferred.push_back({object, &field, name});
+  }
+  // Values repaired while one object is read, each named once.
+  std::vector<const wchar_t*> repairedValues;
+  bool repairsValues() const override { return true; }
+  void valueRepaired(OdDbObject*, const wchar_t* what) override {
+    for (const wchar_t* known : repairedValues) {
+      if (std::wcscmp(known, what) == 0) return;
+    }
+    repairedValues.push_back(what);
   }
   // Entities name the same few layers and styles over and over: found names are remembered.
   OdDbObjectId idFromName(OdDbNameTable table, const OdString& name) override {
@@ -107,7 +120,11 @@ class DxfReader {
   OdDbObjectPtr makeObject(OdRxClass* cls, const OdString& dxfName, const OdDbObjectId& owner, bool dimStyleHandle = false);
   OdDbObjectId addWithHandle(OdDbObject* object, const Header& header, const OdDbObjectId& owner, const OdString& what);
   // Entities of a block or of a section until the "0 ENDBLK"/"0 ENDSEC".
-  void readEntityList(const OdDbObjectId& blockId, bool entitiesSection);
+  // Outside any section (loose), the list ends before the next section, at
+  // 0 EOF, at a stray 0 ENDSEC or at the end of the file.
+  void readEntityList(const OdDbObjectId& blockId, bool entitiesSection, bool loose = false);
+  // Header variables after the header's ENDSEC, until the next 0 group.
+  void readLooseHeader();
   OdDbObjectId spaceFor(bool paperSpace);
 
   // ---- objects the file lacks: they get handles once every handle of the file is known
@@ -123,6 +140,7 @@ class DxfReader {
   void ensureSpaces();
   void resolveDeferredNames();
   void ensureRootDictionaries();
+  void reportBlockCycles();
 
   std::string_view m_data;
   OdDxfTagReader m_in;
@@ -138,7 +156,8 @@ class DxfReader {
   bool m_sawEof = false;
   OdDbObjectId m_modelSpace, m_paperSpace;
   std::map<OdString, OdDbObjectId, OdStringLessNoCase> m_blocksByName;
-  std::vector<OdDbObjectId> m_objectsWithoutHandle;
+  OdUInt64 m_nextPlaceholder = 1;
+  bool m_unknownCodePage = false;
   std::set<OdUInt64> m_duplicateHandles;
 };
 
@@ -184,17 +203,31 @@ void DxfReader::scanHeaderForEncoding() {
   OdDxfTag tag;
   OdString variable;
   int zeros = 0;
+  int acadverLine = 0, codepageLine = 0;
   while (scan.next(tag)) {
     if (tag.code == 0) {
       if (tag.s == L"ENDSEC" || ++zeros > 2) break;
       continue;
     }
     if (tag.code == 9) variable = tag.s;
-    else if (variable == L"$ACADVER" && tag.code == 1) acadver = tag.s;
-    else if (variable == L"$DWGCODEPAGE" && tag.code == 3) codepage = tag.s;
+    else if (variable == L"$ACADVER" && tag.code == 1) acadver = tag.s, acadverLine = scan.line();
+    else if (variable == L"$DWGCODEPAGE" && tag.code == 3) codepage = tag.s, codepageLine = scan.line();
   }
   m_report.versionName = acadver;
   m_report.version = acadver.isEmpty() ? OdDb::vAC09 : odDxfVersionFromName(acadver);
+  // Version names run from AC1001 to the newest known; anything else is read
+  // as the nearest known version, and said so.
+  const bool knownVersion = acadver.isEmpty() || (acadver.getLength() == 6 && acadver.left(3) == L"AC1" &&
+                                                  acadver.iCompare(odDxfVersionName(OdDb::vAC32)) <= 0) ||
+                            acadver == L"AC2.10" || acadver == L"AC1.50";
+  if (!knownVersion) {
+    repair(OdString().format(L"line %d: unknown drawing version '%ls' read as %ls", acadverLine, acadver.c_str(),
+                             odDxfVersionName(m_report.version)));
+  }
+  if (!codepage.isEmpty() && odCodePageFromDxfName(codepage.c_str()) == kOdCodePageNone) {
+    repair(OdString().format(L"line %d: unknown code page '%ls'; ANSI_1252 used", codepageLine, codepage.c_str()));
+    m_unknownCodePage = true;
+  }
   // Groups are matched by the file's version from R13 on; older files (and
   // files without a version) may carry later groups, so nothing is held back.
   m_ctx.fileVersion = acadver.isEmpty() || m_report.version < OdDb::vAC12 ? OdDb::kDHL_CURRENT : m_report.version;
@@ -208,7 +241,10 @@ void DxfReader::readHeader() {
   while (nextTag()) {
     if (m_tag.code == 0) {
       if (m_tag.s != L"ENDSEC") expected("0 ENDSEC");
-      for (auto& var : variables) m_db->setHeaderVariable(var.name, var.tags);
+      for (auto& var : variables) {
+        if (m_unknownCodePage && var.name.iCompare(L"$DWGCODEPAGE") == 0) var.tags = {OdDxfTag::str(3, L"ANSI_1252")};
+        m_db->setHeaderVariable(var.name, var.tags);
+      }
       return;
     }
     if (m_tag.code == 9) {
@@ -400,7 +436,7 @@ void DxfReader::readBlocks() {
       if (m_db->getBlockTableId().isNull()) ensureTables();
       OdDbObjectPtr table = m_db->getBlockTableId().openObject(OdDb::kForWrite);
       m_db->blockUndoRecording(true);
-      blockId = m_db->addOdDbObject(record.get(), m_db->getBlockTableId());
+      blockId = addMissing(record.get(), m_db->getBlockTableId());
       static_cast<OdDbSymbolTable*>(table.get())->appendRecordId(blockId);
       m_blocksByName[name] = blockId;
       if (m_report.version >= OdDb::vAC12 && m_hasHeader) {
@@ -429,11 +465,16 @@ void DxfReader::readBlocks() {
 
 void DxfReader::readEntitiesSection() { readEntityList(OdDbObjectId(), true); }
 
-void DxfReader::readEntityList(const OdDbObjectId& blockId, bool entitiesSection) {
+void DxfReader::readEntityList(const OdDbObjectId& blockId, bool entitiesSection, bool loose) {
   OdDbEntityPtr complex;  // the INSERT or POLYLINE whose subentities are being read
   const char* endName = entitiesSection ? "0 ENDSEC" : "0 ENDBLK";
   while (nextTag()) {
     if (m_tag.code != 0) expected("0 and an entity");
+    if (loose && (m_tag.s == L"SECTION" || m_tag.s == L"EOF" || m_tag.s == L"ENDSEC")) {
+      if (complex.get()) repair(OdString().format(L"line %d: missing SEQEND added", m_tagLine));
+      m_in.pushBack();
+      return;
+    }
     if (m_tag.s == (entitiesSection ? L"ENDSEC" : L"ENDBLK")) {
       if (complex.get()) repair(OdString().format(L"line %d: missing SEQEND added", m_tagLine));
       return;
@@ -496,7 +537,26 @@ void DxfReader::readEntityList(const OdDbObjectId& blockId, bool entitiesSection
       if (follows) complex = entity;
     }
   }
+  if (loose) return;
   expected(endName);
+}
+
+void DxfReader::readLooseHeader() {
+  OdDbHeaderVariable* current = nullptr;
+  std::vector<OdDbHeaderVariable> variables;
+  while (nextTag()) {
+    if (m_tag.code == 0) {
+      m_in.pushBack();
+      break;
+    }
+    if (m_tag.code == 9) {
+      variables.push_back({m_tag.s, {}});
+      current = &variables.back();
+    } else if (current) {
+      current->tags.push_back(m_tag);
+    }
+  }
+  for (auto& var : variables) m_db->setHeaderVariable(var.name, var.tags);
 }
 
 void DxfReader::readObjects() {
@@ -611,7 +671,10 @@ OdRxClass* DxfReader::classFor(const OdString& dxfName, bool entity) {
 
 OdDbObjectId DxfReader::addWithHandle(OdDbObject* object, const Header& header, const OdDbObjectId& owner,
                                       const OdString& what) {
-  if (header.hasHandle && header.handleValid) {
+  if (header.hasHandle && header.handleValid && header.handle >= kOdDxfPlaceholderHandles) {
+    repair(OdString().format(L"line %d: %ls had the handle %ls, beyond the handles a drawing may use; given a new one",
+                             m_bodyLine, what.c_str(), OdDbHandle(header.handle).ascii().c_str()));
+  } else if (header.hasHandle && header.handleValid) {
     OdDbStub* stub = m_db->stubFor(header.handle);
     if (!stub || !stub->object) return m_db->addOdDbObject(object, owner, OdDbHandle(header.handle));
     repair(OdString().format(L"line %d: %ls has the handle %ls of another object; given a new handle", m_bodyLine,
@@ -622,10 +685,7 @@ OdDbObjectId DxfReader::addWithHandle(OdDbObject* object, const Header& header, 
   } else if (m_report.version >= OdDb::vAC12 && m_hasHeader) {
     repair(OdString().format(L"line %d: %ls had no handle; given a new one", m_bodyLine, what.c_str()));
   }
-  // New handles are handed out once every handle of the file is known.
-  OdDbObjectId id = m_db->addOdDbObject(object, owner, OdDbHandle(0x7FFFFFFF00000000ull + m_objectsWithoutHandle.size() + 1));
-  m_objectsWithoutHandle.push_back(id);
-  return id;
+  return addMissing(object, owner);
 }
 
 OdDbObjectPtr DxfReader::makeObject(OdRxClass* cls, const OdString& dxfName, const OdDbObjectId& owner, bool dimStyleHandle) {
@@ -646,7 +706,14 @@ OdDbObjectPtr DxfReader::makeObject(OdRxClass* cls, const OdString& dxfName, con
     extras.appData = std::move(header.appData);
     extras.xdata.assign(m_body.begin() + static_cast<long>(header.xdataBegin), m_body.begin() + static_cast<long>(m_bodyCount));
   }
+  m_ctx.repairedValues.clear();
   OdDbSchemaIo::readFields(object, m_body.data() + header.bodyBegin, m_body.data() + header.bodyEnd, m_ctx);
+  if (!m_ctx.repairedValues.empty()) {
+    // One line per object, naming every value that was set right.
+    OdString names;
+    for (const wchar_t* what : m_ctx.repairedValues) names += OdString(names.isEmpty() ? L"" : L", ") + what;
+    repair(OdString().format(L"line %d: %ls had invalid values (%ls); repaired", m_bodyLine, dxfName.c_str(), names.c_str()));
+  }
   object->setModifiedInternal(false);
   object->setNewInternal(false);
   return OdDbObjectPtr(object);
@@ -658,15 +725,40 @@ OdDbDatabasePtr DxfReader::read() {
   m_report.binary = m_in.isBinary();
   scanHeaderForEncoding();
   m_db = OdDbDatabase::createEmpty();
+  // Objects that the platform adds by itself while the file is read take
+  // handles from the seed: it stands in the placeholder range (well above the
+  // reader's own placeholders) until every handle of the file is known.
+  m_db->setHandseed(OdDbHandle(kOdDxfPlaceholderHandles + (OdUInt64{1} << 31)));
   m_db->blockUndoRecording(true);
   m_ctx.db = m_db.get();
   m_in.setStopAtEof(true);
 
+  if (m_data.find_first_not_of(" \t\r\n") == std::string_view::npos) refuse("the file is empty");
   bool any = false;
   while (nextTag()) {
     if (m_tag.code == 0 && m_tag.s == L"EOF") {
       m_sawEof = true;
       break;
+    }
+    // What some writers leave outside any section is read as what it is.
+    if (m_tag.code == 9 && m_tag.s.left(1) == L"$") {
+      repair(OdString().format(L"line %d: header variables outside a section read", m_tagLine));
+      m_in.pushBack();
+      readLooseHeader();
+      continue;
+    }
+    if (m_tag.code == 0 && m_tag.s == L"ENDSEC") {
+      repair(OdString().format(L"line %d: 0 ENDSEC outside a section ignored", m_tagLine));
+      continue;
+    }
+    if (m_tag.code == 0 && m_tag.s != L"SECTION" && odDxfIsEntityName(m_tag.s)) {
+      repair(OdString().format(L"line %d: entities outside a section read into model space", m_tagLine));
+      m_in.pushBack();
+      any = true;
+      ensureTables();
+      ensureSpaces();
+      readEntityList(OdDbObjectId(), true, true);
+      continue;
     }
     if (m_tag.code != 0 || m_tag.s != L"SECTION") expected("0 SECTION");
     if (!nextTag() || m_tag.code != 2) expected("2 and a section name");
@@ -698,10 +790,11 @@ OdDbDatabasePtr DxfReader::read() {
 
 namespace {
 
+// New handles are handed out once every handle of the file is known; until
+// then the object holds a placeholder.
 OdDbObjectId DxfReader::addMissing(OdDbObject* object, const OdDbObjectId& owner) {
-  OdDbObjectId id = m_db->addOdDbObject(object, owner);
-  m_objectsWithoutHandle.push_back(id);
-  return id;
+  while (m_db->stubFor(kOdDxfPlaceholderHandles + m_nextPlaceholder)) ++m_nextPlaceholder;
+  return m_db->addOdDbObject(object, owner, OdDbHandle(kOdDxfPlaceholderHandles + m_nextPlaceholder++));
 }
 
 OdDbObjectId DxfReader::addMissingTable(const OdDxfTableKind& kind) {
@@ -937,6 +1030,17 @@ void DxfReader::ensureRootDictionaries() {
   }
 }
 
+// A block that reaches itself through its references cannot be drawn in
+// full; it is kept as read (walks into blocks stop where they come back).
+void DxfReader::reportBlockCycles() {
+  for (const std::vector<OdString>& cycle : odDbBlockCycles(m_db.get())) {
+    OdString chain;
+    for (const OdString& name : cycle) chain += (chain.isEmpty() ? L"" : L" -> ") + name;
+    repair(OdString().format(L"block '%ls' contains a reference to itself (%ls); its references show it once",
+                             cycle.front().c_str(), chain.c_str()));
+  }
+}
+
 void DxfReader::finish() {
   ensureTables();
   ensureSpaces();
@@ -955,22 +1059,35 @@ void DxfReader::finish() {
     }
   }
   ensureRootDictionaries();
+  reportBlockCycles();
 
-  // Handles for the objects that had none (or a duplicate one), above every handle of the file.
+  // Final handles for every object in the placeholder range (those the file
+  // gave none, an empty, a repeated or an impossible one, and those added
+  // here, also by the objects themselves), in the order they were made, above
+  // every handle of the file. The file's own unique handles stay as they are.
   OdUInt64 next = 1;
+  std::vector<OdDbObjectId> placeholders;
   m_db->forEachObjectId([&](const OdDbObjectId& id) {
-    if (id.handle().value() < 0x7FFFFFFF00000000ull) next = std::max(next, id.handle().value() + 1);
+    if (id.handle().value() < kOdDxfPlaceholderHandles) next = std::max(next, id.handle().value() + 1);
+    else placeholders.push_back(id);
   });
+  std::sort(placeholders.begin(), placeholders.end(),
+            [](const OdDbObjectId& a, const OdDbObjectId& b) { return a.handle().value() < b.handle().value(); });
   std::vector<std::pair<OdDbObjectId, OdUInt64>> changes;
-  for (const OdDbObjectId& id : m_objectsWithoutHandle) changes.emplace_back(id, next++);
+  for (const OdDbObjectId& id : placeholders) {
+    while (m_db->stubFor(next)) ++next;  // a handle referred to but never defined stays unused
+    changes.emplace_back(id, next++);
+  }
   m_db->rehandleInternal(changes);
-  m_objectsWithoutHandle.clear();
 
-  // The header: version and handle seed as the file will have them.
+  // The header: version and handle seed as the file will have them; a seed
+  // the file gives above the next free handle is kept, one in the placeholder
+  // range is not.
   OdDb::DwgVersion version = m_report.version;
   m_db->setOriginalFileVersion(version);
   if (!m_hasHeader) odDbSetDefaultHeader(m_db.get());
-  m_db->setHandseed(OdDbHandle(static_cast<OdUInt64>(m_db->headerInt(L"$HANDSEED", 0))));
+  const OdUInt64 fileSeed = static_cast<OdUInt64>(m_db->headerInt(L"$HANDSEED", 0));
+  if (fileSeed < kOdDxfPlaceholderHandles) m_db->setHandseed(OdDbHandle(fileSeed));
   m_db->blockUndoRecording(false);
 }
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "DbBlockReference.h"
 #include "DbBlockTableRecord.h"
+#include "DbPolyline.h"
 #include "DbSymbolTable.h"
 #include "DxfFile.h"
 
@@ -53,21 +54,10 @@ OdRxClass* byName(const wchar_t* name) { return odrxFindClass(name); }
 }  // namespace
 
 OdRxClass* odDxfClassForObject(const OdString& dxfName, const OdDxfTag* begin, const OdDxfTag* end) {
-  if (dxfName == L"POLYLINE") {
-    OdInt64 flags = firstInt(begin, end, 70, 0);
-    if (flags & 8) return byName(L"OdDb3dPolyline");
-    if (flags & 16) return byName(L"OdDbPolygonMesh");
-    if (flags & 64) return byName(L"OdDbPolyFaceMesh");
-    return byName(L"OdDb2dPolyline");
-  }
-  if (dxfName == L"VERTEX") {
-    OdInt64 flags = firstInt(begin, end, 70, 0);
-    if (flags & 32) return byName(L"OdDb3dPolylineVertex");
-    if ((flags & 128) && (flags & 64)) return byName(L"OdDbPolyFaceMeshVertex");
-    if (flags & 128) return byName(L"OdDbFaceRecord");
-    if (flags & 64) return byName(L"OdDbPolygonMeshVertex");
-    return byName(L"OdDb2dVertex");
-  }
+  // The kinds of polyline and vertex are the platform's one choice from the
+  // flags, the same that entity lists make.
+  if (dxfName == L"POLYLINE") return odDbPolylineClassForFlags(static_cast<int>(firstInt(begin, end, 70, 0)));
+  if (dxfName == L"VERTEX") return odDbVertexClassForFlags(static_cast<int>(firstInt(begin, end, 70, 0)));
   if (dxfName == L"DIMENSION") {
     switch (firstInt(begin, end, 70, 0) & 0x0F) {
       case 0: return byName(L"OdDbRotatedDimension");
@@ -92,6 +82,12 @@ OdRxClass* odDxfClassForObject(const OdString& dxfName, const OdDxfTag* begin, c
   OdRxClass* cls = odrxFindClassByDxfName(dxfName);
   if (cls && !cls->constructor()) return nullptr;
   return cls;
+}
+
+bool odDxfIsEntityName(const OdString& dxfName) {
+  if (dxfName == L"BLOCK" || dxfName == L"ENDBLK") return false;
+  OdRxClass* cls = odDxfClassForObject(dxfName, nullptr, nullptr);
+  return cls && cls->isDerivedFrom(OdDbEntity::desc());
 }
 
 const OdDxfStandardClass* odDxfStandardClass(const OdString& dxfName) {

@@ -25,6 +25,9 @@ const OdDxfTableKind* odDxfTableKind(OdDbNameTable table);
 // DIMENSION by its type, INSERT by its subclass marker). Null when no
 // registered class has the name.
 OdRxClass* odDxfClassForObject(const OdString& dxfName, const OdDxfTag* begin, const OdDxfTag* end);
+// True for the names of entities that stand in a layout or a block (not the
+// BLOCK and ENDBLK that frame a block).
+bool odDxfIsEntityName(const OdString& dxfName);
 
 // CLASSES entries for the classes of a written file that need one.
 struct OdDxfStandardClass {

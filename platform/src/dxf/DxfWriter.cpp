@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <cstring>
 #include <deque>
+#include <filesystem>
 #include <mutex>
 #include <thread>
 #include <sys/stat.h>
@@ -440,11 +441,61 @@ class FileChunkWriter : public ChunkSink {
 
 }  // namespace
 
+namespace {
+
+// The file a save replaces: a symbolic link is followed to what it names (the
+// user's file is the target, not the link), however many links deep.
+std::string saveTarget(const std::string& path, const OdString& shown) {
+  std::string current = path;
+  for (int hops = 0; hops < 40; ++hops) {
+    struct stat st;
+    if (lstat(current.c_str(), &st) != 0 || !S_ISLNK(st.st_mode)) return current;
+    std::vector<char> buffer(static_cast<size_t>(st.st_size > 0 ? st.st_size : 255) + 1);
+    ssize_t length = readlink(current.c_str(), buffer.data(), buffer.size());
+    if (length < 0) throw OdError_FileException(eFileAccessErr, shown + L": " + OdString(std::strerror(errno)));
+    std::string link(buffer.data(), static_cast<size_t>(length));
+    if (!link.empty() && link[0] != '/') {
+      const size_t slash = current.rfind('/');
+      if (slash != std::string::npos) link = current.substr(0, slash + 1) + link;
+    }
+    current = link;
+  }
+  throw OdError_FileException(eFileAccessErr, shown + L": too many levels of symbolic links");
+}
+
+// Temporary files of a save carry this mark after the drawing's name, so that
+// one left by a killed save is known for what it is and removed by the next.
+constexpr const char kSaveMark[] = ".ryad-save-";
+
+void removeStaleTemporaries(const std::string& target) {
+  const size_t slash = target.rfind('/');
+  const std::string folder = slash == std::string::npos ? std::string(".") : target.substr(0, slash + 1);
+  const std::string prefix = (slash == std::string::npos ? target : target.substr(slash + 1)) + kSaveMark;
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+    const std::string name = entry.path().filename().string();
+    if (name.size() == prefix.size() + 6 && name.compare(0, prefix.size(), prefix) == 0 && entry.is_regular_file(error)) {
+      std::filesystem::remove(entry.path(), error);
+    }
+  }
+}
+
+}  // namespace
+
 void odDxfWriteFile(OdDbDatabase* db, const OdString& path, OdDb::DwgVersion version) {
-  const std::string target = path.toUtf8();
+  if (path.isEmpty()) throw OdError_FileException(eInvalidInput, OdString(L"no file name given; nothing saved"));
+  const std::string target = saveTarget(path.toUtf8(), path);
+  // Only a regular file is ever replaced: a device, a pipe or a folder at the
+  // path is left alone.
+  struct stat existing;
+  const bool exists = stat(target.c_str(), &existing) == 0;
+  if (exists && !S_ISREG(existing.st_mode)) {
+    throw OdError_FileException(eFileAccessErr, path + L": not a regular file; not saved");
+  }
+  removeStaleTemporaries(target);
   // A temporary file beside the target, flushed and renamed over it: the old
   // file stays whole until the new one is complete.
-  std::string temporary = target + ".XXXXXX";
+  std::string temporary = target + kSaveMark + "XXXXXX";
   std::vector<char> name(temporary.begin(), temporary.end());
   name.push_back('\0');
   int fd = mkstemp(name.data());
@@ -470,7 +521,19 @@ void odDxfWriteFile(OdDbDatabase* db, const OdString& path, OdDb::DwgVersion ver
   }
   if (error) fail(error);
   if (fsync(fd) != 0) fail(errno);
-  fchmod(fd, 0644);
+  // The replaced file's mode and (where allowed) owner; a new file's mode
+  // follows the umask as any file the user creates.
+  if (exists) {
+    if (fchown(fd, existing.st_uid, existing.st_gid) != 0) {
+      // Only the owner's group may be settable; a failure keeps the saver's ids.
+      if (fchown(fd, static_cast<uid_t>(-1), existing.st_gid) != 0) {}
+    }
+    fchmod(fd, existing.st_mode & 07777);
+  } else {
+    const mode_t mask = umask(0);
+    umask(mask);
+    fchmod(fd, 0666 & ~mask);
+  }
   if (close(fd) != 0) {
     int closeError = errno;
     unlink(name.data());

@@ -123,15 +123,27 @@ double OdGeEllipArc3d::length(double fromParam, double toParam) const {
     const double c = std::cos(t);
     return std::sqrt(a * a * s * s + b * b * c * c);
   };
+  if (!std::isfinite(fromParam) || !std::isfinite(toParam)) return 0.0;
   // Integrate quarter turn by quarter turn so that every piece is smooth and monotone in curvature.
-  double total = 0.0;
-  double from = fromParam;
-  while (from < toParam) {
-    const double nextQuarter = (std::floor(from / OdaPI2 + 1e-14) + 1.0) * OdaPI2;
-    const double to = std::min(nextQuarter, toParam);
-    total += OdGeInternal::integrate(speed, from, to, 1e-13);
-    from = to;
-  }
+  auto byQuarters = [&](double from, double to) {
+    double total = 0.0;
+    while (from < to) {
+      const double nextQuarter = (std::floor(from / OdaPI2 + 1e-14) + 1.0) * OdaPI2;
+      const double end = std::min(nextQuarter, to);
+      if (!(end > from)) break;  // no progress at this magnitude
+      total += OdGeInternal::integrate(speed, from, end, 1e-13);
+      from = end;
+    }
+    return total;
+  };
+  // The length repeats every turn: whole turns are counted once, and far
+  // from zero the rest starts within the first turn (there a quarter-turn
+  // step would no longer move the parameter).
+  const double span = toParam - fromParam;
+  const double turns = std::floor(span / Oda2PI);
+  const double start = std::fabs(fromParam) > 4 * Oda2PI ? odgeNormalizeAngle(fromParam) : fromParam;
+  double total = turns >= 1.0 ? turns * byQuarters(0.0, Oda2PI) : 0.0;
+  total += byQuarters(start, start + (span - std::max(turns, 0.0) * Oda2PI));
   return total;
 }
 

@@ -123,12 +123,23 @@ void trigComponentRange(double c, double a, double b, double t0, double t1, doub
   lo = std::min(value(t0), value(t1));
   hi = std::max(value(t0), value(t1));
   if (a == 0.0 && b == 0.0) return;
-  // Extremes at atan2(b, a) + kπ; visit those inside [t0, t1].
+  // Extremes at atan2(b, a) + kπ; visit those inside [t0, t1]. A range of a
+  // full turn or more holds both; otherwise at most two lie in it. Counting
+  // the steps (not adding π until past t1) also ends at magnitudes where
+  // adding π no longer changes the parameter.
+  const double amplitude = std::hypot(a, b);
+  if (!(t1 - t0 < Oda2PI)) {
+    lo = std::min(lo, c - amplitude);
+    hi = std::max(hi, c + amplitude);
+    return;
+  }
   const double first = std::atan2(b, a);
-  double t = first + OdaPI * std::ceil((t0 - first) / OdaPI);
-  for (; t <= t1; t += OdaPI) {
-    lo = std::min(lo, value(t));
-    hi = std::max(hi, value(t));
+  const double t = first + OdaPI * std::ceil((t0 - first) / OdaPI);
+  for (int k = 0; k < 3; ++k) {
+    const double tk = t + OdaPI * k;
+    if (!(tk <= t1)) break;
+    lo = std::min(lo, value(tk));
+    hi = std::max(hi, value(tk));
   }
 }
 

@@ -201,7 +201,8 @@ OdResult OdDbBlockReference::getGeomExtents(OdGeExtents3d& extents) const {
   OdDbObjectPtr block = m_blockId.openObject();
   auto* record = dynamic_cast<OdDbBlockTableRecord*>(block.get());
   const OdGeMatrix3d xform = blockTransform();
-  if (record) {
+  OdDbBlockWalk walk(m_blockId);  // a block that contains itself is measured once
+  if (record && walk.entered()) {
     for (const OdDbObjectId& id : record->entityIds()) {
       if (id.isErased()) continue;
       OdDbEntityPtr entity = OdDbEntity::cast(id.openObject().get());
@@ -225,7 +226,8 @@ double OdDbBlockReference::distanceTo(const OdGePoint3d& point) const {
   // The nearest of the block's entities, measured in block coordinates scaled back.
   OdRxObjectPtrArray pieces;
   double best = std::numeric_limits<double>::infinity();
-  if (explode(pieces) == eOk) {
+  OdDbBlockWalk walk(m_blockId);  // a block that contains itself is measured once
+  if (walk.entered() && explode(pieces) == eOk) {
     for (const auto& piece : pieces) {
       auto* entity = static_cast<OdDbEntity*>(piece.get());
       best = std::min(best, entity->distanceTo(point));

@@ -239,7 +239,8 @@ void OdDbDimension::allDefiningPoints(OdGePoint3dArray& points) const {
 OdResult OdDbDimension::getGeomExtents(OdGeExtents3d& extents) const {
   extents = OdGeExtents3d();
   OdDbObjectPtr block = m_blockId.openObject();
-  if (auto* record = dynamic_cast<OdDbBlockTableRecord*>(block.get())) {
+  OdDbBlockWalk walk(m_blockId);  // a block that contains itself is measured once
+  if (auto* record = dynamic_cast<OdDbBlockTableRecord*>(block.get()); record && walk.entered()) {
     const OdGeMatrix3d xform = blockTransform();
     for (const OdDbObjectId& id : record->entityIds()) {
       OdDbEntityPtr entity = OdDbEntity::cast(id.openObject().get());
@@ -287,7 +288,8 @@ OdResult OdDbDimension::transformBy(const OdGeMatrix3d& xform) {
   // ignore group 12 then still show it in place).
   if (database() && (m_flags & kBlockIsOwnedOnly)) {
     OdDbObjectPtr block = m_blockId.openObject();
-    if (auto* record = dynamic_cast<OdDbBlockTableRecord*>(block.get())) {
+    OdDbBlockWalk walk(m_blockId);
+    if (auto* record = dynamic_cast<OdDbBlockTableRecord*>(block.get()); record && walk.entered()) {
       const OdGeMatrix3d toBlock = blockTransform().inverse() * xform * oldBlockTransform;
       for (const OdDbObjectId& id : record->entityIds()) {
         OdDbEntityPtr entity = OdDbEntity::cast(id.openObject(OdDb::kForWrite).get());
@@ -305,7 +307,8 @@ OdResult OdDbDimension::explode(OdRxObjectPtrArray& entities) const {
 double OdDbDimension::distanceTo(const OdGePoint3d& point) const {
   double best = std::numeric_limits<double>::infinity();
   OdRxObjectPtrArray pieces;
-  if (explode(pieces) == eOk) {
+  OdDbBlockWalk walk(m_blockId);
+  if (walk.entered() && explode(pieces) == eOk) {
     for (const auto& piece : pieces)
       best = std::min(best, static_cast<OdDbEntity*>(piece.get())->distanceTo(point));
   }
