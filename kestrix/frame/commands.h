@@ -45,3 +45,10 @@ void boolopCommand();
 
 // A linetype made from drawn geometry (linetypes/LinetypeMaker.cpp).
 void mkltypeCommand();
+
+// Batch file tools: plotting (batch/BatchPlot.cpp), purging (batch/BatchPurge.cpp)
+// and moving backup files (batch/MoveBackups.cpp).
+void printPltCommand();
+void batchPlotCommand();
+void batchPurgeCommand();
+void moveBackupsCommand();

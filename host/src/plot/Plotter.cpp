@@ -96,6 +96,11 @@ class Plotter {
     m_foreground = settings.blackBackground ? Rgb{1, 1, 1} : Rgb{0, 0, 0};
     m_ltscale = db->getLTSCALE();
     if (!(m_ltscale > 0)) m_ltscale = 1.0;
+    // Looked up by name in their tables: once per plot, not per entity.
+    m_layerZero = db->getLayerZeroId();
+    m_byLayer = db->getLinetypeByLayerId();
+    m_byBlock = db->getLinetypeByBlockId();
+    m_continuous = db->getLinetypeContinuousId();
   }
 
   // World (x, y) to sheet: scale, then move, with y turned down for cairo.
@@ -187,7 +192,7 @@ class Plotter {
 
   void drawEntity(const OdDbEntity* entity, const OdGeMatrix3d& xform, const Inherited& inherited, int depth) {
     if (entity->isErased() || entity->visibility() == OdDb::kInvisible) return;
-    const bool layerZero = entity->layerId() == m_db->getLayerZeroId() && depth > 0;
+    const bool layerZero = entity->layerId() == m_layerZero && depth > 0;
     const OdDbObjectId layerId = layerZero && !inherited.layer.isNull() ? inherited.layer : entity->layerId();
     const LayerInfo& layer = layerOf(layerId);
     if (layer.hidden) return;
@@ -334,8 +339,8 @@ class Plotter {
   }
 
   OdDbObjectId linetypeOf(const OdDbObjectId& id, const LayerInfo& layer, const Inherited& inherited) const {
-    if (id.isNull() || id == m_db->getLinetypeByLayerId()) return layer.linetype;
-    if (id == m_db->getLinetypeByBlockId()) return inherited.linetype;
+    if (id.isNull() || id == m_byLayer) return layer.linetype;
+    if (id == m_byBlock) return inherited.linetype;
     return id;
   }
 
@@ -352,17 +357,15 @@ class Plotter {
   void dashesOf(const OdDbObjectId& linetypeId, double entityScale, double xformScale, Pen& pen) {
     pen.dashes.clear();
     pen.dashOffset = 0;
-    if (linetypeId.isNull() || linetypeId == m_db->getLinetypeContinuousId()) return;
-    OdDbObjectPtr object = linetypeId.openObject();
-    auto linetype = as<OdDbLinetypeTableRecord>(object.get());
-    if (!linetype || linetype->numDashes() == 0) return;
+    if (linetypeId.isNull() || linetypeId == m_continuous) return;
+    const std::vector<double>& lengths = dashLengths(linetypeId);
+    if (lengths.empty()) return;
     const double k = m_ltscale * (entityScale > 0 ? entityScale : 1.0) * xformScale * m_viewScale;
     const double dot = 0.5 * pen.width;
     std::vector<double> runs;  // alternating, starting with a drawn run
     bool startsWithGap = false;
     double total = 0;
-    for (int i = 0; i < linetype->numDashes(); ++i) {
-      const double length = linetype->dashLengthAt(i);
+    for (const double length : lengths) {
       const bool on = length >= 0;
       const double run = length == 0 ? dot : std::fabs(length) * k;
       total += run;
@@ -385,6 +388,18 @@ class Plotter {
     }
     if (runs.size() % 2 == 1) runs.push_back(0.0);
     pen.dashes = runs;
+  }
+
+  // A linetype's dash lengths in drawing units, read once per plot.
+  const std::vector<double>& dashLengths(const OdDbObjectId& linetypeId) {
+    auto found = m_linetypes.find(linetypeId.stub());
+    if (found != m_linetypes.end()) return found->second;
+    std::vector<double> lengths;
+    OdDbObjectPtr object = linetypeId.openObject();
+    if (auto linetype = as<OdDbLinetypeTableRecord>(object.get())) {
+      for (int i = 0; i < linetype->numDashes(); ++i) lengths.push_back(linetype->dashLengthAt(i));
+    }
+    return m_linetypes.emplace(linetypeId.stub(), std::move(lengths)).first->second;
   }
 
   Pen penFor(const Inherited& own, double entityScale, double xformScale) {
@@ -926,6 +941,7 @@ class Plotter {
   OdGeMatrix3d m_view;
   double m_viewScale = 1.0;  // sheet units per drawing unit
   double m_ltscale = 1.0;
+  OdDbObjectId m_layerZero, m_byLayer, m_byBlock, m_continuous;
   Rgb m_background, m_foreground;
   Pen m_pen;
   bool m_pending = false;
@@ -934,6 +950,7 @@ class Plotter {
   std::unordered_set<OdDbStub*> m_open;
   std::unordered_map<OdDbStub*, LayerInfo> m_layers;
   std::unordered_map<OdDbStub*, OdString> m_fonts;
+  std::unordered_map<OdDbStub*, std::vector<double>> m_linetypes;
 };
 
 bool layerShown(const OdDbEntity* entity, std::unordered_map<OdDbStub*, bool>& cache) {
