@@ -14,6 +14,7 @@
 #include "DbHatch.h"
 #include "DbSymbolTable.h"
 #include "DbText.h"
+#include "DbViewport.h"
 #include "harness.h"
 
 using ::testing::HasSubstr;
@@ -236,4 +237,43 @@ TEST(Plot, EscWritesNothingAndAnEmptyDrawingSaysSo) {
   session.run({"PLOT", "Png", "Window", "0,0"});  // the input ends at the second corner: cancelled
   EXPECT_FALSE(std::filesystem::exists(png));
   EXPECT_THAT(session.run({"PLOT", "Pdf", "", "Z9", "", "", "", "", ""}), HasSubstr("Unknown paper size."));
+}
+
+TEST(Plot, LayoutShowsModelSpaceThroughItsViewportOnly) {
+  HostSession session;
+  OdDbDatabase* db = session.db();
+  buildDrawing(db);
+  // A 40 x 40 viewport centred on the sheet's (50, 50), looking at the
+  // circle's centre (30, 70) at one paper unit per model unit.
+  OdDbViewportPtr viewport = OdDbViewport::createObject();
+  viewport->setDatabaseDefaults(db);
+  viewport->setCenterPoint(OdGePoint3d(50, 50, 0));
+  viewport->setWidth(40);
+  viewport->setHeight(40);
+  viewport->setViewCenter(OdGePoint2d(30, 70));
+  viewport->setViewHeight(40);
+  viewport->setStatus(2);
+  viewport->setNumber(2);
+  {
+    OdDbObjectPtr paper = db->getPaperSpaceId().openObject(OdDb::kForWrite);
+    static_cast<OdDbBlockTableRecord*>(paper.get())->appendOdDbEntity(viewport.get());
+  }
+  const std::string png = tempPath("d.png");
+  // The layout's extents (the viewport, 40 units) fill the 100 mm sheet less
+  // 2 mm each side: 2.4 mm per unit, the viewport's middle at the sheet's middle.
+  const std::string shown =
+      session.run({"PLOT", "Png", "Layout", "", "100x100", "Portrait", "", "", "", "254", "", png});
+  ASSERT_THAT(shown, HasSubstr("Plot written to"));
+  Picture picture(png);
+  ASSERT_TRUE(picture.ok());
+  // Circle radius 10 model units = 24 mm = 240 pixels from the middle (500, 500).
+  EXPECT_TRUE(near(picture.pixel(740, 500), 255, 0, 0));
+  EXPECT_TRUE(near(picture.pixel(260, 500), 255, 0, 0));
+  EXPECT_TRUE(near(picture.pixel(500, 500), 255, 255, 255));  // the viewport itself is not filled
+  // The dashed line (model y = 10) lies outside the view: no blue anywhere.
+  int blue = 0;
+  for (int py = 0; py < 1000; py += 2)
+    for (int px = 0; px < 1000; px += 2) blue += near(picture.pixel(px, py), 0, 0, 255) ? 1 : 0;
+  EXPECT_EQ(blue, 0);
+  std::filesystem::remove(png);
 }

@@ -234,7 +234,9 @@ class Plotter {
     } else if (auto wipeout = as<OdDbWipeout>(entity)) {
       OdGePoint3dArray vertices;
       if (wipeout->getVertices(vertices) == eOk) fill(vertices, xform, m_background);
-    } else if (auto solid = as<OdDbPlanarQuad>(entity)) {
+    } else if (as<OdDbSolid>(entity) || as<OdDbTrace>(entity)) {
+      // (The common base of solids and traces has no class of its own to ask for.)
+      auto solid = static_cast<const OdDbPlanarQuad*>(entity);
       // Corners 3 and 4 come in the order they were picked: the outline goes 1, 2, 4, 3.
       OdGePoint3dArray quad;
       for (OdUInt16 i : {0, 1, 3, 2}) {
@@ -755,23 +757,86 @@ class Plotter {
     return family;
   }
 
-  // Sets cairo's matrix so that one user unit is one drawing unit along the
-  // text's own axes at `origin` (x along the baseline, y up the letters).
-  void textFrame(const OdGePoint3d& origin, const OdGeVector3d& xAxis, const OdGeVector3d& yAxis,
-                 const OdGeMatrix3d& xform) {
+  // The matrix from the text's own axes at `origin` (x along the baseline,
+  // y up the letters, in drawing units) to the sheet.
+  cairo_matrix_t textFrame(const OdGePoint3d& origin, const OdGeVector3d& xAxis, const OdGeVector3d& yAxis,
+                           const OdGeMatrix3d& xform) const {
     const OdGePoint2d o = toSheet(origin, xform);
     const OdGePoint2d px = toSheet(origin + xAxis, xform);
     const OdGePoint2d py = toSheet(origin + yAxis, xform);
     cairo_matrix_t m;
     // Glyphs grow downwards in cairo: the text's y axis goes in negated.
     cairo_matrix_init(&m, px.x - o.x, px.y - o.y, -(py.x - o.x), -(py.y - o.y), o.x, o.y);
-    cairo_set_matrix(m_cr, &m);
+    return m;
   }
 
-  void selectFont(const OdDbObjectId& styleId, double height) {
+  // Fonts are measured and outlined at one size and scaled from there: font
+  // engines misbehave at the tiny and the huge sizes drawings reach.
+  static constexpr double kGlyphSize = 64.0;
+
+  void selectFont(const OdDbObjectId& styleId) {
     const std::string family = fontFamily(styleId).toUtf8();
     cairo_select_font_face(m_cr, family.c_str(), CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_NORMAL);
-    cairo_set_font_size(m_cr, height / kCapHeight);
+    cairo_set_font_size(m_cr, kGlyphSize);
+  }
+
+  // The advance of a line of text `height` high (cap height), in drawing units.
+  double advanceOf(const std::string& utf8, const OdDbObjectId& styleId, double height) {
+    cairo_save(m_cr);
+    cairo_identity_matrix(m_cr);
+    selectFont(styleId);
+    cairo_text_extents_t extents;
+    cairo_text_extents(m_cr, utf8.c_str(), &extents);
+    cairo_restore(m_cr);
+    return extents.x_advance * height / kCapHeight / kGlyphSize;
+  }
+
+  // Draws a line of text with its baseline start at the frame's origin. Up to
+  // a moderate size on the sheet cairo draws the glyphs itself (hinted, and
+  // kept as text in PDF and SVG); larger ones are filled as outlines taken at
+  // the measuring size and carried to the sheet point by point.
+  void showText(const std::string& utf8, const OdDbObjectId& styleId, double height, const cairo_matrix_t& frame,
+                const Rgb& color) {
+    const double units = height / kCapHeight;  // the em size in drawing units
+    cairo_matrix_t m = frame;
+    cairo_matrix_scale(&m, units / kGlyphSize, units / kGlyphSize);
+    const double sheetSize = kGlyphSize * std::sqrt(std::fabs(m.xx * m.yy - m.xy * m.yx));
+    if (!(sheetSize > 0.05) || !std::isfinite(sheetSize)) return;  // too small to see
+    cairo_save(m_cr);
+    cairo_identity_matrix(m_cr);
+    selectFont(styleId);
+    setColor(color);
+    if (sheetSize < 1500.0) {
+      cairo_set_matrix(m_cr, &m);
+      cairo_move_to(m_cr, 0, 0);
+      cairo_show_text(m_cr, utf8.c_str());
+    } else {
+      cairo_new_path(m_cr);
+      cairo_move_to(m_cr, 0, 0);
+      cairo_text_path(m_cr, utf8.c_str());
+      cairo_path_t* path = cairo_copy_path(m_cr);
+      cairo_new_path(m_cr);
+      for (int i = 0; i < path->num_data; i += path->data[i].header.length) {
+        cairo_path_data_t* d = &path->data[i];
+        double p[3][2];
+        for (int k = 1; k < d->header.length; ++k) {
+          p[k - 1][0] = d[k].point.x;
+          p[k - 1][1] = d[k].point.y;
+          cairo_matrix_transform_point(&m, &p[k - 1][0], &p[k - 1][1]);
+        }
+        switch (d->header.type) {
+          case CAIRO_PATH_MOVE_TO: cairo_move_to(m_cr, p[0][0], p[0][1]); break;
+          case CAIRO_PATH_LINE_TO: cairo_line_to(m_cr, p[0][0], p[0][1]); break;
+          case CAIRO_PATH_CURVE_TO: cairo_curve_to(m_cr, p[0][0], p[0][1], p[1][0], p[1][1], p[2][0], p[2][1]); break;
+          case CAIRO_PATH_CLOSE_PATH: cairo_close_path(m_cr); break;
+        }
+      }
+      cairo_path_destroy(path);
+      cairo_set_fill_rule(m_cr, CAIRO_FILL_RULE_WINDING);
+      cairo_fill(m_cr);
+    }
+    cairo_new_path(m_cr);
+    cairo_restore(m_cr);
   }
 
   void drawText(const OdDbText* text, const OdString& string, const OdGeMatrix3d& xform, const Inherited& own) {
@@ -788,13 +853,7 @@ class Plotter {
     if (text->isMirroredInX()) xAxis = -xAxis;
     if (text->isMirroredInY()) yAxis = -yAxis;
     const std::string utf8 = plainText(string).toUtf8();
-
-    cairo_save(m_cr);
-    cairo_identity_matrix(m_cr);
-    selectFont(text->textStyle(), height);
-    cairo_text_extents_t extents;
-    cairo_text_extents(m_cr, utf8.c_str(), &extents);
-    const double advance = extents.x_advance;
+    const double advance = advanceOf(utf8, text->textStyle(), height);
     OdGePoint3d origin = text->position();
     double dx = 0, dy = 0;
     if (!text->isDefaultAlignment()) {
@@ -814,15 +873,10 @@ class Plotter {
         if (v == OdDb::kTextBottom) dy = height * 0.3;
       }
     }
-    textFrame(origin, xAxis, yAxis, xform);
-    cairo_translate(m_cr, dx, dy);
-    cairo_scale(m_cr, widthFactor, 1.0);
-    selectFont(text->textStyle(), height);
-    cairo_move_to(m_cr, 0, 0);
-    setColor(own.color);
-    cairo_show_text(m_cr, utf8.c_str());
-    cairo_new_path(m_cr);
-    cairo_restore(m_cr);
+    cairo_matrix_t frame = textFrame(origin, xAxis, yAxis, xform);
+    cairo_matrix_translate(&frame, dx, -dy);
+    cairo_matrix_scale(&frame, widthFactor, 1.0);
+    showText(utf8, text->textStyle(), height, frame, own.color);
   }
 
   // The special codes a single-line text may carry, as the characters they stand for.
@@ -851,16 +905,7 @@ class Plotter {
     OdString all = mtext->text();
     all.replace(L"\\P", L"\n");
     const double width = mtext->width();
-    cairo_save(m_cr);
-    cairo_identity_matrix(m_cr);
-    selectFont(mtext->textStyle(), height);
-    // Measured in drawing units: font size height / cap height at unit scale.
-    auto measure = [&](const OdString& s) {
-      cairo_text_extents_t e;
-      const std::string u = s.toUtf8();
-      cairo_text_extents(m_cr, u.c_str(), &e);
-      return e.x_advance;
-    };
+    auto measure = [&](const OdString& s) { return advanceOf(s.toUtf8(), mtext->textStyle(), height); };
     int start = 0;
     for (int i = 0; i <= all.getLength(); ++i) {
       if (i < all.getLength() && all[i] != L'\n') continue;
@@ -902,7 +947,6 @@ class Plotter {
     if (mtext->backgroundFill()) {
       // The mask: a box around the text, grown by the scale factor, in the fill or the sheet's colour.
       const double grow = (std::max(mtext->getBackgroundScaleFactor(), 1.0) - 1.0) * height;
-      cairo_restore(m_cr);
       OdGePoint3dArray box;
       const OdGePoint3d o = mtext->location();
       for (auto [u, v] : {std::pair{left - grow, top + grow}, {left + boxWidth + grow, top + grow},
@@ -915,23 +959,14 @@ class Plotter {
         maskColor = colorOf(mtext->getBackgroundFillColor().entityColor(), none, own);
       }
       fill(box, xform, maskColor);
-      cairo_save(m_cr);
     }
     for (size_t k = 0; k < lines.size(); ++k) {
       const double lineWidth = measure(lines[k]);
       const double x = left + (boxWidth - lineWidth) * column / 2.0;
       const double y = top - height - pitch * k;
-      textFrame(mtext->location() + xAxis * x + yAxis * y, xAxis, yAxis, xform);
-      selectFont(mtext->textStyle(), height);
-      cairo_move_to(m_cr, 0, 0);
-      setColor(own.color);
-      const std::string u = lines[k].toUtf8();
-      cairo_show_text(m_cr, u.c_str());
-      cairo_new_path(m_cr);
-      cairo_identity_matrix(m_cr);
-      selectFont(mtext->textStyle(), height);
+      showText(lines[k].toUtf8(), mtext->textStyle(), height,
+               textFrame(mtext->location() + xAxis * x + yAxis * y, xAxis, yAxis, xform), own.color);
     }
-    cairo_restore(m_cr);
   }
 
   OdDbDatabase* m_db;
