@@ -237,6 +237,8 @@ TEST(Plot, EscWritesNothingAndAnEmptyDrawingSaysSo) {
   session.run({"PLOT", "Png", "Window", "0,0"});  // the input ends at the second corner: cancelled
   EXPECT_FALSE(std::filesystem::exists(png));
   EXPECT_THAT(session.run({"PLOT", "Pdf", "", "Z9", "", "", "", "", ""}), HasSubstr("Unknown paper size."));
+  EXPECT_THAT(session.run({"PLOT", "Pdf", "", "", "", "", "", "", "/nonexistent-folder/x.pdf"}),
+              HasSubstr("Nothing plotted: cannot write /nonexistent-folder/x.pdf"));
 }
 
 TEST(Plot, LayoutShowsModelSpaceThroughItsViewportOnly) {
@@ -275,5 +277,31 @@ TEST(Plot, LayoutShowsModelSpaceThroughItsViewportOnly) {
   for (int py = 0; py < 1000; py += 2)
     for (int px = 0; px < 1000; px += 2) blue += near(picture.pixel(px, py), 0, 0, 255) ? 1 : 0;
   EXPECT_EQ(blue, 0);
+  std::filesystem::remove(png);
+}
+
+TEST(Plot, LargeTextsAreFilledAsOutlinesWhereverEarlierTextsFell) {
+  HostSession session;
+  OdDbDatabase* db = session.db();
+  // A text far off the sheet first, then one 50 units high (500 pixels) on it.
+  for (auto [x, text] : {std::pair{-400.0, L"FAR"}, {10.0, L"HH"}}) {
+    OdDbTextPtr t = OdDbText::createObject();
+    t->setPosition(OdGePoint3d(x, 20, 0));
+    t->setHeight(50);
+    t->setTextString(text);
+    append(db, t.get());
+  }
+  const std::string png = tempPath("e.png");
+  ASSERT_THAT(session.run(plotReplies("Png", png)), HasSubstr("Plot written to"));
+  Picture picture(png);
+  ASSERT_TRUE(picture.ok());
+  // The letters stand between y = 20 and 70 (pixel rows 300 - 800) from x = 10 on; nothing below the baseline.
+  int inkInLetters = 0, inkBelow = 0;
+  for (int py = 300; py < 800; py += 4)
+    for (int px = 100; px < 1000; px += 4) inkInLetters += near(picture.pixel(px, py), 0, 0, 0) ? 1 : 0;
+  for (int py = 820; py < 1000; py += 4)
+    for (int px = 0; px < 1000; px += 4) inkBelow += near(picture.pixel(px, py), 0, 0, 0) ? 1 : 0;
+  EXPECT_GT(inkInLetters, 2000);
+  EXPECT_EQ(inkBelow, 0);
   std::filesystem::remove(png);
 }

@@ -96,6 +96,9 @@ class Plotter {
     m_foreground = settings.blackBackground ? Rgb{1, 1, 1} : Rgb{0, 0, 0};
     m_ltscale = db->getLTSCALE();
     if (!(m_ltscale > 0)) m_ltscale = 1.0;
+    cairo_surface_t* scratch = cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1);
+    m_glyphs = cairo_create(scratch);
+    cairo_surface_destroy(scratch);
     // Looked up by name in their tables: once per plot, not per entity.
     m_layerZero = db->getLayerZeroId();
     m_byLayer = db->getLinetypeByLayerId();
@@ -153,6 +156,10 @@ class Plotter {
       cairo_restore(m_cr);
     }
   }
+
+  ~Plotter() { cairo_destroy(m_glyphs); }
+  Plotter(const Plotter&) = delete;
+  Plotter& operator=(const Plotter&) = delete;
 
   int drawnCount() const { return m_drawn; }
 
@@ -773,21 +780,20 @@ class Plotter {
   // Fonts are measured and outlined at one size and scaled from there: font
   // engines misbehave at the tiny and the huge sizes drawings reach.
   static constexpr double kGlyphSize = 64.0;
+  // Glyphs larger than this on the sheet are filled as outlines.
+  static constexpr double kLargestGlyph = 200.0;
 
-  void selectFont(const OdDbObjectId& styleId) {
+  void selectFont(cairo_t* cr, const OdDbObjectId& styleId) {
     const std::string family = fontFamily(styleId).toUtf8();
-    cairo_select_font_face(m_cr, family.c_str(), CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_NORMAL);
-    cairo_set_font_size(m_cr, kGlyphSize);
+    cairo_select_font_face(cr, family.c_str(), CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_NORMAL);
+    cairo_set_font_size(cr, kGlyphSize);
   }
 
   // The advance of a line of text `height` high (cap height), in drawing units.
   double advanceOf(const std::string& utf8, const OdDbObjectId& styleId, double height) {
-    cairo_save(m_cr);
-    cairo_identity_matrix(m_cr);
-    selectFont(styleId);
+    selectFont(m_glyphs, styleId);
     cairo_text_extents_t extents;
-    cairo_text_extents(m_cr, utf8.c_str(), &extents);
-    cairo_restore(m_cr);
+    cairo_text_extents(m_glyphs, utf8.c_str(), &extents);
     return extents.x_advance * height / kCapHeight / kGlyphSize;
   }
 
@@ -804,17 +810,20 @@ class Plotter {
     if (!(sheetSize > 0.05) || !std::isfinite(sheetSize)) return;  // too small to see
     cairo_save(m_cr);
     cairo_identity_matrix(m_cr);
-    selectFont(styleId);
     setColor(color);
-    if (sheetSize < 1500.0) {
+    if (sheetSize < kLargestGlyph) {
+      selectFont(m_cr, styleId);
       cairo_set_matrix(m_cr, &m);
       cairo_move_to(m_cr, 0, 0);
       cairo_show_text(m_cr, utf8.c_str());
     } else {
-      cairo_new_path(m_cr);
-      cairo_move_to(m_cr, 0, 0);
-      cairo_text_path(m_cr, utf8.c_str());
-      cairo_path_t* path = cairo_copy_path(m_cr);
+      // The outline is taken on a context of its own, apart from the sheet's clip and state.
+      selectFont(m_glyphs, styleId);
+      cairo_new_path(m_glyphs);
+      cairo_move_to(m_glyphs, 0, 0);
+      cairo_text_path(m_glyphs, utf8.c_str());
+      cairo_path_t* path = cairo_copy_path(m_glyphs);
+      cairo_new_path(m_glyphs);
       cairo_new_path(m_cr);
       for (int i = 0; i < path->num_data; i += path->data[i].header.length) {
         cairo_path_data_t* d = &path->data[i];
@@ -972,6 +981,7 @@ class Plotter {
   OdDbDatabase* m_db;
   const Settings& m_settings;
   cairo_t* m_cr;
+  cairo_t* m_glyphs = nullptr;  // measures texts and gives their outlines
   double m_unitsPerMm;  // sheet units per millimetre of paper
   OdGeMatrix3d m_view;
   double m_viewScale = 1.0;  // sheet units per drawing unit
