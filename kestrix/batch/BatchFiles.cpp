@@ -1,6 +1,7 @@
 #include "batch/BatchFiles.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <fstream>
 
 #include "RyApDocManager.h"
@@ -101,6 +102,39 @@ bool chooseDrawings(const OdString& defaultPattern, std::vector<fs::path>& files
 
 // ---------------------------------------------------------------- plot settings
 
+// The forms PLOT accepts, checked here so that a value kept in the profile
+// never leaves PLOT asking again (its next reply would then come from the user).
+bool isPaper(const OdString& text) {
+  for (const wchar_t* name : {L"A4", L"A3", L"A2", L"A1", L"A0", L"Letter", L"Legal", L"Tabloid"})
+    if (text.iCompare(name) == 0) return true;
+  double w = 0, h = 0;
+  char x = 0, rest = 0;
+  return std::sscanf(OdString(text).makeLower().toUtf8().c_str(), "%lf %c %lf %c", &w, &x, &h, &rest) == 3 && x == 'x' &&
+         w > 0 && h > 0 && w <= 100000 && h <= 100000;
+}
+
+bool isScale(const OdString& text) {
+  if (text.iCompare(L"Fit") == 0) return true;
+  double a = 0, b = 0;
+  char sep = 0, rest = 0;
+  const std::string s = text.toUtf8();
+  if (std::sscanf(s.c_str(), "%lf %c %lf %c", &a, &sep, &b, &rest) == 3) return (sep == '=' || sep == ':') && a > 0 && b > 0;
+  return std::sscanf(s.c_str(), "%lf %c", &a, &rest) == 1 && a > 0;
+}
+
+bool isOffset(const OdString& text) {
+  double x = 0, y = 0;
+  char rest = 0;
+  return text.iCompare(L"Center") == 0 || std::sscanf(text.toUtf8().c_str(), "%lf , %lf %c", &x, &y, &rest) == 2;
+}
+
+bool isResolution(const OdString& text) {
+  double dpi = 0;
+  char rest = 0;
+  return std::sscanf(text.toUtf8().c_str(), "%lf %c", &dpi, &rest) == 1 && dpi >= 10 && dpi <= 2400;
+}
+
+
 PlotSettings PlotSettings::load() {
   PlotSettings s;
   s.device = readHostSetting(L"PlotDevice", s.device);
@@ -111,6 +145,15 @@ PlotSettings PlotSettings::load() {
   s.color = readHostSetting(L"PlotColor", L"1") != L"0";
   s.dpi = readHostSetting(L"PlotDpi", s.dpi);
   s.background = readHostSetting(L"PlotBackground", s.background);
+  // A value edited by hand into something PLOT would refuse falls back to the default.
+  const PlotSettings defaults;
+  if (s.device != L"Pdf" && s.device != L"Svg" && s.device != L"Png") s.device = defaults.device;
+  if (!isPaper(s.paper)) s.paper = defaults.paper;
+  if (s.orientation != L"Portrait" && s.orientation != L"Landscape") s.orientation = defaults.orientation;
+  if (!isScale(s.scale)) s.scale = defaults.scale;
+  if (!isOffset(s.offset)) s.offset = defaults.offset;
+  if (!isResolution(s.dpi)) s.dpi = defaults.dpi;
+  if (s.background != L"White" && s.background != L"Black") s.background = defaults.background;
   return s;
 }
 

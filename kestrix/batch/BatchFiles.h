@@ -30,6 +30,14 @@ std::vector<std::filesystem::path> filesListed(const std::filesystem::path& list
 bool chooseDrawings(const OdString& defaultPattern, std::vector<std::filesystem::path>& files,
                     std::filesystem::path& folder);
 
+// The forms PLOT takes for a paper size (a name or "WxH" in millimetres), a
+// scale (Fit, "1=100", "1:100" or one number), an offset (Center or "x,y")
+// and a resolution (10 - 2400 dpi).
+bool isPaper(const OdString& text);
+bool isScale(const OdString& text);
+bool isOffset(const OdString& text);
+bool isResolution(const OdString& text);
+
 // The plot settings batch plotting uses, remembered in the profile.
 struct PlotSettings {
   OdString device = L"Pdf";  // Pdf, Svg or Png

@@ -17,30 +17,45 @@ using namespace kestrix::batch;
 
 namespace {
 
+// One free-text setting, asked until it has a form PLOT takes; false on Esc.
+bool askSetting(const OdString& prompt, bool (*valid)(const OdString&), const wchar_t* refusal, OdString& value) {
+  for (;;) {
+    OdString reply;
+    if (!askText(prompt + L" <" + value + L">: ", reply)) return false;
+    if (reply.isEmpty()) return true;
+    if (valid(reply)) {
+      value = reply;
+      return true;
+    }
+    say(OdString(L"\n") + refusal);
+  }
+}
+
 // Asks each setting, with the remembered one as the default; false on Esc.
 bool askPlotSettings(PlotSettings& s) {
   OdString reply;
   if (!askKeyword(L"\nEnter an output device [Pdf/Svg/Png] <" + s.device + L">: ", L"Pdf Svg Png", reply)) return false;
   if (!reply.isEmpty()) s.device = reply;
-  if (!askText(L"\nEnter paper size (A4, A3, A2, A1, A0, Letter, Legal, Tabloid or WxH in millimetres) <" + s.paper +
-                   L">: ",
-               reply))
+  if (!askSetting(L"\nEnter paper size (A4, A3, A2, A1, A0, Letter, Legal, Tabloid or WxH in millimetres)", isPaper,
+                  L"Unknown paper size.", s.paper))
     return false;
-  if (!reply.isEmpty()) s.paper = reply;
   if (!askKeyword(L"\nEnter drawing orientation [Portrait/Landscape] <" + s.orientation + L">: ", L"Portrait Landscape",
                   reply))
     return false;
   if (!reply.isEmpty()) s.orientation = reply;
-  if (!askText(L"\nEnter plot scale (Plotted Millimeters=Drawing Units) or Fit <" + s.scale + L">: ", reply)) return false;
-  if (!reply.isEmpty()) s.scale = reply;
-  if (!askText(L"\nEnter plot offset (x,y) in millimetres or Center <" + s.offset + L">: ", reply)) return false;
-  if (!reply.isEmpty()) s.offset = reply;
+  if (!askSetting(L"\nEnter plot scale (Plotted Millimeters=Drawing Units) or Fit", isScale,
+                  L"Requires a scale such as 1=100, or Fit.", s.scale))
+    return false;
+  if (!askSetting(L"\nEnter plot offset (x,y) in millimetres or Center", isOffset, L"Requires two numbers x,y, or Center.",
+                  s.offset))
+    return false;
   if (!askKeyword(OdString(L"\nPlot in colour? [Yes/No] <") + (s.color ? L"Yes" : L"No") + L">: ", L"Yes No", reply))
     return false;
   if (!reply.isEmpty()) s.color = reply == L"Yes";
   if (s.device == L"Png") {
-    if (!askText(L"\nEnter resolution in dots per inch <" + s.dpi + L">: ", reply)) return false;
-    if (!reply.isEmpty()) s.dpi = reply;
+    if (!askSetting(L"\nEnter resolution in dots per inch", isResolution, L"Requires a resolution between 10 and 2400.",
+                    s.dpi))
+      return false;
     if (!askKeyword(L"\nEnter background colour [White/Black] <" + s.background + L">: ", L"White Black", reply))
       return false;
     if (!reply.isEmpty()) s.background = reply;

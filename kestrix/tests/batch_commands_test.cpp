@@ -125,8 +125,15 @@ TEST(BatchCommands, BpPlotsEveryReadableDrawingNamesTheOthersAndPrintPltKeepsThe
     HostSession session(CorpusDrawing{(folder / kDrawings[1]).string()});
     ASSERT_TRUE(session.loadModule());
     EXPECT_THAT(session.run({"PrintPlt", ""}), HasSubstr("PNG, A4 Landscape, Fit, Center, colour"));
+    EXPECT_EQ(contents(folder / fs::path(kDrawings[1]).replace_extension(".png")).substr(1, 3), "PNG");
+    // Settings: a paper size PLOT would refuse is asked again; the answers are kept.
+    const std::string shown = session.run({"PrintPlt", "Settings", "Pdf", "Z9", "A3", "Portrait", "1=0", "", "", "No"});
+    EXPECT_THAT(shown, HasSubstr("Unknown paper size."));
+    EXPECT_THAT(shown, HasSubstr("Requires a scale such as 1=100, or Fit."));
+    EXPECT_THAT(shown, HasSubstr("Plotted to " + (folder / fs::path(kDrawings[1]).replace_extension(".pdf")).string()));
+    EXPECT_THAT(session.run({"PrintPlt", ""}), HasSubstr("PDF, A3 Portrait, Fit, Center, monochrome"));
   }
-  EXPECT_EQ(contents(folder / fs::path(kDrawings[1]).replace_extension(".png")).substr(1, 3), "PNG");
+  EXPECT_EQ(contents(folder / fs::path(kDrawings[1]).replace_extension(".pdf")).substr(0, 5), "%PDF-");
   fs::remove_all(folder);
 }
 
