@@ -305,3 +305,42 @@ TEST(Plot, LargeTextsAreFilledAsOutlinesWhereverEarlierTextsFell) {
   EXPECT_EQ(inkBelow, 0);
   std::filesystem::remove(png);
 }
+
+TEST(Plot, PatternHatchLinesAndTheirDashesLieWhereThePatternPutsThem) {
+  HostSession session;
+  OdDbDatabase* db = session.db();
+  OdDbHatchPtr hatch = OdDbHatch::createObject();
+  append(db, hatch.get());
+  hatch->setPattern(OdDbHatch::kUserDefined, L"_USER");
+  OdGePoint2dArray square;
+  for (auto [x, y] : {std::pair{10.0, 10.0}, {90.0, 10.0}, {90.0, 90.0}, {10.0, 90.0}}) square.append(OdGePoint2d(x, y));
+  hatch->appendLoop(OdDbHatch::kPolyline | OdDbHatch::kExternal, square, OdGeDoubleArray());
+  // Continuous lines along x every 10 units; dashed lines along y every 10
+  // units, starting x = 5, drawn 5 and left out 5 from y = 0.
+  OdDbHatchPatternLineArray families;
+  OdDbHatchPatternLine across;
+  across.offset.set(0, 10);
+  families.append(across);
+  OdDbHatchPatternLine up;
+  up.angle = 3.14159265358979323846 / 2;
+  up.basePoint.set(5, 0);
+  up.offset.set(-10, 0);
+  up.dashes.append(5);
+  up.dashes.append(-5);
+  families.append(up);
+  hatch->setPatternDefinitions(families);
+  hatch->setColorIndex(5);
+  const std::string png = tempPath("f.png");
+  ASSERT_THAT(session.run(plotReplies("Png", png)), HasSubstr("Plot written to"));
+  Picture picture(png);
+  ASSERT_TRUE(picture.ok());
+  for (double y : {20.0, 30.0, 50.0, 80.0}) EXPECT_TRUE(near(picture.at(52, y), 0, 0, 255)) << y;
+  EXPECT_TRUE(near(picture.at(52, 34), 255, 255, 255));
+  // The dashed family: at x = 45, drawn over y 30 - 35 and 60 - 65, not over 36 - 39 or 66 - 69.
+  for (double y : {32.5, 62.5}) EXPECT_TRUE(near(picture.at(45, y), 0, 0, 255)) << y;
+  for (double y : {37.5, 67.5}) EXPECT_TRUE(near(picture.at(45, y), 255, 255, 255)) << y;
+  // Nothing outside the boundary.
+  EXPECT_TRUE(near(picture.at(95, 50), 255, 255, 255));
+  EXPECT_TRUE(near(picture.at(45, 5), 255, 255, 255));
+  std::filesystem::remove(png);
+}
