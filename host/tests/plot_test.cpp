@@ -15,6 +15,7 @@
 #include "DbSymbolTable.h"
 #include "DbText.h"
 #include "DbViewport.h"
+#include "DbRasterImage.h"
 #include "harness.h"
 
 using ::testing::HasSubstr;
@@ -342,5 +343,29 @@ TEST(Plot, PatternHatchLinesAndTheirDashesLieWhereThePatternPutsThem) {
   // Nothing outside the boundary.
   EXPECT_TRUE(near(picture.at(95, 50), 255, 255, 255));
   EXPECT_TRUE(near(picture.at(45, 5), 255, 255, 255));
+  std::filesystem::remove(png);
+}
+
+TEST(Plot, AWipeoutHidesWhatWasDrawnBeforeItAndNotWhatComesAfter) {
+  HostSession session;
+  OdDbDatabase* db = session.db();
+  line(db, 0, 50, 100, 50, 1, OdDb::kLnWt100);  // red, under the wipeout
+  OdDbWipeoutPtr wipeout = OdDbWipeout::createObject();
+  wipeout->setDatabaseDefaults(db);
+  OdGePoint3dArray box;
+  for (auto [x, y] : {std::pair{30.0, 40.0}, {70.0, 40.0}, {70.0, 60.0}, {30.0, 60.0}}) box.append(OdGePoint3d(x, y, 0));
+  ASSERT_EQ(wipeout->setFrom(box, OdGeVector3d::kZAxis), eOk);
+  append(db, wipeout.get());
+  line(db, 50, 0, 50, 100, 3, OdDb::kLnWt100);  // green, over it
+  const std::string png = tempPath("g.png");
+  ASSERT_THAT(session.run(plotReplies("Png", png)), HasSubstr("Plot written to"));
+  Picture picture(png);
+  ASSERT_TRUE(picture.ok());
+  EXPECT_TRUE(near(picture.at(20, 50), 255, 0, 0));
+  EXPECT_TRUE(near(picture.at(80, 50), 255, 0, 0));
+  EXPECT_TRUE(near(picture.at(40, 50), 255, 255, 255));
+  EXPECT_TRUE(near(picture.at(60, 50), 255, 255, 255));
+  EXPECT_TRUE(near(picture.at(50, 45), 0, 255, 0));
+  EXPECT_TRUE(near(picture.at(50, 50), 0, 255, 0));
   std::filesystem::remove(png);
 }

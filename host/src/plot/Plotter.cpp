@@ -86,8 +86,6 @@ struct Pen {
   bool operator==(const Pen&) const = default;
 };
 
-using Polyline2 = std::vector<OdGePoint2d>;
-
 class Plotter {
  public:
   Plotter(OdDbDatabase* db, const Settings& settings, cairo_t* cr, double unitsPerMm)
@@ -161,8 +159,6 @@ class Plotter {
   Plotter(const Plotter&) = delete;
   Plotter& operator=(const Plotter&) = delete;
 
-  int drawnCount() const { return m_drawn; }
-
  private:
   // ---------------------------------------------------------------- walking
 
@@ -209,7 +205,6 @@ class Plotter {
     own.color = colorOf(entity->entityColor(), layer, inherited);
     own.lineWeight = lineWeightOf(entity->lineWeight(), layer, inherited);
     own.linetype = linetypeOf(entity->linetypeId(), layer, inherited);
-    ++m_drawn;
 
     if (auto line = as<OdDbLine>(entity)) {
       stroke({line->startPoint(), line->endPoint()}, xform, own, entity->linetypeScale());
@@ -256,7 +251,7 @@ class Plotter {
     } else if (auto curve = as<OdDbCurve>(entity)) {
       strokeCurve(curve, xform, own);
     } else if (as<OdDbViewport>(entity) || as<OdDbSequenceEnd>(entity)) {
-      --m_drawn;
+      // Viewports show model space (drawLayout), and sequence ends nothing.
     } else {
       drawExploded(entity, xform, own, depth);
     }
@@ -991,7 +986,6 @@ class Plotter {
   Pen m_pen;
   bool m_pending = false;
   int m_pendingCount = 0;
-  int m_drawn = 0;
   std::unordered_set<OdDbStub*> m_open;
   std::unordered_map<OdDbStub*, LayerInfo> m_layers;
   std::unordered_map<OdDbStub*, OdString> m_fonts;
@@ -1019,7 +1013,7 @@ OdDbObjectId layoutBlock(OdDbDatabase* db, const OdString& name) {
   return layout ? layout->getBlockTableRecordId() : OdDbObjectId();
 }
 
-bool spaceExtents(OdDbDatabase* db, const OdDbObjectId& spaceId, OdGeExtents3d& extents, bool skipViewports) {
+bool spaceExtents(const OdDbObjectId& spaceId, OdGeExtents3d& extents, bool skipViewports) {
   extents.reset();
   OdDbObjectPtr object = spaceId.openObject();
   auto block = as<OdDbBlockTableRecord>(object.get());
@@ -1037,7 +1031,6 @@ bool spaceExtents(OdDbDatabase* db, const OdDbObjectId& spaceId, OdGeExtents3d& 
       any = true;
     }
   }
-  (void)db;
   return any;
 }
 
@@ -1055,7 +1048,7 @@ bool deviceFromFileName(const OdString& path, Device& device) {
 }
 
 bool modelExtents(OdDbDatabase* db, OdGeExtents3d& extents) {
-  return spaceExtents(db, db->getModelSpaceId(), extents, false);
+  return spaceExtents(db->getModelSpaceId(), extents, false);
 }
 
 namespace {
@@ -1127,7 +1120,7 @@ bool plotToFile(OdDbDatabase* db, const Settings& settings, const OdString& path
         return false;
       }
       layout = true;
-      if (!spaceExtents(db, spaceId, box, true)) {
+      if (!spaceExtents(spaceId, box, true)) {
         error = L"the layout has nothing to plot";
         return false;
       }
