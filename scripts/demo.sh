@@ -21,3 +21,9 @@ if /usr/bin/python3 -c 'import ezdxf' 2>/dev/null; then
   echo "== The independent reader's view of the saved drawing"
   /usr/bin/python3 "$corpus/../tools/dxf_same_entities.py" "$drawing" "$out/session.dxf"
 fi
+
+echo
+echo "== A picture of the drawing worked on (ryad --plot)"
+mkdir -p "$build/demo"
+"$build/bin/ryad" --plot "$build/demo/session.png" "$out/session.dxf"
+echo "The picture is $(cd "$build/demo" && pwd)/session.png"

@@ -4,7 +4,8 @@
 set -euo pipefail
 packages=(cmake ninja-build g++ clang libclang-rt-14-dev googletest libgtest-dev libgmock-dev
           libbenchmark-dev python3-ezdxf ccache libboost-dev libedit-dev tmux
-          libcgal-dev libgmp-dev libmpfr-dev poppler-utils)
+          libcgal-dev libgmp-dev libmpfr-dev
+          pkg-config libcairo2-dev libfontconfig-dev fonts-dejavu-core poppler-utils)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

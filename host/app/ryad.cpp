@@ -2,6 +2,7 @@
 // module, and runs replies from a script, the terminal or standard input.
 //
 //   ryad [--script FILE] [--output FILE] [--module FILE | --no-module] [DRAWING]
+//   ryad --plot OUT.pdf|OUT.svg|OUT.png DRAWING   (the drawing's extents, fitted to an A4 sheet)
 #include <editline/readline.h>
 #include <unistd.h>
 
@@ -17,6 +18,7 @@
 #include "DxfFile.h"
 #include "core/Host.h"
 #include "core/Modules.h"
+#include "plot/Plotter.h"
 
 using namespace ryhost;
 
@@ -147,14 +149,34 @@ class StdoutTranscript : public Transcript {
 bool isUtf8Name(const std::string& name) { return OdString(name).toUtf8() == name; }
 
 int usage(FILE* to) {
-  std::fprintf(to, "usage: ryad [--script FILE] [--output FILE] [--module FILE | --no-module] [DRAWING]\n");
+  std::fprintf(to, "usage: ryad [--script FILE] [--output FILE] [--module FILE | --no-module] [DRAWING]\n"
+                   "       ryad --plot OUT.pdf|OUT.svg|OUT.png DRAWING\n");
   return to == stderr ? 2 : 0;
+}
+
+// --plot: the extents of a drawing on a landscape A4 sheet (PNG at 150 dpi), without a session.
+int plotAndExit(const std::string& out, const std::string& drawing) {
+  plot::Settings settings;
+  if (drawing.empty() || !plot::deviceFromFileName(OdString(out), settings.device)) return usage(stderr);
+  try {
+    OdDbDatabasePtr db = odDxfReadFile(OdString(drawing));
+    OdString error;
+    if (!plot::plotToFile(db.get(), settings, OdString(out), error)) {
+      std::fprintf(stderr, "ryad: cannot plot %s: %s\n", drawing.c_str(), error.toUtf8().c_str());
+      return 1;
+    }
+  } catch (const OdError& error) {
+    std::fprintf(stderr, "ryad: cannot read the drawing %s: %s\n", drawing.c_str(), error.description().toUtf8().c_str());
+    return 1;
+  }
+  std::printf("Plot written to %s\n", out.c_str());
+  return 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::string script, output, module, drawing;
+  std::string script, output, module, drawing, plotFile;
   bool noModule = false;
   for (int i = 1; i < argc; ++i) {
     std::string arg = argv[i];
@@ -169,6 +191,8 @@ int main(int argc, char** argv) {
       if (!value(output)) return usage(stderr);
     } else if (arg == "--module") {
       if (!value(module)) return usage(stderr);
+    } else if (arg == "--plot") {
+      if (!value(plotFile)) return usage(stderr);
     } else if (arg == "--no-module") {
       noModule = true;
     } else if (arg == "--help" || arg == "-h") {
@@ -182,7 +206,7 @@ int main(int argc, char** argv) {
     }
   }
 
-  for (const std::string* name : {&script, &output, &module, &drawing}) {
+  for (const std::string* name : {&script, &output, &module, &drawing, &plotFile}) {
     if (!isUtf8Name(*name)) {
       std::fprintf(stderr, "ryad: the file name %s is not valid UTF-8\n", name->c_str());
       return 2;
@@ -194,6 +218,8 @@ int main(int argc, char** argv) {
       return 2;
     }
   }
+
+  if (!plotFile.empty()) return plotAndExit(plotFile, drawing);
 
   Host& host = Host::instance();
   std::ifstream scriptFile;

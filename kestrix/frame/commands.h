@@ -86,3 +86,10 @@ void txt2mtxtCommand();
 
 // The system-variable dialog (linetypes/SysVarDialog.cpp).
 void sysvdlgCommand();
+
+// Batch file tools: plotting (batch/BatchPlot.cpp), purging (batch/BatchPurge.cpp)
+// and moving backup files (batch/MoveBackups.cpp).
+void printPltCommand();
+void batchPlotCommand();
+void batchPurgeCommand();
+void moveBackupsCommand();
