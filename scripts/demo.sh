@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # The main job on a sample drawing: read a real drawing, show what it holds,
-# select by sample in ryad with the kestrix module, and check the saved
-# drawing with the independent reader.
+# select by sample and run a tour of the tools in ryad with the kestrix
+# module, check the saved drawings with the independent reader, and plot
+# them.
 set -euo pipefail
 build=${1:-build}
 corpus=${2:-../shared/corpus}
@@ -23,7 +24,24 @@ if /usr/bin/python3 -c 'import ezdxf' 2>/dev/null; then
 fi
 
 echo
-echo "== A picture of the drawing worked on (ryad --plot)"
+echo "== The tools on the same drawing (examples/tools-tour.scr)"
+"$build/bin/ryad" --script examples/tools-tour.scr --output "$out/tour.dxf" "$drawing"
+
+if /usr/bin/python3 -c 'import ezdxf' 2>/dev/null; then
+  echo
+  echo "== The independent reader's view of the toured drawing"
+  /usr/bin/python3 - "$out/tour.dxf" <<'PY'
+import collections, sys, ezdxf
+doc = ezdxf.readfile(sys.argv[1])
+print("audit errors:", len(doc.audit().errors))
+counts = collections.Counter(e.dxftype() for e in doc.modelspace())
+print("model space:", ", ".join(f"{n} {kind}" for kind, n in sorted(counts.items())))
+PY
+fi
+
+echo
+echo "== Pictures of the drawings worked on (ryad --plot)"
 mkdir -p "$build/demo"
 "$build/bin/ryad" --plot "$build/demo/session.png" "$out/session.dxf"
-echo "The picture is $(cd "$build/demo" && pwd)/session.png"
+"$build/bin/ryad" --plot "$build/demo/tour.png" "$out/tour.dxf"
+echo "The pictures are $(cd "$build/demo" && pwd)/session.png and tour.png"
