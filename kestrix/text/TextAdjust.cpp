@@ -74,8 +74,6 @@ bool selectTexts(TextKinds kinds, SelectionSet& set) {
   return set.length() > 0;
 }
 
-UndoGroup::UndoGroup() { ryedCommand(RTSTR, L"Undo", RTSTR, L"BE", RTNONE); }
-UndoGroup::~UndoGroup() { ryedCommand(RTSTR, L"Undo", RTSTR, L"E", RTNONE); }
 
 OdGeVector3d currentUcsZ() {
   const OdGeVector3d x = vectorVariable(L"UCSXDIR", OdGeVector3d::kXAxis);

@@ -41,15 +41,6 @@ class SelectionSet {
 // finds nothing stays quiet. True when the set holds at least one object.
 bool selectTexts(TextKinds kinds, SelectionSet& set);
 
-// "Undo" "BE" when made, "Undo" "E" when destroyed: one U undoes the command.
-class UndoGroup {
- public:
-  UndoGroup();
-  ~UndoGroup();
-  UndoGroup(const UndoGroup&) = delete;
-  UndoGroup& operator=(const UndoGroup&) = delete;
-};
-
 // The Z axis of the current coordinate system in world coordinates.
 OdGeVector3d currentUcsZ();
 
