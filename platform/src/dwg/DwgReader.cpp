@@ -70,6 +70,12 @@ class DwgToDxf {
   void commonEntity(const OdDwgObject& o, uint64_t owner);
   void commonRecord(const OdDwgObject& o, const wchar_t* subclass);
   void xdata(const OdDwgObject& o);
+  // Handle, reactors, extension dictionary and owner (only references to objects that are written).
+  void header(const OdDwgObject& o, uint64_t owner);
+  bool isWrittenAny(uint64_t handle) const {
+    const OdDwgObject* o = m_file.find(handle);
+    return o && o->decoded && (o->entity || isWritten(handle) || (o->type >= 0x30 && o->type <= 0x47));
+  }
   void entityList(uint64_t block);
   // Objects of the OBJECTS section read so far: dictionaries and placeholders.
   bool isWritten(uint64_t handle) const {
@@ -86,6 +92,12 @@ class DwgToDxf {
   bool text(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int kind);
   bool insert(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   bool lwpolyline(const OdDwgObject& o, OdDwgBitReader& d);
+  void solid(OdDwgBitReader& d, const wchar_t* subclass);
+  void face(OdDwgBitReader& d);
+  void ellipse(OdDwgBitReader& d);
+  void rayOrXline(OdDwgBitReader& d, const wchar_t* subclass);
+  void mtext(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+  void point3(OdDwgBitReader& d, double xyz[3]) { for (int i = 0; i < 3; ++i) xyz[i] = d.readBD(); }
   void record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
 
   void extrusion(OdDwgBitReader& d, int code = 210) {
@@ -116,9 +128,26 @@ class DwgToDxf {
   uint64_t m_modelSpace = 0, m_paperSpace = 0;
 };
 
-void DwgToDxf::commonEntity(const OdDwgObject& o, uint64_t owner) {
+void DwgToDxf::header(const OdDwgObject& o, uint64_t owner) {
   m_w.writeHandle(5, o.handle);
+  bool any = false;
+  for (uint64_t reactor : o.reactors) {
+    if (!isWrittenAny(reactor)) continue;
+    if (!any) m_w.writeString(102, L"{ACAD_REACTORS");
+    any = true;
+    m_w.writeHandle(330, reactor);
+  }
+  if (any) m_w.writeString(102, L"}");
+  if (o.xdictionary && isWritten(o.xdictionary)) {
+    m_w.writeString(102, L"{ACAD_XDICTIONARY");
+    m_w.writeHandle(360, o.xdictionary);
+    m_w.writeString(102, L"}");
+  }
   m_w.writeHandle(330, owner);
+}
+
+void DwgToDxf::commonEntity(const OdDwgObject& o, uint64_t owner) {
+  header(o, owner);
   m_w.writeString(100, L"AcDbEntity");
   m_w.writeString(8, nameOf(o.layer).isEmpty() ? OdString(L"0") : nameOf(o.layer));
   if (o.linetypeFlags == 1) m_w.writeString(6, L"ByBlock");
@@ -132,8 +161,7 @@ void DwgToDxf::commonEntity(const OdDwgObject& o, uint64_t owner) {
 }
 
 void DwgToDxf::commonRecord(const OdDwgObject& o, const wchar_t* subclass) {
-  m_w.writeHandle(5, o.handle);
-  m_w.writeHandle(330, o.owner);
+  header(o, o.owner);
   m_w.writeString(100, L"AcDbSymbolTableRecord");
   m_w.writeString(100, subclass);
   m_w.writeString(2, o.recordName);
@@ -409,6 +437,103 @@ bool DwgToDxf::lwpolyline(const OdDwgObject& o, OdDwgBitReader& d) {
   return true;
 }
 
+void DwgToDxf::solid(OdDwgBitReader& d, const wchar_t* subclass) {
+  // Thickness, elevation, four 2D corners, extrusion.
+  const double thickness = d.readBT(m_r2000);
+  const double elevation = d.readBD();
+  double c[8];
+  for (double& v : c) v = d.readRD();
+  m_w.writeString(100, subclass);
+  for (int i = 0; i < 4; ++i) m_w.writePoint(10 + i, c[2 * i], c[2 * i + 1], elevation);
+  if (thickness != 0) m_w.writeDouble(39, thickness);
+  extrusion(d);
+}
+
+void DwgToDxf::face(OdDwgBitReader& d) {
+  double c[4][3] = {};
+  int invisible = 0;
+  if (m_r2000) {
+    // Each corner after the first defaults to the one before it.
+    const bool noFlags = d.readBit();
+    const bool flat = d.readBit();
+    c[0][0] = d.readRD();
+    c[0][1] = d.readRD();
+    if (!flat) c[0][2] = d.readRD();
+    for (int i = 1; i < 4; ++i) {
+      for (int k = 0; k < 3; ++k) c[i][k] = d.readDD(c[i - 1][k]);
+    }
+    if (!noFlags) invisible = d.readBS();
+  } else {
+    for (auto& corner : c) point3(d, corner);
+    invisible = d.readBS();
+  }
+  m_w.writeString(100, L"AcDbFace");
+  for (int i = 0; i < 4; ++i) m_w.writePoint(10 + i, c[i][0], c[i][1], c[i][2]);
+  if (invisible) m_w.writeInt(70, invisible);
+}
+
+void DwgToDxf::ellipse(OdDwgBitReader& d) {
+  double center[3], major[3], normal[3];
+  point3(d, center);
+  point3(d, major);
+  point3(d, normal);
+  const double ratio = d.readBD(), start = d.readBD(), end = d.readBD();
+  m_w.writeString(100, L"AcDbEllipse");
+  m_w.writePoint(10, center[0], center[1], center[2]);
+  m_w.writePoint(11, major[0], major[1], major[2]);
+  if (normal[0] != 0 || normal[1] != 0 || normal[2] != 1) m_w.writePoint(210, normal[0], normal[1], normal[2]);
+  m_w.writeDouble(40, ratio);
+  m_w.writeDouble(41, start);
+  m_w.writeDouble(42, end);
+}
+
+void DwgToDxf::rayOrXline(OdDwgBitReader& d, const wchar_t* subclass) {
+  double base[3], direction[3];
+  point3(d, base);
+  point3(d, direction);
+  m_w.writeString(100, subclass);
+  m_w.writePoint(10, base[0], base[1], base[2]);
+  m_w.writePoint(11, direction[0], direction[1], direction[2]);
+}
+
+void DwgToDxf::mtext(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
+  double insertion[3], normal[3], direction[3];
+  point3(d, insertion);
+  point3(d, normal);
+  point3(d, direction);
+  const double width = d.readBD(), height = d.readBD();
+  const int attachment = d.readBS(), drawing = d.readBS();
+  d.readBD();  // extents height and width: derived
+  d.readBD();
+  const OdString text = d.readTV(m_cp);
+  int spacingStyle = 1;
+  double spacing = 1.0;
+  if (m_r2000) {
+    spacingStyle = d.readBS();
+    spacing = d.readBD();
+    d.readBit();
+  }
+  const OdString style = nameOf(h.readH(o.handle).value);
+  m_w.writeString(100, L"AcDbMText");
+  m_w.writePoint(10, insertion[0], insertion[1], insertion[2]);
+  m_w.writeDouble(40, height);
+  m_w.writeDouble(41, width);
+  m_w.writeInt(71, attachment);
+  m_w.writeInt(72, drawing);
+  // Text longer than 250 characters goes in pieces: 3 groups, then the last in 1.
+  const std::wstring all = text.str();
+  size_t at = 0;
+  for (; all.size() - at > 250; at += 250) m_w.writeString(3, std::wstring_view(all).substr(at, 250));
+  m_w.writeString(1, std::wstring_view(all).substr(at));
+  if (!style.isEmpty()) m_w.writeString(7, style);
+  if (normal[0] != 0 || normal[1] != 0 || normal[2] != 1) m_w.writePoint(210, normal[0], normal[1], normal[2]);
+  m_w.writePoint(11, direction[0], direction[1], direction[2]);
+  if (m_r2000) {
+    m_w.writeInt(73, spacingStyle);
+    m_w.writeDouble(44, spacing);
+  }
+}
+
 void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
   d.readTV(m_cp);  // the name, already known
   d.readBit();  // referenced: a flag of the file, not kept by a drawing
@@ -570,7 +695,9 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
   if (!o.decoded) return false;
   static const std::map<unsigned, const wchar_t*> kEntities = {
       {0x01, L"TEXT"}, {0x02, L"ATTRIB"}, {0x03, L"ATTDEF"}, {0x06, L"SEQEND"}, {0x07, L"INSERT"},
-      {0x11, L"ARC"},  {0x12, L"CIRCLE"}, {0x13, L"LINE"},   {0x1B, L"POINT"},  {0x4D, L"LWPOLYLINE"}};
+      {0x11, L"ARC"},  {0x12, L"CIRCLE"}, {0x13, L"LINE"},   {0x1B, L"POINT"},  {0x4D, L"LWPOLYLINE"},
+      {0x1C, L"3DFACE"}, {0x1F, L"SOLID"}, {0x20, L"TRACE"}, {0x23, L"ELLIPSE"}, {0x28, L"RAY"}, {0x29, L"XLINE"},
+      {0x2C, L"MTEXT"}};
   // R13 and R14 keep light polylines as a class of their own.
   const unsigned type = o.type >= 500 && o.dxfName == L"LWPOLYLINE" ? 0x4D : o.type;
   auto known = kEntities.find(type);
@@ -596,6 +723,13 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
       case 0x13: line(o, d); break;
       case 0x1B: point(o, d); break;
       case 0x4D: lwpolyline(o, d); break;
+      case 0x1C: face(d); break;
+      case 0x1F: solid(d, L"AcDbTrace"); break;
+      case 0x20: solid(d, L"AcDbTrace"); break;
+      case 0x23: ellipse(d); break;
+      case 0x28: rayOrXline(d, L"AcDbRay"); break;
+      case 0x29: rayOrXline(d, L"AcDbXline"); break;
+      case 0x2C: mtext(o, d, h); break;
     }
     xdata(o);
   } catch (const OdDwgDecodeError& e) {
@@ -614,25 +748,22 @@ bool DwgToDxf::object(const OdDwgObject& o) {
     h.seekBit(o.handleBit);
     if (o.dxfName == L"ACDBPLACEHOLDER") {
       m_w.writeString(0, L"ACDBPLACEHOLDER");
-      m_w.writeHandle(5, o.handle);
-      m_w.writeHandle(330, o.owner);
+      header(o, o.owner);
     } else {
       // Item count, (R14) a byte, (R2000) cloning and hard-owner flags, the names; then one handle per item.
       const int32_t items = d.readBL();
       if (items < 0 || static_cast<size_t>(items) > o.size) throw OdDwgDecodeError("implausible item count", d.bitPosition());
-      int cloning = 1, hardOwner = 0;
+      int cloning = 1;
       if (m_file.versionName() == "AC1014") d.readRC();
       if (m_r2000) {
         cloning = d.readBS();
-        hardOwner = d.readRC();
+        d.readRC();  // said to be the hard-owner flag, but set where the DXF twins show none: not used
       }
       std::vector<OdString> names;
       for (int32_t i = 0; i < items; ++i) names.push_back(d.readTV(m_cp));
       m_w.writeString(0, L"DICTIONARY");
-      m_w.writeHandle(5, o.handle);
-      m_w.writeHandle(330, o.owner);
+      header(o, o.owner);
       m_w.writeString(100, L"AcDbDictionary");
-      if (hardOwner) m_w.writeInt(280, hardOwner);
       m_w.writeInt(281, cloning);
       for (int32_t i = 0; i < items; ++i) {
         const OdDwgHandleRef item = h.readH(o.handle);

@@ -30,7 +30,8 @@ class Context : public OdDbTagContext {
 // The classes that the DWG reader decodes so far.
 bool decodedClass(const OdString& dxfName) {
   static const wchar_t* const kNames[] = {L"LINE",  L"CIRCLE", L"ARC",   L"POINT", L"TEXT",  L"ATTRIB",       L"ATTDEF",
-                                          L"INSERT", L"LWPOLYLINE", L"LAYER", L"LTYPE", L"STYLE", L"APPID", L"BLOCK_RECORD"};
+                                          L"INSERT", L"LWPOLYLINE", L"LAYER", L"LTYPE", L"STYLE", L"APPID", L"BLOCK_RECORD",
+                                          L"3DFACE", L"SOLID", L"TRACE", L"ELLIPSE", L"RAY", L"XLINE", L"MTEXT"};
   for (const wchar_t* name : kNames) {
     if (dxfName == name) return true;
   }
@@ -97,6 +98,17 @@ TEST_P(DwgTwin, ObjectsEqualTheDxfTwins) {
     EXPECT_EQ(ours->dxfName(), twin->dxfName());
     EXPECT_EQ(ours->ownerId().handle(), twin->ownerId().handle()) << ours->dxfName().toUtf8() << " " << id.handle().ascii().toUtf8();
     EXPECT_EQ(firstDifference(ours.get(), twin.get()), "") << ours->dxfName().toUtf8() << " " << id.handle().ascii().toUtf8();
+    // The extension dictionary when both have one (the twins leave out some
+    // that the drawing has, e.g. of layers, and one twin names one its DWG
+    // file does not hold), and the reactors (those whose objects are read).
+    if (!twin->extensionDictionary().isNull() && !ours->extensionDictionary().isNull()) {
+      EXPECT_EQ(ours->extensionDictionary().handle(), twin->extensionDictionary().handle()) << id.handle().ascii().toUtf8();
+    }
+    for (const OdDbObjectId& reactor : ours->getPersistentReactors()) {
+      bool found = false;
+      for (const OdDbObjectId& theirs : twin->getPersistentReactors()) found = found || theirs.handle() == reactor.handle();
+      EXPECT_TRUE(found) << "reactor " << reactor.handle().ascii().toUtf8() << " of " << id.handle().ascii().toUtf8();
+    }
     ++compared;
   });
   EXPECT_GT(compared, 5);
