@@ -93,6 +93,9 @@ class DwgToDxf {
   bool insert(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   bool lwpolyline(const OdDwgObject& o, OdDwgBitReader& d);
   void solid(OdDwgBitReader& d, const wchar_t* subclass);
+  void polyline(OdDwgBitReader& d, bool is3d);
+  void vertex(OdDwgBitReader& d, bool is3d);
+  double m_polylineWidths[2] = {0, 0};  // the default widths of the polyline whose vertices are read
   void face(OdDwgBitReader& d);
   void ellipse(OdDwgBitReader& d);
   void rayOrXline(OdDwgBitReader& d, const wchar_t* subclass);
@@ -437,6 +440,63 @@ bool DwgToDxf::lwpolyline(const OdDwgObject& o, OdDwgBitReader& d) {
   return true;
 }
 
+void DwgToDxf::polyline(OdDwgBitReader& d, bool is3d) {
+  if (is3d) {
+    // A byte of spline flags (1 quadratic, 2 cubic fit) and one whose bit 0 closes it.
+    const int spline = d.readRC();
+    const int closed = d.readRC();
+    m_w.writeString(100, L"AcDb3dPolyline");
+    m_w.writeInt(66, 1);
+    m_w.writePoint(10, 0, 0, 0);
+    m_w.writeInt(70, 8 | (closed & 1) | ((spline & 3) ? 4 : 0));
+    if (spline & 3) m_w.writeInt(75, (spline & 3) == 1 ? 5 : 6);
+    return;
+  }
+  const int flags = static_cast<uint16_t>(d.readBS());
+  const int curve = d.readBS();
+  const double startWidth = d.readBD(), endWidth = d.readBD();
+  m_polylineWidths[0] = startWidth;
+  m_polylineWidths[1] = endWidth;
+  const double thickness = d.readBT(m_r2000);
+  const double elevation = d.readBD();
+  m_w.writeString(100, L"AcDb2dPolyline");
+  m_w.writeInt(66, 1);
+  m_w.writePoint(10, 0, 0, elevation);
+  if (thickness != 0) m_w.writeDouble(39, thickness);
+  m_w.writeInt(70, flags);
+  if (startWidth != 0) m_w.writeDouble(40, startWidth);
+  if (endWidth != 0) m_w.writeDouble(41, endWidth);
+  if (curve) m_w.writeInt(75, curve);
+  extrusion(d);
+}
+
+void DwgToDxf::vertex(OdDwgBitReader& d, bool is3d) {
+  const int flags = d.readRC();
+  double p[3];
+  point3(d, p);
+  m_w.writeString(100, L"AcDbVertex");
+  if (is3d) {
+    m_w.writeString(100, L"AcDb3dPolylineVertex");
+    m_w.writePoint(10, p[0], p[1], p[2]);
+    m_w.writeInt(70, flags);
+    return;
+  }
+  // A negative start width stands for equal start and end widths.
+  double startWidth = d.readBD(), endWidth;
+  if (startWidth < 0) endWidth = startWidth = -startWidth;
+  else endWidth = d.readBD();
+  const double bulge = d.readBD();
+  const double tangent = d.readBD();
+  m_w.writeString(100, L"AcDb2dVertex");
+  m_w.writePoint(10, p[0], p[1], p[2]);
+  // Widths equal to the polyline's defaults are its defaults, as in DXF.
+  if (startWidth != m_polylineWidths[0]) m_w.writeDouble(40, startWidth);
+  if (endWidth != m_polylineWidths[1]) m_w.writeDouble(41, endWidth);
+  if (bulge != 0) m_w.writeDouble(42, bulge);
+  m_w.writeInt(70, flags);
+  if (flags & 2) degrees(50, tangent);
+}
+
 void DwgToDxf::solid(OdDwgBitReader& d, const wchar_t* subclass) {
   // Thickness, elevation, four 2D corners, extrusion.
   const double thickness = d.readBT(m_r2000);
@@ -697,7 +757,7 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
       {0x01, L"TEXT"}, {0x02, L"ATTRIB"}, {0x03, L"ATTDEF"}, {0x06, L"SEQEND"}, {0x07, L"INSERT"},
       {0x11, L"ARC"},  {0x12, L"CIRCLE"}, {0x13, L"LINE"},   {0x1B, L"POINT"},  {0x4D, L"LWPOLYLINE"},
       {0x1C, L"3DFACE"}, {0x1F, L"SOLID"}, {0x20, L"TRACE"}, {0x23, L"ELLIPSE"}, {0x28, L"RAY"}, {0x29, L"XLINE"},
-      {0x2C, L"MTEXT"}};
+      {0x2C, L"MTEXT"}, {0x0F, L"POLYLINE"}, {0x10, L"POLYLINE"}, {0x0A, L"VERTEX"}, {0x0B, L"VERTEX"}};
   // R13 and R14 keep light polylines as a class of their own.
   const unsigned type = o.type >= 500 && o.dxfName == L"LWPOLYLINE" ? 0x4D : o.type;
   auto known = kEntities.find(type);
@@ -730,6 +790,8 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
       case 0x28: rayOrXline(d, L"AcDbRay"); break;
       case 0x29: rayOrXline(d, L"AcDbXline"); break;
       case 0x2C: mtext(o, d, h); break;
+      case 0x0F: case 0x10: polyline(d, type == 0x10); break;
+      case 0x0A: case 0x0B: vertex(d, type == 0x0B); break;
     }
     xdata(o);
   } catch (const OdDwgDecodeError& e) {
@@ -784,11 +846,11 @@ bool DwgToDxf::object(const OdDwgObject& o) {
 }
 
 void DwgToDxf::children(uint64_t parent) {
-  // Attributes, then the sequence end.
+  // Attributes or vertices, then the sequence end.
   const OdDwgObject* end = nullptr;
   for (const OdDwgObject* child : m_owned[parent]) {
     if (child->type == 0x06) end = child;
-    else if (child->type == 0x02) emit(*child);
+    else if (child->type == 0x02 || child->type == 0x0A || child->type == 0x0B) emit(*child);
   }
   if (end) emit(*end);
 }
@@ -797,7 +859,7 @@ void DwgToDxf::entityList(uint64_t block) {
   for (const OdDwgObject* o : m_owned[block]) {
     if (o->type == 0x04 || o->type == 0x05 || o->type == 0x02 || o->type == 0x06) continue;
     if (o->dxfName == L"VERTEX") continue;
-    if (emit(*o) && o->type == 0x07) children(o->handle);
+    if (emit(*o) && (o->type == 0x07 || o->type == 0x0F || o->type == 0x10)) children(o->handle);
   }
 }
 

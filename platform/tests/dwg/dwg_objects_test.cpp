@@ -31,7 +31,7 @@ class Context : public OdDbTagContext {
 bool decodedClass(const OdString& dxfName) {
   static const wchar_t* const kNames[] = {L"LINE",  L"CIRCLE", L"ARC",   L"POINT", L"TEXT",  L"ATTRIB",       L"ATTDEF",
                                           L"INSERT", L"LWPOLYLINE", L"LAYER", L"LTYPE", L"STYLE", L"APPID", L"BLOCK_RECORD",
-                                          L"3DFACE", L"SOLID", L"TRACE", L"ELLIPSE", L"RAY", L"XLINE", L"MTEXT"};
+                                          L"3DFACE", L"SOLID", L"TRACE", L"ELLIPSE", L"RAY", L"XLINE", L"MTEXT", L"POLYLINE", L"VERTEX"};
   for (const wchar_t* name : kNames) {
     if (dxfName == name) return true;
   }
@@ -149,5 +149,39 @@ TEST_P(DwgSavedAsDxf, AuditsCleanInAnIndependentReader) {
 
 INSTANTIATE_TEST_SUITE_P(Corpus, DwgSavedAsDxf, ::testing::ValuesIn(dwgR13To2000Files()),
                          [](const auto& info) { return dwgTestName(info.param); });
+
+}  // namespace
+
+namespace {
+
+TEST(DwgDamagedDrawings, ReadOrRefusedNeverAFault) {
+  const std::vector<uint8_t> original = readBytes(dwgCorpusDir() + "/2000_PolyLine2D.dwg");
+  ASSERT_GT(original.size(), 10000u);
+  const std::string_view whole(reinterpret_cast<const char*>(original.data()), original.size());
+  OdDxfReadReport intact;
+  odDwgReadBuffer(whole, &intact);
+  int read = 0, refused = 0;
+  for (size_t length = 0; length < original.size(); length += original.size() / 23) {
+    try {
+      odDwgReadBuffer(whole.substr(0, length));
+      ++read;
+    } catch (const OdError&) {
+      ++refused;
+    }
+  }
+  // The header and the object map are at the front and the back: a cut file
+  // loses its map and is refused with a reason.
+  EXPECT_GT(refused, 0);
+  // Bytes flipped in the objects: the drawing opens, the damage is named.
+  std::vector<uint8_t> flipped = original;
+  for (size_t i = 0x200; i < flipped.size() / 2; i += 397) flipped[i] ^= 0x5A;
+  OdDxfReadReport report;
+  OdDbDatabasePtr db = odDwgReadBuffer(std::string_view(reinterpret_cast<const char*>(flipped.data()), flipped.size()), &report);
+  ASSERT_FALSE(db.isNull());
+  bool named = false;
+  for (const OdString& line : report.repairs) named = named || line.find(L"could not be decoded") >= 0 || line.find(L"offset 0x") >= 0;
+  EXPECT_TRUE(named);
+  EXPECT_GT(report.repairs.size(), intact.repairs.size());
+}
 
 }  // namespace
