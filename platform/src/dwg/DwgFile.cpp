@@ -108,11 +108,12 @@ bool OdDwgFile::open(std::vector<uint8_t> data) {
     m_codePage = odDwgCodePage(header.readRS());
     const uint32_t records = header.readRL();
     if (records > 32) throw OdDwgDecodeError("implausible number of section locators", 0x15 * 8);
-    size_t classes = 0, classesSize = 0, map = 0, mapSize = 0;
+    size_t headerAt = 0, headerSize = 0, classes = 0, classesSize = 0, map = 0, mapSize = 0;
     for (uint32_t i = 0; i < records; ++i) {
       const uint8_t number = header.readRC();
       const uint32_t seeker = header.readRL();
       const uint32_t size = header.readRL();
+      if (number == 0) { headerAt = seeker; headerSize = size; }
       if (number == 1) { classes = seeker; classesSize = size; }
       if (number == 2) { map = seeker; mapSize = size; }
     }
@@ -120,6 +121,7 @@ bool OdDwgFile::open(std::vector<uint8_t> data) {
     if (classes) readClasses(classes, classesSize);
     else problem(0x15, "no classes section locator");
     readObjectMap(map, mapSize);
+    if (headerAt) readHeader(headerAt, headerSize);
   } catch (const OdDwgDecodeError& e) {
     problem(e.bit / 8, std::string("file header: ") + e.what());
     return false;
@@ -169,6 +171,86 @@ void OdDwgFile::readClasses(size_t seeker, size_t size) {
     }
   } catch (const OdDwgDecodeError& e) {
     problem(seeker + 20 + e.bit / 8, std::string("classes section: ") + e.what());
+  }
+}
+
+void OdDwgFile::readHeader(size_t seeker, size_t size) {
+  // A sentinel of 16 bytes, the size of the data, the variables in a fixed order.
+  if (seeker + 20 > m_data.size()) {
+    problem(seeker, "header variables outside the file");
+    return;
+  }
+  OdDwgBitReader r(m_data.data() + seeker + 20, std::min(m_data.size() - seeker - 20, size));
+  const bool r2000 = isR2000();
+  OdDwgHeader& h = m_header;
+  auto flag = [&](const wchar_t* name) { const bool v = r.readBit(); if (name) h.ints.emplace_back(name, v ? 1 : 0); };
+  auto shortVar = [&](const wchar_t* name) { const int v = r.readBS(); if (name) h.ints.emplace_back(name, v); };
+  auto real = [&](const wchar_t* name) { const double v = r.readBD(); if (name) h.reals.emplace_back(name, v); };
+  try {
+    for (int i = 0; i < 4; ++i) r.readBD();
+    for (int i = 0; i < 4; ++i) r.readTV(m_codePage);
+    r.readBL();
+    r.readBL();
+    if (!r2000) r.readBS();
+    r.readH();  // the current viewport's entity header
+    flag(L"$DIMASO");
+    flag(L"$DIMSHO");
+    if (!r2000) flag(nullptr);  // DIMSAV
+    flag(L"$PLINEGEN");
+    flag(L"$ORTHOMODE");
+    flag(L"$REGENMODE");
+    flag(L"$FILLMODE");
+    flag(L"$QTEXTMODE");
+    flag(L"$PSLTSCALE");
+    flag(L"$LIMCHECK");
+    if (!r2000) flag(L"$BLIPMODE");
+    flag(L"$USRTIMER");
+    flag(L"$SKPOLY");
+    flag(L"$ANGDIR");
+    flag(L"$SPLFRAME");
+    if (!r2000) { flag(L"$ATTREQ"); flag(L"$ATTDIA"); }
+    flag(L"$MIRRTEXT");
+    flag(L"$WORLDVIEW");
+    if (!r2000) flag(nullptr);  // WIREFRAME
+    flag(L"$TILEMODE");
+    flag(L"$PLIMCHECK");
+    flag(L"$VISRETAIN");
+    if (!r2000) flag(nullptr);  // DELOBJ
+    flag(L"$DISPSILH");
+    flag(L"$PELLIPSE");
+    shortVar(L"$PROXYGRAPHICS");
+    if (!r2000) shortVar(L"$DRAGMODE");
+    shortVar(L"$TREEDEPTH");
+    shortVar(L"$LUNITS");
+    shortVar(L"$LUPREC");
+    shortVar(L"$AUNITS");
+    shortVar(L"$AUPREC");
+    if (!r2000) shortVar(L"$OSMODE");
+    shortVar(L"$ATTMODE");
+    if (!r2000) shortVar(L"$COORDS");
+    shortVar(L"$PDMODE");
+    if (!r2000) shortVar(L"$PICKSTYLE");
+    for (const wchar_t* name : {L"$USERI1", L"$USERI2", L"$USERI3", L"$USERI4", L"$USERI5", L"$SPLINESEGS", L"$SURFU",
+                                L"$SURFV", L"$SURFTYPE", L"$SURFTAB1", L"$SURFTAB2", L"$SPLINETYPE", L"$SHADEDGE",
+                                L"$SHADEDIF", L"$UNITMODE", L"$MAXACTVP", L"$ISOLINES", L"$CMLJUST", L"$TEXTQLTY"}) {
+      shortVar(name);
+    }
+    for (const wchar_t* name : {L"$LTSCALE", L"$TEXTSIZE", L"$TRACEWID", L"$SKETCHINC", L"$FILLETRAD", L"$THICKNESS",
+                                L"$ANGBASE", L"$PDSIZE", L"$PLINEWID", L"$USERR1", L"$USERR2", L"$USERR3", L"$USERR4",
+                                L"$USERR5", L"$CHAMFERA", L"$CHAMFERB", L"$CHAMFERC", L"$CHAMFERD", L"$FACETRES",
+                                L"$CMLSCALE", L"$CELTSCALE"}) {
+      real(name);
+    }
+    r.readTV(m_codePage);  // menu name
+    for (int i = 0; i < 8; ++i) r.readBL();  // creation, update, editing and user times
+    h.currentColor = r.readCMC();
+    h.handseed = r.readH().value;
+    h.currentLayer = r.readH().value;
+    h.currentTextStyle = r.readH().value;
+    h.currentLinetype = r.readH().value;
+    h.read = true;
+  } catch (const OdDwgDecodeError& e) {
+    problem(seeker + 20 + e.bit / 8, std::string("header variables: ") + e.what());
   }
 }
 

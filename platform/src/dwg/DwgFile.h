@@ -61,6 +61,16 @@ struct OdDwgObject {
   bool decoded = false;     // common data read without error
 };
 
+// The header variables read so far (R13-R2000 keep them in one bit stream in
+// a fixed order; these are the ones up to the current layer and styles).
+struct OdDwgHeader {
+  bool read = false;
+  std::vector<std::pair<const wchar_t*, int>> ints;        // name, value (DXF group 70)
+  std::vector<std::pair<const wchar_t*, double>> reals;    // name, value (DXF group 40; angles in radians)
+  int currentColor = 256;
+  uint64_t handseed = 0, currentLayer = 0, currentTextStyle = 0, currentLinetype = 0;
+};
+
 class OdDwgFile {
  public:
   // Reads the structure of the file (not yet the objects' own data).
@@ -72,6 +82,7 @@ class OdDwgFile {
   bool isR2000() const { return m_version == "AC1015"; }
   int codePage() const { return m_codePage; }
   const std::vector<OdDwgClass>& classes() const { return m_classes; }
+  const OdDwgHeader& header() const { return m_header; }
   // Objects in the order of the object map (by handle).
   const std::vector<OdDwgObject>& objects() const { return m_objects; }
   const OdDwgObject* find(uint64_t handle) const;
@@ -90,6 +101,7 @@ class OdDwgFile {
  private:
   void problem(size_t offset, const std::string& what);
   void readClasses(size_t seeker, size_t size);
+  void readHeader(size_t seeker, size_t size);
   void readObjectMap(size_t seeker, size_t size);
   void readObject(OdDwgObject& object);
 
@@ -97,6 +109,7 @@ class OdDwgFile {
   std::string m_version;
   int m_codePage = 1252;
   std::vector<OdDwgClass> m_classes;
+  OdDwgHeader m_header;
   std::vector<OdDwgObject> m_objects;
   std::map<uint64_t, size_t> m_byHandle;
   std::vector<std::string> m_problems;

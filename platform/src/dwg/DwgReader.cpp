@@ -881,8 +881,32 @@ std::string DwgToDxf::convert() {
   m_w.writeString(1, OdString(m_file.versionName().c_str()));
   m_w.writeString(9, L"$DWGCODEPAGE");
   m_w.writeString(3, odDxfNameOfCodePage(m_cp));
+  const OdDwgHeader& header = m_file.header();
   m_w.writeString(9, L"$HANDSEED");
-  m_w.writeHandle(5, seed);
+  m_w.writeHandle(5, std::max(seed, header.handseed));
+  if (header.read) {
+    // Variables that DXF does not carry are left out.
+    for (const auto& [name, value] : header.ints) {
+      if (std::wstring_view(name) == L"$TEXTQLTY") continue;
+      m_w.writeString(9, name);
+      m_w.writeInt(70, value);
+    }
+    for (const auto& [name, value] : header.reals) {
+      m_w.writeString(9, name);
+      if (std::wstring_view(name) == L"$ANGBASE") degrees(50, value);
+      else m_w.writeDouble(40, value);
+    }
+    m_w.writeString(9, L"$CECOLOR");
+    m_w.writeInt(62, header.currentColor);
+    const std::pair<const wchar_t*, uint64_t> names[] = {
+        {L"$CLAYER", header.currentLayer}, {L"$TEXTSTYLE", header.currentTextStyle}, {L"$CELTYPE", header.currentLinetype}};
+    const int codes[] = {8, 7, 6};
+    for (int i = 0; i < 3; ++i) {
+      if (nameOf(names[i].second).isEmpty()) continue;
+      m_w.writeString(9, names[i].first);
+      m_w.writeString(codes[i], nameOf(names[i].second));
+    }
+  }
   m_w.writeString(0, L"ENDSEC");
   m_w.writeString(0, L"SECTION");
   m_w.writeString(2, L"TABLES");

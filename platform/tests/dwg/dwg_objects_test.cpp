@@ -112,6 +112,20 @@ TEST_P(DwgTwin, ObjectsEqualTheDxfTwins) {
     ++compared;
   });
   EXPECT_GT(compared, 5);
+
+  // Header variables (the handle seed differs: the twins were saved apart).
+  for (const wchar_t* name : {L"$LUNITS", L"$LUPREC", L"$AUNITS", L"$PDMODE", L"$ORTHOMODE", L"$FILLMODE", L"$MIRRTEXT",
+                              L"$TILEMODE", L"$SPLINESEGS", L"$MAXACTVP"}) {
+    EXPECT_EQ(fromDwg->headerInt(name, -999), fromDxf->headerInt(name, -999)) << OdString(name).toUtf8();
+  }
+  for (const wchar_t* name : {L"$LTSCALE", L"$TEXTSIZE", L"$PDSIZE", L"$FILLETRAD", L"$CELTSCALE", L"$PLINEWID"}) {
+    EXPECT_DOUBLE_EQ(fromDwg->headerReal(name, -999), fromDxf->headerReal(name, -999)) << OdString(name).toUtf8();
+  }
+  EXPECT_FALSE(fromDwg->headerString(L"$CLAYER").isEmpty());
+  EXPECT_GT(fromDwg->headerInt(L"$SPLINESEGS", 0), 0);
+  for (const wchar_t* name : {L"$CLAYER", L"$TEXTSTYLE", L"$CELTYPE"}) {
+    EXPECT_EQ(fromDwg->headerString(name).toUtf8(), fromDxf->headerString(name).toUtf8()) << OdString(name).toUtf8();
+  }
 }
 
 std::vector<std::string> filesWithTwins() {
