@@ -95,6 +95,8 @@ class DwgToDxf {
   void solid(OdDwgBitReader& d, const wchar_t* subclass);
   void polyline(OdDwgBitReader& d, bool is3d);
   void vertex(OdDwgBitReader& d, bool is3d);
+  void meshPolyline(OdDwgBitReader& d, bool polyface);
+  void meshVertex(OdDwgBitReader& d, unsigned type);
   double m_polylineWidths[2] = {0, 0};  // the default widths of the polyline whose vertices are read
   void face(OdDwgBitReader& d);
   void ellipse(OdDwgBitReader& d);
@@ -497,6 +499,54 @@ void DwgToDxf::vertex(OdDwgBitReader& d, bool is3d) {
   if (flags & 2) degrees(50, tangent);
 }
 
+void DwgToDxf::meshPolyline(OdDwgBitReader& d, bool polyface) {
+  if (polyface) {
+    // Vertex and face counts.
+    const int vertices = d.readBS(), faces = d.readBS();
+    m_w.writeString(100, L"AcDbPolyFaceMesh");
+    m_w.writeInt(66, 1);
+    m_w.writePoint(10, 0, 0, 0);
+    m_w.writeInt(70, 64);
+    m_w.writeInt(71, vertices);
+    m_w.writeInt(72, faces);
+    return;
+  }
+  // Flags, curve type, vertex counts in M and N, surface densities.
+  const int flags = static_cast<uint16_t>(d.readBS()), curve = d.readBS();
+  const int m = d.readBS(), n = d.readBS(), mDensity = d.readBS(), nDensity = d.readBS();
+  m_w.writeString(100, L"AcDbPolygonMesh");
+  m_w.writeInt(66, 1);
+  m_w.writePoint(10, 0, 0, 0);
+  m_w.writeInt(70, flags | 16);
+  m_w.writeInt(71, m);
+  m_w.writeInt(72, n);
+  if (mDensity) m_w.writeInt(73, mDensity);
+  if (nDensity) m_w.writeInt(74, nDensity);
+  if (curve) m_w.writeInt(75, curve);
+}
+
+void DwgToDxf::meshVertex(OdDwgBitReader& d, unsigned type) {
+  m_w.writeString(100, L"AcDbVertex");
+  if (type == 0x0E) {
+    // A face: up to four vertex indices (negative: the edge is invisible).
+    int index[4];
+    for (int& i : index) i = d.readBS();
+    m_w.writeString(100, L"AcDbFaceRecord");
+    m_w.writePoint(10, 0, 0, 0);
+    m_w.writeInt(70, 128);
+    for (int i = 0; i < 4; ++i) {
+      if (index[i]) m_w.writeInt(71 + i, index[i]);
+    }
+    return;
+  }
+  const int flags = d.readRC();
+  double p[3];
+  point3(d, p);
+  m_w.writeString(100, type == 0x0D ? L"AcDbPolyFaceMeshVertex" : L"AcDbPolygonMeshVertex");
+  m_w.writePoint(10, p[0], p[1], p[2]);
+  m_w.writeInt(70, flags);
+}
+
 void DwgToDxf::solid(OdDwgBitReader& d, const wchar_t* subclass) {
   // Thickness, elevation, four 2D corners, extrusion.
   const double thickness = d.readBT(m_r2000);
@@ -757,7 +807,8 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
       {0x01, L"TEXT"}, {0x02, L"ATTRIB"}, {0x03, L"ATTDEF"}, {0x06, L"SEQEND"}, {0x07, L"INSERT"},
       {0x11, L"ARC"},  {0x12, L"CIRCLE"}, {0x13, L"LINE"},   {0x1B, L"POINT"},  {0x4D, L"LWPOLYLINE"},
       {0x1C, L"3DFACE"}, {0x1F, L"SOLID"}, {0x20, L"TRACE"}, {0x23, L"ELLIPSE"}, {0x28, L"RAY"}, {0x29, L"XLINE"},
-      {0x2C, L"MTEXT"}, {0x0F, L"POLYLINE"}, {0x10, L"POLYLINE"}, {0x0A, L"VERTEX"}, {0x0B, L"VERTEX"}};
+      {0x2C, L"MTEXT"}, {0x0F, L"POLYLINE"}, {0x10, L"POLYLINE"}, {0x0A, L"VERTEX"}, {0x0B, L"VERTEX"},
+      {0x1D, L"POLYLINE"}, {0x1E, L"POLYLINE"}, {0x0C, L"VERTEX"}, {0x0D, L"VERTEX"}, {0x0E, L"VERTEX"}};
   // R13 and R14 keep light polylines as a class of their own.
   const unsigned type = o.type >= 500 && o.dxfName == L"LWPOLYLINE" ? 0x4D : o.type;
   auto known = kEntities.find(type);
@@ -792,6 +843,8 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
       case 0x2C: mtext(o, d, h); break;
       case 0x0F: case 0x10: polyline(d, type == 0x10); break;
       case 0x0A: case 0x0B: vertex(d, type == 0x0B); break;
+      case 0x1D: case 0x1E: meshPolyline(d, type == 0x1D); break;
+      case 0x0C: case 0x0D: case 0x0E: meshVertex(d, type); break;
     }
     xdata(o);
   } catch (const OdDwgDecodeError& e) {
@@ -850,7 +903,7 @@ void DwgToDxf::children(uint64_t parent) {
   const OdDwgObject* end = nullptr;
   for (const OdDwgObject* child : m_owned[parent]) {
     if (child->type == 0x06) end = child;
-    else if (child->type == 0x02 || child->type == 0x0A || child->type == 0x0B) emit(*child);
+    else if (child->type == 0x02 || (child->type >= 0x0A && child->type <= 0x0E)) emit(*child);
   }
   if (end) emit(*end);
 }
@@ -859,7 +912,9 @@ void DwgToDxf::entityList(uint64_t block) {
   for (const OdDwgObject* o : m_owned[block]) {
     if (o->type == 0x04 || o->type == 0x05 || o->type == 0x02 || o->type == 0x06) continue;
     if (o->dxfName == L"VERTEX") continue;
-    if (emit(*o) && (o->type == 0x07 || o->type == 0x0F || o->type == 0x10)) children(o->handle);
+    if (emit(*o) && (o->type == 0x07 || o->type == 0x0F || o->type == 0x10 || o->type == 0x1D || o->type == 0x1E)) {
+      children(o->handle);
+    }
   }
 }
 
