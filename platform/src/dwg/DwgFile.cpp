@@ -370,7 +370,11 @@ void OdDwgFile::readObject(OdDwgObject& o) {
         o.layer = r.readH(o.handle).value;
         if (!byLayerLinetype) o.linetype = r.readH(o.handle).value;
       }
-      if (!noLinks) {
+      o.noLinks = noLinks;
+      if (noLinks) {
+        o.prevEntity = o.handle - 1;
+        o.nextEntity = o.handle + 1;
+      } else {
         o.prevEntity = r.readH(o.handle).value;
         o.nextEntity = r.readH(o.handle).value;
       }

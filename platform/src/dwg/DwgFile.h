@@ -52,6 +52,7 @@ struct OdDwgObject {
   int lineWeight = -1;      // R2000 on: the raw lineweight index
   uint64_t layer = 0, linetype = 0, plotStyle = 0;
   uint64_t prevEntity = 0, nextEntity = 0;
+  bool noLinks = false;     // entities: previous and next are the handles one below and above
 
   // Where the type's own data and its remaining handle references start
   // (bits from the start of the object data).

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <functional>
 #include <map>
+#include <set>
 
 #include "DbSchema.h"
 #include "DwgRead.h"
@@ -119,6 +120,7 @@ class DwgToDxf {
     int flags = 0;
     double base[3] = {0, 0, 0};
     OdString path, description;
+    uint64_t first = 0, last = 0;  // the block's first and last entity
   };
 
   const OdDwgFile& m_file;
@@ -676,8 +678,8 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
       // last entity unless an external reference, ENDBLK, then the inserts.
       h.readH(o.handle);
       if (!(info.flags & 12)) {
-        h.readH(o.handle);
-        h.readH(o.handle);
+        info.first = h.readH(o.handle).value;
+        info.last = h.readH(o.handle).value;
       }
       h.readH(o.handle);
       std::vector<uint64_t> references;
@@ -909,7 +911,24 @@ void DwgToDxf::children(uint64_t parent) {
 }
 
 void DwgToDxf::entityList(uint64_t block) {
-  for (const OdDwgObject* o : m_owned[block]) {
+  // Drawing order: from the block's first entity along the next links to
+  // its last; entities the chain misses follow in handle order.
+  std::vector<const OdDwgObject*> ordered;
+  std::vector<const OdDwgObject*>& owned = m_owned[block];
+  const BlockInfo& info = m_blocks[block];
+  std::set<uint64_t> inBlock, taken;
+  for (const OdDwgObject* o : owned) inBlock.insert(o->handle);
+  for (uint64_t at = info.first; at && inBlock.count(at) && !taken.count(at);) {
+    const OdDwgObject* o = m_file.find(at);
+    ordered.push_back(o);
+    taken.insert(at);
+    if (at == info.last) break;
+    at = o->nextEntity;
+  }
+  for (const OdDwgObject* o : owned) {
+    if (!taken.count(o->handle)) ordered.push_back(o);
+  }
+  for (const OdDwgObject* o : ordered) {
     if (o->type == 0x04 || o->type == 0x05 || o->type == 0x02 || o->type == 0x06) continue;
     if (o->dxfName == L"VERTEX") continue;
     if (emit(*o) && (o->type == 0x07 || o->type == 0x0F || o->type == 0x10 || o->type == 0x1D || o->type == 0x1E)) {

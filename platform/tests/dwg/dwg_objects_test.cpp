@@ -7,6 +7,7 @@
 #include <cmath>
 #include <filesystem>
 
+#include "DbBlockTableRecord.h"
 #include "DbDatabase.h"
 #include "DbObject.h"
 #include "DbSchema.h"
@@ -112,6 +113,19 @@ TEST_P(DwgTwin, ObjectsEqualTheDxfTwins) {
     ++compared;
   });
   EXPECT_GT(compared, 5);
+
+  // The drawing order of model space, for the entities both hold.
+  auto order = [](OdDbDatabase* db, const std::set<OdUInt64>& keep) {
+    std::vector<OdUInt64> handles;
+    OdDbObjectPtr space = db->getModelSpaceId().openObject();
+    for (const auto& id : static_cast<OdDbBlockTableRecord*>(space.get())->entityIds()) {
+      if (keep.empty() || keep.count(id.handle().value())) handles.push_back(id.handle().value());
+    }
+    return handles;
+  };
+  const std::vector<OdUInt64> ours = order(fromDwg.get(), {});
+  const std::vector<OdUInt64> theirs = order(fromDxf.get(), std::set<OdUInt64>(ours.begin(), ours.end()));
+  EXPECT_EQ(ours, theirs);
 
   // Header variables (the handle seed differs: the twins were saved apart).
   for (const wchar_t* name : {L"$LUNITS", L"$LUPREC", L"$AUNITS", L"$PDMODE", L"$ORTHOMODE", L"$FILLMODE", L"$MIRRTEXT",
