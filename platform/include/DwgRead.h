@@ -12,6 +12,7 @@ bool odIsDwgData(std::string_view data);
 // Reads a DWG drawing. The report gives the version, and one line for every
 // section or object that could not be decoded (with its file offset) and
 // per class the number of objects not read; what can be read is kept. A
-// file that cannot be read at all is refused with OdError (eDxfReadAborted)
-// and a message that says why.
+// file that cannot be read at all is refused with OdError (eInvalidDwgVersion
+// for a version not read yet, else eDwgNotRecoverable) and a message that
+// says why, with the file offset.
 OdDbDatabasePtr odDwgReadBuffer(std::string_view data, OdDxfReadReport* report = nullptr);

@@ -99,7 +99,7 @@ bool OdDwgFile::open(std::vector<uint8_t> data) {
   }
   m_version.assign(reinterpret_cast<const char*>(m_data.data()), 6);
   if (m_version != "AC1012" && m_version != "AC1014" && m_version != "AC1015") {
-    problem(0, "DWG version " + m_version + " is not read yet");
+    problem(0, "DWG version " + m_version + " is not read yet (R13 to R2000, AC1012 to AC1015, are)");
     return false;
   }
   OdDwgBitReader header(m_data.data(), m_data.size());

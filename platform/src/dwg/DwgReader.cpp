@@ -1102,7 +1102,8 @@ OdDbDatabasePtr odDwgReadBuffer(std::string_view data, OdDxfReadReport* report) 
   OdDwgFile file;
   if (!file.open(std::vector<uint8_t>(data.begin(), data.end()))) {
     const std::string why = file.problems().empty() ? "unreadable" : file.problems().front();
-    throw OdError(eDxfReadAborted, OdString(("DWG file: " + why).c_str()));
+    const bool version = why.find("DWG version") != std::string::npos;
+    throw OdError(version ? eInvalidDwgVersion : eDwgNotRecoverable, OdString(why.c_str()));
   }
   std::vector<OdString> problems;
   for (const std::string& p : file.problems()) problems.push_back(OdString(p.c_str()));

@@ -210,6 +210,15 @@ TEST(DwgDamagedDrawings, ReadOrRefusedNeverAFault) {
   for (const OdString& line : report.repairs) named = named || line.find(L"could not be decoded") >= 0 || line.find(L"offset 0x") >= 0;
   EXPECT_TRUE(named);
   EXPECT_GT(report.repairs.size(), intact.repairs.size());
+
+  // A version not read yet is refused as such, through the common file reader.
+  try {
+    odDxfReadFile(OdString((dwgCorpusDir() + "/2004_Arc.dwg").c_str()));
+    ADD_FAILURE() << "an R2004 drawing was not refused";
+  } catch (const OdError& e) {
+    EXPECT_EQ(e.code(), eInvalidDwgVersion);
+    EXPECT_GE(e.description().find(L"AC1018"), 0) << e.description().toUtf8();
+  }
 }
 
 }  // namespace
