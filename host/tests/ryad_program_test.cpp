@@ -192,4 +192,25 @@ TEST_F(ProgramTest, PathsThatCannotDoWhatWasAskedFailTheRun) {
   EXPECT_FALSE(fs::exists(file("bad\xff.dxf")));
 }
 
+TEST_F(ProgramTest, ADwgDrawingOpensAndIsSavedAsDxf) {
+  const fs::path drawing = file("plan.dwg");
+  fs::copy_file(std::string(KESTRIX_CORPUS_DIR) + "/dwg/2000_entities-2d.dwg", drawing);
+  // QSAVE offers the drawing's name with .dxf; the default is taken.
+  const ProgramRun saved = run("--no-module " + quoted(drawing.string()), "QSAVE\n\n");
+  EXPECT_EQ(saved.status, 0) << saved.out << saved.err;
+  EXPECT_TRUE(contains(saved.out, "Drawings read from DWG files are saved as DXF.")) << saved.out;
+  EXPECT_TRUE(contains(saved.out, "Saved " + file("plan.dxf").string())) << saved.out;
+  OdDbDatabasePtr written = odDxfReadFile(OdString(file("plan.dxf").string()));
+  // The model space of this drawing holds 13 entities, 11 of them of the
+  // classes read so far (a shape and a dimension are not yet).
+  EXPECT_EQ(modelSpaceEntities(written.get()), 11u);
+  EXPECT_FALSE(written->getOdDbObjectId(OdDbHandle(0x2C), false).isNull());  // the LINE keeps its handle
+
+  // A DWG output name is refused, the drawing left as it was.
+  const ProgramRun refused = run("--no-module --output " + quoted(file("copy.dwg").string()) + " " + quoted(drawing.string()));
+  EXPECT_NE(refused.status, 0);
+  EXPECT_TRUE(contains(refused.out + refused.err, "DWG files are not written")) << refused.out << refused.err;
+  EXPECT_FALSE(fs::exists(file("copy.dwg")));
+}
+
 }  // namespace

@@ -1,5 +1,6 @@
 // The host's own commands: drawings (OPEN, NEW, SAVE, SAVEAS, QSAVE, CLOSE,
 // QUIT) and undo (UNDO, U).
+#include <cctype>
 #include <filesystem>
 
 #include "commands/CommandRegistry.h"
@@ -57,11 +58,33 @@ void openCommand() {
 
 void newCommand() { host().appContextNewDocument(); }
 
+// Drawings are written as DXF only: a drawing read from a DWG file is
+// offered under the same name with the .dxf extension.
+bool isDwgName(const OdString& path) {
+  std::string ext = std::filesystem::path(path.toUtf8()).extension().string();
+  for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return ext == ".dwg";
+}
+
+OdString asDxfName(const OdString& path) {
+  std::filesystem::path p(path.toUtf8());
+  p.replace_extension(".dxf");
+  return OdString(p.string());
+}
+
 void saveAs(Document* doc, const OdString& prompt) {
   OdString current = doc->fileName().isEmpty() ? OdString(L"Drawing1.dxf") : doc->fileName();
+  if (isDwgName(current)) {
+    host().print(L"\nDrawings read from DWG files are saved as DXF.");
+    current = asDxfName(current);
+  }
   OdString path = ask(prompt + L" <" + current + L">: ");
   if (path.isEmpty()) path = current;
   path = withExtension(path);
+  if (isDwgName(path)) {
+    host().print(L"\nDWG files are not written; the drawing is saved as DXF.");
+    path = asDxfName(path);
+  }
   std::error_code ec;
   if (path != doc->fileName() && std::filesystem::exists(path.toUtf8(), ec)) {
     OdString answer = askKeyword(L"\nA drawing with this name already exists. Do you want to replace it? [Yes/No] <No>: ",
@@ -76,7 +99,7 @@ void saveAsCommand() { saveAs(host().current(), L"\nSave drawing as"); }
 
 void qsaveCommand() {
   Document* doc = host().current();
-  if (doc->fileName().isEmpty()) {
+  if (doc->fileName().isEmpty() || isDwgName(doc->fileName())) {
     saveAs(doc, L"\nSave drawing as");
     return;
   }
@@ -88,7 +111,7 @@ void closeCommand() {
   if (doc->isModified()) {
     OdString answer = askKeyword(L"\nSave changes to " + doc->docTitle() + L"? [Yes/No] <Yes>: ", {L"Yes", L"No"});
     if (answer != L"No") {
-      if (doc->fileName().isEmpty()) saveAs(doc, L"\nSave drawing as");
+      if (doc->fileName().isEmpty() || isDwgName(doc->fileName())) saveAs(doc, L"\nSave drawing as");
       else if (!host().saveDocument(doc, doc->fileName())) return;
     }
   }

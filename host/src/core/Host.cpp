@@ -274,6 +274,13 @@ bool Host::saveDocument(Document* doc, const OdString& fileName) {
   m_current = doc;
   m_modules->broadcast(kRyrxSaveMsg);
   m_current = previous;
+  // DXF is the only format written: DXF text under a .dwg name would make a
+  // file that no DWG reader opens.
+  if (fileName.getLength() >= 4 && fileName.right(4).iCompare(L".dwg") == 0) {
+    print(L"\nCannot save " + fileName + L": DWG files are not written; save the drawing as DXF");
+    noteProblem(L"cannot save " + fileName + L": DWG files are not written");
+    return false;
+  }
   try {
     odDxfWriteFile(doc->database(), fileName);
   } catch (const OdError& error) {

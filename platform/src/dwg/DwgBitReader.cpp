@@ -1,0 +1,180 @@
+#include "dwg/DwgBitReader.h"
+
+#include <cstring>
+
+#include "OdCodePage.h"
+
+void OdDwgBitReader::overrun(size_t wanted) const {
+  throw OdDwgDecodeError("read of " + std::to_string(wanted) + " bits past the end of the data", m_pos);
+}
+
+void OdDwgBitReader::seekBit(size_t bit) {
+  if (bit > m_bits) throw OdDwgDecodeError("seek past the end of the data", bit);
+  m_pos = bit;
+}
+
+bool OdDwgBitReader::readBit() {
+  need(1);
+  const bool bit = (m_data[m_pos >> 3] >> (7 - (m_pos & 7))) & 1;
+  ++m_pos;
+  return bit;
+}
+
+unsigned OdDwgBitReader::readBits(unsigned n) {
+  need(n);
+  unsigned value = 0;
+  for (unsigned i = 0; i < n; ++i, ++m_pos) value = (value << 1) | ((m_data[m_pos >> 3] >> (7 - (m_pos & 7))) & 1);
+  return value;
+}
+
+uint8_t OdDwgBitReader::readRC() {
+  need(8);
+  const size_t byte = m_pos >> 3;
+  const unsigned shift = m_pos & 7;
+  uint8_t value = shift == 0 ? m_data[byte] : static_cast<uint8_t>((m_data[byte] << shift) | (m_data[byte + 1] >> (8 - shift)));
+  m_pos += 8;
+  return value;
+}
+
+uint16_t OdDwgBitReader::readRS() {
+  const uint8_t lo = readRC();
+  return static_cast<uint16_t>(lo | (readRC() << 8));
+}
+
+uint32_t OdDwgBitReader::readRL() {
+  const uint32_t lo = readRS();
+  return lo | (static_cast<uint32_t>(readRS()) << 16);
+}
+
+double OdDwgBitReader::readRD() {
+  uint8_t bytes[8];
+  for (auto& b : bytes) b = readRC();
+  double value;
+  std::memcpy(&value, bytes, 8);
+  return value;
+}
+
+int16_t OdDwgBitReader::readBS() {
+  switch (readBB()) {
+    case 0: return static_cast<int16_t>(readRS());
+    case 1: return readRC();
+    case 2: return 0;
+    default: return 256;
+  }
+}
+
+int32_t OdDwgBitReader::readBL() {
+  switch (readBB()) {
+    case 0: return static_cast<int32_t>(readRL());
+    case 1: return readRC();
+    case 2: return 0;
+    default: throw OdDwgDecodeError("invalid bit-coded long", m_pos - 2);
+  }
+}
+
+double OdDwgBitReader::readBD() {
+  switch (readBB()) {
+    case 0: return readRD();
+    case 1: return 1.0;
+    case 2: return 0.0;
+    default: throw OdDwgDecodeError("invalid bit-coded double", m_pos - 2);
+  }
+}
+
+double OdDwgBitReader::readDD(double defaultValue) {
+  const unsigned code = readBB();
+  if (code == 0) return defaultValue;
+  if (code == 3) return readRD();
+  uint8_t bytes[8];
+  std::memcpy(bytes, &defaultValue, 8);
+  if (code == 2) {
+    bytes[4] = readRC();
+    bytes[5] = readRC();
+  }
+  for (int i = 0; i < 4; ++i) bytes[i] = readRC();
+  double value;
+  std::memcpy(&value, bytes, 8);
+  return value;
+}
+
+double OdDwgBitReader::readBT(bool r2000) {
+  if (r2000 && readBit()) return 0.0;
+  return readBD();
+}
+
+void OdDwgBitReader::readBE(bool r2000, double xyz[3]) {
+  if (r2000 && readBit()) {
+    xyz[0] = 0;
+    xyz[1] = 0;
+    xyz[2] = 1;
+    return;
+  }
+  for (int i = 0; i < 3; ++i) xyz[i] = readBD();
+}
+
+uint64_t OdDwgBitReader::readMCUnsigned() {
+  uint64_t value = 0;
+  for (unsigned shift = 0;; shift += 7) {
+    const uint8_t b = readRC();
+    if (shift < 64) value |= static_cast<uint64_t>(b & 0x7F) << shift;
+    if (!(b & 0x80)) return value;
+    if (shift > 63) throw OdDwgDecodeError("modular char too long", m_pos);
+  }
+}
+
+int64_t OdDwgBitReader::readMCSigned() {
+  uint64_t value = 0;
+  for (unsigned shift = 0;; shift += 7) {
+    const uint8_t b = readRC();
+    if (!(b & 0x80)) {
+      // The last byte holds 6 bits of value and the sign.
+      if (shift < 64) value |= static_cast<uint64_t>(b & 0x3F) << shift;
+      const int64_t magnitude = static_cast<int64_t>(value);
+      return (b & 0x40) ? -magnitude : magnitude;
+    }
+    if (shift < 64) value |= static_cast<uint64_t>(b & 0x7F) << shift;
+    if (shift > 63) throw OdDwgDecodeError("modular char too long", m_pos);
+  }
+}
+
+uint32_t OdDwgBitReader::readMS() {
+  uint32_t value = 0;
+  for (unsigned shift = 0; shift < 32; shift += 15) {
+    const uint16_t word = readRS();
+    value |= static_cast<uint32_t>(word & 0x7FFF) << shift;
+    if (!(word & 0x8000)) return value;
+  }
+  throw OdDwgDecodeError("modular short too long", m_pos);
+}
+
+OdDwgHandleRef OdDwgBitReader::readH(uint64_t reference) {
+  OdDwgHandleRef ref;
+  const uint8_t head = readRC();
+  ref.code = head >> 4;
+  const unsigned count = head & 0x0F;
+  if (count > 8) throw OdDwgDecodeError("handle longer than 8 bytes", m_pos - 8);
+  uint64_t value = 0;
+  for (unsigned i = 0; i < count; ++i) value = (value << 8) | readRC();
+  switch (ref.code) {
+    case 0x6: ref.value = reference + 1; break;
+    case 0x8: ref.value = reference - 1; break;
+    case 0xA: ref.value = reference + value; break;
+    case 0xC: ref.value = reference - value; break;
+    default: ref.value = value; break;
+  }
+  return ref;
+}
+
+OdString OdDwgBitReader::readTV(int codePage) {
+  const int length = static_cast<uint16_t>(readBS());
+  need(static_cast<size_t>(length) * 8);
+  std::string bytes(static_cast<size_t>(length), '\0');
+  for (auto& c : bytes) c = static_cast<char>(readRC());
+  while (!bytes.empty() && bytes.back() == '\0') bytes.pop_back();
+  return OdString(odDecodeCodePage(bytes, codePage).c_str());
+}
+
+void OdDwgBitReader::skipBytes(size_t n) {
+  if (n > (m_bits - m_pos) / 8) overrun(n * 8);
+  m_pos += n * 8;
+}

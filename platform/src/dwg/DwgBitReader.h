@@ -1,0 +1,84 @@
+// Reads the bit-packed values of a DWG file: raw bytes, shorts, longs and
+// doubles that need not start on a byte, the bit-coded forms (a 1- or
+// 2-bit prefix that says whether the value follows in full, in one byte,
+// or is one of a few common constants), modular chars and shorts, handle
+// references and strings. Every read is bounds-checked: reading past the
+// end of the data throws OdDwgDecodeError with the bit position, so a
+// damaged file can never make the reader run outside its buffer.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+#include "OdString.h"
+
+struct OdDwgDecodeError : std::runtime_error {
+  OdDwgDecodeError(const std::string& what, size_t bitPosition)
+      : std::runtime_error(what), bit(bitPosition) {}
+  size_t bit;  // bit position in the reader's data where decoding failed
+};
+
+// A handle reference: its code (what kind of reference, or how a relative
+// handle is to be applied) and the handle it names once resolved.
+struct OdDwgHandleRef {
+  uint8_t code = 0;
+  uint64_t value = 0;  // absolute handle (relative codes already applied)
+};
+
+class OdDwgBitReader {
+ public:
+  OdDwgBitReader(const uint8_t* data, size_t size) : m_data(data), m_bits(size * 8) {}
+
+  size_t bitPosition() const { return m_pos; }
+  size_t bitSize() const { return m_bits; }
+  // Moves to a bit position (at most the end of the data).
+  void seekBit(size_t bit);
+  // Limits reading to the first `bits` bits (never beyond the data).
+  void limitBits(size_t bits) { if (bits < m_bits) m_bits = bits; }
+  bool atEnd() const { return m_pos >= m_bits; }
+
+  // Raw values (little-endian, starting at any bit).
+  bool readBit();                  // B
+  unsigned readBits(unsigned n);   // up to 32 bits, most significant first
+  uint8_t readRC();
+  uint16_t readRS();
+  uint32_t readRL();
+  double readRD();
+  // Bit-coded values.
+  unsigned readBB() { return readBits(2); }
+  int16_t readBS();
+  int32_t readBL();
+  double readBD();
+  // A double coded against a default (DD): 2 bits say whether it is the
+  // default, the default with its low 4 bytes replaced, with 6 bytes
+  // replaced, or a full raw double.
+  double readDD(double defaultValue);
+  // Thickness and extrusion: from R2000 on, one bit says "the usual value".
+  double readBT(bool r2000);
+  void readBE(bool r2000, double xyz[3]);
+  // Modular char (7 bits a byte, high bit: more follows) and modular short.
+  uint64_t readMCUnsigned();
+  int64_t readMCSigned();
+  uint32_t readMS();
+  // A handle: a byte of code and length, then the handle's bytes, most
+  // significant first. Relative codes (6, 8, 0xA, 0xC) are resolved
+  // against `reference` (the handle of the object being read).
+  OdDwgHandleRef readH(uint64_t reference = 0);
+  // A string of the R13-R2004 form: a bit-coded length and that many
+  // bytes in the drawing's code page; trailing NULs are dropped.
+  OdString readTV(int codePage);
+  // A colour of R13-R2000: just the colour index.
+  int16_t readCMC() { return readBS(); }
+  // Skips whole bytes (for blobs whose contents are not needed).
+  void skipBytes(size_t n);
+
+ private:
+  [[noreturn]] void overrun(size_t wanted) const;
+  void need(size_t bits) const { if (bits > m_bits - (m_pos < m_bits ? m_pos : m_bits) || m_pos > m_bits) overrun(bits); }
+
+  const uint8_t* m_data;
+  size_t m_bits;
+  size_t m_pos = 0;
+};

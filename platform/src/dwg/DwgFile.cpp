@@ -1,0 +1,394 @@
+#include "dwg/DwgFile.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "OdCodePage.h"
+
+namespace {
+
+struct BuiltinType {
+  unsigned type;
+  const wchar_t* name;
+  bool entity;
+};
+
+// The fixed object types of R13 to R2000 files; types from 500 on are
+// numbers of the classes section.
+constexpr BuiltinType kBuiltinTypes[] = {
+    {0x01, L"TEXT", true}, {0x02, L"ATTRIB", true}, {0x03, L"ATTDEF", true}, {0x04, L"BLOCK", true},
+    {0x05, L"ENDBLK", true}, {0x06, L"SEQEND", true}, {0x07, L"INSERT", true}, {0x08, L"INSERT", true},
+    {0x0A, L"VERTEX", true}, {0x0B, L"VERTEX", true}, {0x0C, L"VERTEX", true}, {0x0D, L"VERTEX", true},
+    {0x0E, L"VERTEX", true}, {0x0F, L"POLYLINE", true}, {0x10, L"POLYLINE", true}, {0x11, L"ARC", true},
+    {0x12, L"CIRCLE", true}, {0x13, L"LINE", true}, {0x14, L"DIMENSION", true}, {0x15, L"DIMENSION", true},
+    {0x16, L"DIMENSION", true}, {0x17, L"DIMENSION", true}, {0x18, L"DIMENSION", true},
+    {0x19, L"DIMENSION", true}, {0x1A, L"DIMENSION", true}, {0x1B, L"POINT", true}, {0x1C, L"3DFACE", true},
+    {0x1D, L"POLYLINE", true}, {0x1E, L"POLYLINE", true}, {0x1F, L"SOLID", true}, {0x20, L"TRACE", true},
+    {0x21, L"SHAPE", true}, {0x22, L"VIEWPORT", true}, {0x23, L"ELLIPSE", true}, {0x24, L"SPLINE", true},
+    {0x25, L"REGION", true}, {0x26, L"3DSOLID", true}, {0x27, L"BODY", true}, {0x28, L"RAY", true},
+    {0x29, L"XLINE", true}, {0x2A, L"DICTIONARY", false}, {0x2B, L"OLEFRAME", true}, {0x2C, L"MTEXT", true},
+    {0x2D, L"LEADER", true}, {0x2E, L"TOLERANCE", true}, {0x2F, L"MLINE", true},
+    {0x30, L"BLOCK_CONTROL", false}, {0x31, L"BLOCK_RECORD", false}, {0x32, L"LAYER_CONTROL", false},
+    {0x33, L"LAYER", false}, {0x34, L"STYLE_CONTROL", false}, {0x35, L"STYLE", false},
+    {0x38, L"LTYPE_CONTROL", false}, {0x39, L"LTYPE", false}, {0x3C, L"VIEW_CONTROL", false},
+    {0x3D, L"VIEW", false}, {0x3E, L"UCS_CONTROL", false}, {0x3F, L"UCS", false},
+    {0x40, L"VPORT_CONTROL", false}, {0x41, L"VPORT", false}, {0x42, L"APPID_CONTROL", false},
+    {0x43, L"APPID", false}, {0x44, L"DIMSTYLE_CONTROL", false}, {0x45, L"DIMSTYLE", false},
+    {0x46, L"VX_CONTROL", false}, {0x47, L"VX_TABLE_RECORD", false}, {0x48, L"GROUP", false},
+    {0x49, L"MLINESTYLE", false}, {0x4A, L"OLE2FRAME", true}, {0x4C, L"LONG_TRANSACTION", false},
+    {0x4D, L"LWPOLYLINE", true}, {0x4E, L"HATCH", true}, {0x4F, L"XRECORD", false},
+    {0x50, L"ACDBPLACEHOLDER", false}, {0x51, L"VBA_PROJECT", false}, {0x52, L"LAYOUT", false},
+    {0x1F2, L"ACAD_PROXY_ENTITY", true}, {0x1F3, L"ACAD_PROXY_OBJECT", false},
+};
+
+const BuiltinType* builtin(unsigned type) {
+  for (const auto& t : kBuiltinTypes) {
+    if (t.type == type) return &t;
+  }
+  return nullptr;
+}
+
+bool isSymbolTableRecord(unsigned type) {
+  return type == 0x31 || type == 0x33 || type == 0x35 || type == 0x39 || type == 0x3D || type == 0x3F ||
+         type == 0x41 || type == 0x43 || type == 0x45 || type == 0x47;
+}
+
+std::string hex(uint64_t value) {
+  char text[24];
+  std::snprintf(text, sizeof text, "%llX", static_cast<unsigned long long>(value));
+  return text;
+}
+
+}  // namespace
+
+int odDwgCodePage(int number) {
+  // The code-page numbers a drawing's header gives, as Windows code pages.
+  static const int kPages[] = {
+      0,     20127, 28591, 28592, 28593, 28594, 28595, 28596, 28597, 28598, 28599, 437,  850,  852, 855,
+      857,   860,   861,   863,   864,   865,   869,   932,   10000, 950,   949,   1361, 866,  1250, 1251,
+      1252,  936,   1253,  1254,  1255,  1256,  1257,  874,   932,   936,   949,   950,  1361, 1200, 1258};
+  if (number <= 0 || number >= static_cast<int>(sizeof kPages / sizeof kPages[0])) return 1252;
+  const int page = kPages[number];
+  return odIsCodePageSupported(page) ? page : 1252;
+}
+
+const wchar_t* OdDwgFile::builtinTypeName(unsigned type) {
+  const BuiltinType* t = builtin(type);
+  return t ? t->name : L"";
+}
+
+bool OdDwgFile::builtinIsEntity(unsigned type) {
+  const BuiltinType* t = builtin(type);
+  return t && t->entity;
+}
+
+void OdDwgFile::problem(size_t offset, const std::string& what) {
+  m_problems.push_back("offset 0x" + hex(offset) + ": " + what);
+}
+
+const OdDwgObject* OdDwgFile::find(uint64_t handle) const {
+  auto it = m_byHandle.find(handle);
+  return it == m_byHandle.end() ? nullptr : &m_objects[it->second];
+}
+
+bool OdDwgFile::open(std::vector<uint8_t> data) {
+  m_data = std::move(data);
+  if (m_data.size() < 0x19 || m_data[0] != 'A' || m_data[1] != 'C') {
+    problem(0, "not a DWG file");
+    return false;
+  }
+  m_version.assign(reinterpret_cast<const char*>(m_data.data()), 6);
+  if (m_version != "AC1012" && m_version != "AC1014" && m_version != "AC1015") {
+    problem(0, "DWG version " + m_version + " is not read yet (R13 to R2000, AC1012 to AC1015, are)");
+    return false;
+  }
+  OdDwgBitReader header(m_data.data(), m_data.size());
+  try {
+    header.seekBit(0x13 * 8);
+    m_codePage = odDwgCodePage(header.readRS());
+    const uint32_t records = header.readRL();
+    if (records > 32) throw OdDwgDecodeError("implausible number of section locators", 0x15 * 8);
+    size_t headerAt = 0, headerSize = 0, classes = 0, classesSize = 0, map = 0, mapSize = 0;
+    for (uint32_t i = 0; i < records; ++i) {
+      const uint8_t number = header.readRC();
+      const uint32_t seeker = header.readRL();
+      const uint32_t size = header.readRL();
+      if (number == 0) { headerAt = seeker; headerSize = size; }
+      if (number == 1) { classes = seeker; classesSize = size; }
+      if (number == 2) { map = seeker; mapSize = size; }
+    }
+    if (!map) throw OdDwgDecodeError("no object map locator", header.bitPosition());
+    if (classes) readClasses(classes, classesSize);
+    else problem(0x15, "no classes section locator");
+    readObjectMap(map, mapSize);
+    if (headerAt) readHeader(headerAt, headerSize);
+  } catch (const OdDwgDecodeError& e) {
+    problem(e.bit / 8, std::string("file header: ") + e.what());
+    return false;
+  }
+  for (OdDwgObject& object : m_objects) readObject(object);
+  // An anonymous block's record keeps only the prefix of its name ("*D");
+  // the whole name ("*D3") is the name of its BLOCK entity.
+  for (const OdDwgObject& object : m_objects) {
+    if (object.type != 0x04 || !object.decoded || object.recordName.isEmpty()) continue;
+    auto it = m_byHandle.find(object.owner);
+    if (it == m_byHandle.end()) continue;
+    OdDwgObject& record = m_objects[it->second];
+    if (record.type == 0x31 && record.recordName.getLength() < object.recordName.getLength() &&
+        object.recordName.left(record.recordName.getLength()) == record.recordName) {
+      record.recordName = object.recordName;
+    }
+  }
+  return true;
+}
+
+void OdDwgFile::readClasses(size_t seeker, size_t size) {
+  // A sentinel of 16 bytes, the size of the class data, the data, a CRC.
+  if (seeker + 20 > m_data.size()) {
+    problem(seeker, "classes section outside the file");
+    return;
+  }
+  OdDwgBitReader r(m_data.data() + seeker, m_data.size() - seeker);
+  r.seekBit(16 * 8);
+  const size_t bytes = r.readRL();
+  if (bytes > size || seeker + 20 + bytes > m_data.size()) {
+    problem(seeker, "classes section larger than its locator says");
+    return;
+  }
+  OdDwgBitReader c(m_data.data() + seeker + 20, bytes);
+  try {
+    while (c.bitPosition() + 13 <= c.bitSize()) {
+      OdDwgClass cls;
+      cls.number = static_cast<uint16_t>(c.readBS());
+      cls.proxyFlags = static_cast<uint16_t>(c.readBS());
+      cls.appName = c.readTV(m_codePage);
+      cls.cppName = c.readTV(m_codePage);
+      cls.dxfName = c.readTV(m_codePage);
+      cls.wasZombie = c.readBit();
+      cls.isEntity = c.readBS() == 0x1F2;
+      if (cls.number < 500) break;  // padding after the last class
+      m_classes.push_back(cls);
+    }
+  } catch (const OdDwgDecodeError& e) {
+    problem(seeker + 20 + e.bit / 8, std::string("classes section: ") + e.what());
+  }
+}
+
+void OdDwgFile::readHeader(size_t seeker, size_t size) {
+  // A sentinel of 16 bytes, the size of the data, the variables in a fixed order.
+  if (seeker + 20 > m_data.size()) {
+    problem(seeker, "header variables outside the file");
+    return;
+  }
+  OdDwgBitReader r(m_data.data() + seeker + 20, std::min(m_data.size() - seeker - 20, size));
+  const bool r2000 = isR2000();
+  OdDwgHeader& h = m_header;
+  auto flag = [&](const wchar_t* name) { const bool v = r.readBit(); if (name) h.ints.emplace_back(name, v ? 1 : 0); };
+  auto shortVar = [&](const wchar_t* name) { const int v = r.readBS(); if (name) h.ints.emplace_back(name, v); };
+  auto real = [&](const wchar_t* name) { const double v = r.readBD(); if (name) h.reals.emplace_back(name, v); };
+  try {
+    for (int i = 0; i < 4; ++i) r.readBD();
+    for (int i = 0; i < 4; ++i) r.readTV(m_codePage);
+    r.readBL();
+    r.readBL();
+    if (!r2000) r.readBS();
+    r.readH();  // the current viewport's entity header
+    flag(L"$DIMASO");
+    flag(L"$DIMSHO");
+    if (!r2000) flag(nullptr);  // DIMSAV
+    flag(L"$PLINEGEN");
+    flag(L"$ORTHOMODE");
+    flag(L"$REGENMODE");
+    flag(L"$FILLMODE");
+    flag(L"$QTEXTMODE");
+    flag(L"$PSLTSCALE");
+    flag(L"$LIMCHECK");
+    if (!r2000) flag(L"$BLIPMODE");
+    flag(L"$USRTIMER");
+    flag(L"$SKPOLY");
+    flag(L"$ANGDIR");
+    flag(L"$SPLFRAME");
+    if (!r2000) { flag(L"$ATTREQ"); flag(L"$ATTDIA"); }
+    flag(L"$MIRRTEXT");
+    flag(L"$WORLDVIEW");
+    if (!r2000) flag(nullptr);  // WIREFRAME
+    flag(L"$TILEMODE");
+    flag(L"$PLIMCHECK");
+    flag(L"$VISRETAIN");
+    if (!r2000) flag(nullptr);  // DELOBJ
+    flag(L"$DISPSILH");
+    flag(L"$PELLIPSE");
+    shortVar(L"$PROXYGRAPHICS");
+    if (!r2000) shortVar(L"$DRAGMODE");
+    shortVar(L"$TREEDEPTH");
+    shortVar(L"$LUNITS");
+    shortVar(L"$LUPREC");
+    shortVar(L"$AUNITS");
+    shortVar(L"$AUPREC");
+    if (!r2000) shortVar(L"$OSMODE");
+    shortVar(L"$ATTMODE");
+    if (!r2000) shortVar(L"$COORDS");
+    shortVar(L"$PDMODE");
+    if (!r2000) shortVar(L"$PICKSTYLE");
+    for (const wchar_t* name : {L"$USERI1", L"$USERI2", L"$USERI3", L"$USERI4", L"$USERI5", L"$SPLINESEGS", L"$SURFU",
+                                L"$SURFV", L"$SURFTYPE", L"$SURFTAB1", L"$SURFTAB2", L"$SPLINETYPE", L"$SHADEDGE",
+                                L"$SHADEDIF", L"$UNITMODE", L"$MAXACTVP", L"$ISOLINES", L"$CMLJUST", L"$TEXTQLTY"}) {
+      shortVar(name);
+    }
+    for (const wchar_t* name : {L"$LTSCALE", L"$TEXTSIZE", L"$TRACEWID", L"$SKETCHINC", L"$FILLETRAD", L"$THICKNESS",
+                                L"$ANGBASE", L"$PDSIZE", L"$PLINEWID", L"$USERR1", L"$USERR2", L"$USERR3", L"$USERR4",
+                                L"$USERR5", L"$CHAMFERA", L"$CHAMFERB", L"$CHAMFERC", L"$CHAMFERD", L"$FACETRES",
+                                L"$CMLSCALE", L"$CELTSCALE"}) {
+      real(name);
+    }
+    r.readTV(m_codePage);  // menu name
+    for (int i = 0; i < 8; ++i) r.readBL();  // creation, update, editing and user times
+    h.currentColor = r.readCMC();
+    h.handseed = r.readH().value;
+    h.currentLayer = r.readH().value;
+    h.currentTextStyle = r.readH().value;
+    h.currentLinetype = r.readH().value;
+    h.read = true;
+  } catch (const OdDwgDecodeError& e) {
+    problem(seeker + 20 + e.bit / 8, std::string("header variables: ") + e.what());
+  }
+}
+
+void OdDwgFile::readObjectMap(size_t seeker, size_t size) {
+  // Pieces of at most 2032 bytes: a big-endian size (which counts itself),
+  // pairs of (handle step, offset step) as modular chars, a CRC. Handle and
+  // offset start again from zero in every piece; a piece of size 2 ends it.
+  size_t at = seeker;
+  const size_t end = std::min(m_data.size(), seeker + size);
+  std::vector<std::pair<uint64_t, int64_t>> entries;
+  while (at + 2 <= end) {
+    const size_t pieceSize = (static_cast<size_t>(m_data[at]) << 8) | m_data[at + 1];
+    if (pieceSize <= 2) break;
+    if (at + pieceSize > m_data.size()) {
+      problem(at, "object map piece runs past the end of the file");
+      break;
+    }
+    OdDwgBitReader r(m_data.data() + at + 2, pieceSize - 2);
+    uint64_t handle = 0;
+    int64_t offset = 0;
+    try {
+      while (!r.atEnd()) {
+        handle += r.readMCUnsigned();
+        offset += r.readMCSigned();
+        entries.emplace_back(handle, offset);
+      }
+    } catch (const OdDwgDecodeError& e) {
+      problem(at + 2 + e.bit / 8, std::string("object map: ") + e.what());
+    }
+    at += pieceSize + 2;  // the piece and its CRC
+  }
+  std::sort(entries.begin(), entries.end());
+  for (const auto& [handle, offset] : entries) {
+    if (offset <= 0 || static_cast<size_t>(offset) >= m_data.size()) {
+      problem(seeker, "object " + hex(handle) + " placed outside the file, dropped");
+      continue;
+    }
+    if (m_byHandle.count(handle)) continue;
+    OdDwgObject object;
+    object.handle = handle;
+    object.offset = static_cast<size_t>(offset);
+    m_byHandle[handle] = m_objects.size();
+    m_objects.push_back(object);
+  }
+}
+
+void OdDwgFile::readObject(OdDwgObject& o) {
+  const bool r2000 = isR2000();
+  try {
+    OdDwgBitReader sizeReader(m_data.data() + o.offset, m_data.size() - o.offset);
+    o.size = sizeReader.readMS();
+    o.start = o.offset + sizeReader.bitPosition() / 8;
+    if (o.size > m_data.size() - o.start) throw OdDwgDecodeError("object runs past the end of the file", 0);
+    OdDwgBitReader r = objectReader(o);
+    o.type = static_cast<uint16_t>(r.readBS());
+    if (o.type >= 500 && o.type != 0xFFFF) {
+      const size_t index = o.type - 500;
+      if (index >= m_classes.size()) throw OdDwgDecodeError("object of an unknown class " + std::to_string(o.type), 0);
+      o.dxfName = m_classes[index].dxfName;
+      o.entity = m_classes[index].isEntity;
+    } else {
+      o.dxfName = builtinTypeName(o.type);
+      o.entity = builtinIsEntity(o.type);
+      if (o.dxfName.isEmpty()) throw OdDwgDecodeError("object of an unknown type " + std::to_string(o.type), 0);
+    }
+    size_t handleBit = 0;
+    if (r2000) handleBit = r.readRL();
+    const OdDwgHandleRef own = r.readH();
+    if (own.value != o.handle) {
+      throw OdDwgDecodeError("object map names handle " + hex(o.handle) + " but the object is " + hex(own.value), 0);
+    }
+    for (;;) {
+      const int bytes = static_cast<uint16_t>(r.readBS());
+      if (bytes == 0) break;
+      OdDwgXData x;
+      x.appHandle = r.readH().value;
+      x.bytes.resize(static_cast<size_t>(bytes));
+      for (auto& b : x.bytes) b = r.readRC();
+      o.xdata.push_back(std::move(x));
+    }
+    int reactors = 0;
+    bool byLayerLinetype = true, noLinks = false;
+    if (o.entity) {
+      if (r.readBit()) {
+        const uint32_t picture = r.readRL();
+        r.skipBytes(picture);
+      }
+      if (!r2000) handleBit = r.readRL();
+      o.entMode = static_cast<int>(r.readBB());
+      reactors = r.readBL();
+      if (!r2000) byLayerLinetype = r.readBit();
+      noLinks = r.readBit();
+      o.color = r.readCMC();
+      o.linetypeScale = r.readBD();
+      if (r2000) {
+        o.linetypeFlags = static_cast<int>(r.readBB());
+        o.plotStyleFlags = static_cast<int>(r.readBB());
+      }
+      o.invisible = r.readBS();
+      if (r2000) o.lineWeight = r.readRC();
+    } else {
+      if (!r2000) handleBit = r.readRL();
+      reactors = r.readBL();
+    }
+    if (reactors < 0 || static_cast<size_t>(reactors) > o.size) throw OdDwgDecodeError("implausible reactor count", r.bitPosition());
+    o.dataBit = r.bitPosition();
+    // Records, and BLOCK entities, begin with their name.
+    if (isSymbolTableRecord(o.type) || o.type == 0x04) o.recordName = r.readTV(m_codePage);
+
+    // The handle references.
+    r.seekBit(handleBit);
+    if (!o.entity || o.entMode == 0) o.owner = r.readH(o.handle).value;
+    for (int i = 0; i < reactors; ++i) o.reactors.push_back(r.readH(o.handle).value);
+    o.xdictionary = r.readH(o.handle).value;
+    if (o.entity) {
+      if (!r2000) {
+        o.layer = r.readH(o.handle).value;
+        if (!byLayerLinetype) o.linetype = r.readH(o.handle).value;
+      }
+      o.noLinks = noLinks;
+      if (noLinks) {
+        o.prevEntity = o.handle - 1;
+        o.nextEntity = o.handle + 1;
+      } else {
+        o.prevEntity = r.readH(o.handle).value;
+        o.nextEntity = r.readH(o.handle).value;
+      }
+      if (r2000) {
+        o.layer = r.readH(o.handle).value;
+        if (o.linetypeFlags == 3) o.linetype = r.readH(o.handle).value;
+        if (o.plotStyleFlags == 3) o.plotStyle = r.readH(o.handle).value;
+      }
+    }
+    o.handleBit = r.bitPosition();
+    o.endBit = o.size * 8;
+    o.decoded = true;
+  } catch (const OdDwgDecodeError& e) {
+    problem(o.offset, "object " + hex(o.handle) + " (" + (o.dxfName.isEmpty() ? std::string("?") : o.dxfName.toUtf8()) +
+                          "): " + e.what() + " at bit " + std::to_string(e.bit));
+  }
+}

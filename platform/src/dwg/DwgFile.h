@@ -1,0 +1,120 @@
+// The structure of a DWG file of R13 to R2000 (AC1012 to AC1015): the file
+// header with its section locators, the classes, the object map (handle to
+// file offset) and, for every object, its common data (type, handle,
+// extended data, reactors, extension dictionary, owner, layer…), with the
+// bit positions where its own data and its handle references start.
+// Decoding problems are collected with the byte offset where they occurred;
+// what can be read is kept.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "dwg/DwgBitReader.h"
+
+struct OdDwgClass {
+  int number = 0;       // the object type that stands for this class (500 on)
+  int proxyFlags = 0;
+  OdString appName, cppName, dxfName;
+  bool wasZombie = false;
+  bool isEntity = false;
+};
+
+// Extended data of one application, as stored: the application's handle and
+// the raw bytes of its items.
+struct OdDwgXData {
+  uint64_t appHandle = 0;
+  std::vector<uint8_t> bytes;
+};
+
+struct OdDwgObject {
+  uint64_t handle = 0;
+  size_t offset = 0;        // file offset of the object's size
+  size_t start = 0;         // file offset of the object data (after the size)
+  size_t size = 0;          // bytes of object data
+  unsigned type = 0;
+  bool entity = false;
+  OdString dxfName;         // the DXF name of the type ("LINE", "LAYER", class names)
+  OdString recordName;      // symbol-table records: the name
+
+  // Common object and entity data.
+  std::vector<OdDwgXData> xdata;
+  uint64_t owner = 0;       // block record for entities, table or dictionary for objects
+  std::vector<uint64_t> reactors;
+  uint64_t xdictionary = 0;
+  int entMode = 0;          // entities: 0 owner given, 1 paper space, 2 model space
+  int color = 256;
+  double linetypeScale = 1.0;
+  int linetypeFlags = 0, plotStyleFlags = 0;  // 0 ByLayer, 1 ByBlock, 2 Continuous, 3 by handle
+  int invisible = 0;
+  int lineWeight = -1;      // R2000 on: the raw lineweight index
+  uint64_t layer = 0, linetype = 0, plotStyle = 0;
+  uint64_t prevEntity = 0, nextEntity = 0;
+  bool noLinks = false;     // entities: previous and next are the handles one below and above
+
+  // Where the type's own data and its remaining handle references start
+  // (bits from the start of the object data).
+  size_t dataBit = 0;
+  size_t handleBit = 0;
+  size_t endBit = 0;
+  bool decoded = false;     // common data read without error
+};
+
+// The header variables read so far (R13-R2000 keep them in one bit stream in
+// a fixed order; these are the ones up to the current layer and styles).
+struct OdDwgHeader {
+  bool read = false;
+  std::vector<std::pair<const wchar_t*, int>> ints;        // name, value (DXF group 70)
+  std::vector<std::pair<const wchar_t*, double>> reals;    // name, value (DXF group 40; angles in radians)
+  int currentColor = 256;
+  uint64_t handseed = 0, currentLayer = 0, currentTextStyle = 0, currentLinetype = 0;
+};
+
+class OdDwgFile {
+ public:
+  // Reads the structure of the file (not yet the objects' own data).
+  // Returns false when the file cannot be read at all (problems says why).
+  bool open(std::vector<uint8_t> data);
+
+  const std::vector<uint8_t>& data() const { return m_data; }
+  const std::string& versionName() const { return m_version; }
+  bool isR2000() const { return m_version == "AC1015"; }
+  int codePage() const { return m_codePage; }
+  const std::vector<OdDwgClass>& classes() const { return m_classes; }
+  const OdDwgHeader& header() const { return m_header; }
+  // Objects in the order of the object map (by handle).
+  const std::vector<OdDwgObject>& objects() const { return m_objects; }
+  const OdDwgObject* find(uint64_t handle) const;
+  // What could not be decoded, with offsets.
+  const std::vector<std::string>& problems() const { return m_problems; }
+
+  // A reader over one object's data (after its size).
+  OdDwgBitReader objectReader(const OdDwgObject& object) const {
+    return OdDwgBitReader(m_data.data() + object.start, object.size);
+  }
+
+  // The DXF name of a built-in object type (empty when unknown).
+  static const wchar_t* builtinTypeName(unsigned type);
+  static bool builtinIsEntity(unsigned type);
+
+ private:
+  void problem(size_t offset, const std::string& what);
+  void readClasses(size_t seeker, size_t size);
+  void readHeader(size_t seeker, size_t size);
+  void readObjectMap(size_t seeker, size_t size);
+  void readObject(OdDwgObject& object);
+
+  std::vector<uint8_t> m_data;
+  std::string m_version;
+  int m_codePage = 1252;
+  std::vector<OdDwgClass> m_classes;
+  OdDwgHeader m_header;
+  std::vector<OdDwgObject> m_objects;
+  std::map<uint64_t, size_t> m_byHandle;
+  std::vector<std::string> m_problems;
+};
+
+// The Windows code page of a DWG code-page number (1252 when unknown).
+int odDwgCodePage(int dwgCodePageNumber);
