@@ -24,7 +24,7 @@ $(BUILD)/fuzz/build.ninja:
 	CC=clang CXX=clang++ cmake -S . -B $(BUILD)/fuzz -G Ninja -DKESTRIX_FUZZ=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo
 
 fuzz-build: configure $(BUILD)/fuzz/build.ninja
-	cmake --build $(BUILD)/fuzz --target dxf_reader_fuzz
+	cmake --build $(BUILD)/fuzz --target dxf_reader_fuzz dwg_reader_fuzz
 
 test: build fuzz-build
 	ctest --test-dir $(BUILD) --output-on-failure -j2
