@@ -10,9 +10,13 @@
 #include "Ge/GePoint3d.h"
 #include "Ge/GeVector3d.h"
 #include "OdString.h"
+#include "frame/Guards.h"
 #include "rytypes.h"
 
 namespace kestrix::text {
+
+// The commands wrap their changes in the frame's one undo group.
+using kestrix::UndoGroup;
 
 // Which objects the selection takes: texts, multiline texts and attribute
 // definitions; the wide form takes block references with attributes too.
