@@ -129,8 +129,8 @@ int64_t OdDwgBitReader::readMCSigned() {
     if (!(b & 0x80)) {
       // The last byte holds 6 bits of value and the sign.
       if (shift < 64) value |= static_cast<uint64_t>(b & 0x3F) << shift;
-      const int64_t magnitude = static_cast<int64_t>(value);
-      return (b & 0x40) ? -magnitude : magnitude;
+      // Negated in unsigned arithmetic, so a damaged value cannot overflow.
+      return static_cast<int64_t>((b & 0x40) ? 0 - value : value);
     }
     if (shift < 64) value |= static_cast<uint64_t>(b & 0x7F) << shift;
     if (shift > 63) throw OdDwgDecodeError("modular char too long", m_pos);

@@ -274,7 +274,13 @@ void OdDwgFile::readObjectMap(size_t seeker, size_t size) {
     try {
       while (!r.atEnd()) {
         handle += r.readMCUnsigned();
-        offset += r.readMCSigned();
+        // Offsets are file positions: a step that leaves the file's range is
+        // damage, not a place to wrap around to.
+        const int64_t step = r.readMCSigned();
+        if (__builtin_add_overflow(offset, step, &offset)) {
+          problem(at, "object map offset out of range");
+          break;
+        }
         entries.emplace_back(handle, offset);
       }
     } catch (const OdDwgDecodeError& e) {
