@@ -369,3 +369,78 @@ TEST(Plot, AWipeoutHidesWhatWasDrawnBeforeItAndNotWhatComesAfter) {
   EXPECT_TRUE(near(picture.at(50, 50), 0, 255, 0));
   std::filesystem::remove(png);
 }
+
+// Texts are drawn in the box the drawing measures for them (the box their
+// extents, masks and justification come from), whatever the font's own
+// advances: a multiline text whose measure fits its width stays on one line,
+// its mask hides what lies under all of it, and a centred single-line text
+// of wide letters spans its measured length about its alignment point.
+TEST(Plot, TextsFillTheBoxTheDrawingMeasuresForThem) {
+  HostSession session;
+  OdDbDatabase* db = session.db();
+  line(db, 0, 37, 100, 37, 1, OdDb::kLnWt100);  // red, under the masked text
+  const OdString words = L"Polygon Copy & Rotate";
+  const double height = 3;
+  OdGePoint3d lo, hi;
+  odDbTextBox(words, height, 1.0, lo, hi);
+  const double length = hi.x;  // 21 characters: 44.1 units, where the font's advances need more
+  OdDbMTextPtr mtext = OdDbMText::createObject();
+  append(db, mtext.get());
+  mtext->setLocation(OdGePoint3d(20, 30, 0));
+  mtext->setTextHeight(height);
+  mtext->setWidth(length + 0.5);
+  mtext->setAttachment(OdDbMText::kTopLeft);
+  mtext->setRotation(0.25);
+  mtext->setContents(words);
+  mtext->setBackgroundFill(true);
+  mtext->setUseBackgroundColor(true);
+  mtext->setBackgroundScaleFactor(1.5);  // the mask reaches 1.5 units past the box
+  ASSERT_NEAR(mtext->actualHeight(), height, 1e-9);
+
+  OdDbTextPtr centred = OdDbText::createObject();
+  append(db, centred.get());
+  centred->setHeight(4);
+  centred->setTextString(L"WWWW");  // measured 4 x 0.7 x 4 = 11.2 units; the font's W is wider
+  centred->setHorizontalMode(OdDb::kTextCenter);
+  centred->setAlignmentPoint(OdGePoint3d(50, 80, 0));
+  centred->setPosition(OdGePoint3d(50, 80, 0));
+
+  const std::string png = tempPath("h.png");
+  ASSERT_THAT(session.run(plotReplies("Png", png)), HasSubstr("Plot written to"));
+  Picture picture(png);
+  ASSERT_TRUE(picture.ok());
+  const double c = std::cos(0.25), s = std::sin(0.25);
+  const double margin = 0.4 * height;  // room for descenders below the baseline
+  int inkOutside = 0, inkInside = 0, redUnderText = 0, redElsewhere = 0;
+  int wideOutside = 0, wideLeft = 0, wideRight = 0;
+  for (int py = 0; py < 1000; ++py) {
+    for (int px = 0; px < 1000; ++px) {
+      const Pixel p = picture.pixel(px, py);
+      const bool ink = near(p, 0, 0, 0), red = near(p, 255, 0, 0);
+      if (!ink && !red) continue;
+      const double x = (px + 0.5) / 10, y = (1000 - py - 0.5) / 10;
+      if (y > 70) {  // the centred text's region: its box runs x 44.4 - 55.6, y 80 - 84
+        if (!ink) continue;
+        const bool inBox = x > 44.4 - 0.3 && x < 55.6 + 0.3 && y > 80 - 0.3 && y < 84 + 1;
+        wideOutside += inBox ? 0 : 1;
+        wideLeft += inBox && x < 45.5 ? 1 : 0;
+        wideRight += inBox && x > 54.5 ? 1 : 0;
+        continue;
+      }
+      // In the multiline text's own axes: u along the baseline, v up the letters, from its top left.
+      const double u = (x - 20) * c + (y - 30) * s, v = -(x - 20) * s + (y - 30) * c;
+      const bool inBox = u > -margin && u < length + margin && v > -height - margin && v < margin;
+      if (ink) (inBox ? inkInside : inkOutside) += 1;
+      if (red && u > 0 && u < length && v > -height && v < 0) ++redUnderText;
+      if (red && !(u > -2 && u < length + 2 && v > -height - 2 && v < 2)) ++redElsewhere;
+    }
+  }
+  EXPECT_EQ(inkOutside, 0);  // no second line, nothing past the measured length
+  EXPECT_GT(inkInside, 1000);
+  EXPECT_EQ(redUnderText, 0);
+  EXPECT_GT(redElsewhere, 500);  // the line shows outside the mask
+  EXPECT_EQ(wideOutside, 0);
+  EXPECT_GT(wideLeft, 20);  // the letters reach both ends of the measured length
+  EXPECT_GT(wideRight, 20);
+  std::filesystem::remove(png);
+}

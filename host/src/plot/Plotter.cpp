@@ -792,14 +792,28 @@ class Plotter {
     return extents.x_advance * height / kCapHeight / kGlyphSize;
   }
 
-  // Draws a line of text with its baseline start at the frame's origin. Up to
+  // The length of a line of text along its baseline by the drawing's own
+  // measure, the one its extents, masks and justification are worked from.
+  static double measuredLength(const OdString& text, double height, double widthFactor) {
+    OdGePoint3d lowerLeft, upperRight;
+    odDbTextBox(text, height, widthFactor, lowerLeft, upperRight);
+    return upperRight.x - lowerLeft.x;
+  }
+
+  // Draws a line of text with its baseline start at the frame's origin,
+  // `height` high and its glyphs scaled along the baseline so the run spans
+  // `length` drawing units: the font's own advances differ from the drawing's
+  // measure, and the text must fill the box everything else places. Up to
   // a moderate size on the sheet cairo draws the glyphs itself (hinted, and
   // kept as text in PDF and SVG); larger ones are filled as outlines taken at
   // the measuring size and carried to the sheet point by point.
-  void showText(const std::string& utf8, const OdDbObjectId& styleId, double height, const cairo_matrix_t& frame,
-                const Rgb& color) {
+  void showText(const std::string& utf8, const OdDbObjectId& styleId, double height, double length,
+                const cairo_matrix_t& frame, const Rgb& color) {
     const double units = height / kCapHeight;  // the em size in drawing units
+    const double advance = advanceOf(utf8, styleId, height);
+    if (!(advance > 0) || !(length > 0)) return;
     cairo_matrix_t m = frame;
+    cairo_matrix_scale(&m, length / advance, 1.0);
     cairo_matrix_scale(&m, units / kGlyphSize, units / kGlyphSize);
     const double sheetSize = kGlyphSize * std::sqrt(std::fabs(m.xx * m.yy - m.xy * m.yx));
     if (!(sheetSize > 0.05) || !std::isfinite(sheetSize)) return;  // too small to see
@@ -857,7 +871,8 @@ class Plotter {
     if (text->isMirroredInX()) xAxis = -xAxis;
     if (text->isMirroredInY()) yAxis = -yAxis;
     const std::string utf8 = plainText(string).toUtf8();
-    const double advance = advanceOf(utf8, text->textStyle(), height);
+    // The run's length (width factor included) by the drawing's measure.
+    double length = measuredLength(string, height, widthFactor);
     OdGePoint3d origin = text->position();
     double dx = 0, dy = 0;
     if (!text->isDefaultAlignment()) {
@@ -866,11 +881,11 @@ class Plotter {
       if (h == OdDb::kTextAlign || h == OdDb::kTextFit) {
         // Stretched between the two points.
         const double span = (align - text->position()).length();
-        if (advance > 0 && span > 0) widthFactor = span / advance;
+        if (span > 0) length = span;
       } else {
         origin = align;
-        if (h == OdDb::kTextCenter || h == OdDb::kTextMid) dx = -advance * widthFactor / 2;
-        if (h == OdDb::kTextRight) dx = -advance * widthFactor;
+        if (h == OdDb::kTextCenter || h == OdDb::kTextMid) dx = -length / 2;
+        if (h == OdDb::kTextRight) dx = -length;
         const OdDb::TextVertMode v = text->verticalMode();
         if (h == OdDb::kTextMid || v == OdDb::kTextVertMid) dy = -height / 2;
         if (v == OdDb::kTextTop) dy = -height;
@@ -879,8 +894,7 @@ class Plotter {
     }
     cairo_matrix_t frame = textFrame(origin, xAxis, yAxis, xform);
     cairo_matrix_translate(&frame, dx, -dy);
-    cairo_matrix_scale(&frame, widthFactor, 1.0);
-    showText(utf8, text->textStyle(), height, frame, own.color);
+    showText(utf8, text->textStyle(), height, length, frame, own.color);
   }
 
   // The special codes a single-line text may carry, as the characters they stand for.
@@ -904,38 +918,18 @@ class Plotter {
     const double height = mtext->textHeight();
     if (height <= 0) return;
     flush();
-    // Paragraphs, then words wrapped to the box's width.
+    // The lines are the paragraphs, as the drawing measures the text (its
+    // extents, height and mask): no further wrapping at the box's width.
     std::vector<OdString> lines;
-    OdString all = mtext->text();
-    all.replace(L"\\P", L"\n");
+    const OdString all = mtext->text();
     const double width = mtext->width();
-    auto measure = [&](const OdString& s) { return advanceOf(s.toUtf8(), mtext->textStyle(), height); };
     int start = 0;
     for (int i = 0; i <= all.getLength(); ++i) {
       if (i < all.getLength() && all[i] != L'\n') continue;
-      const OdString paragraph = all.mid(start, i - start);
+      lines.push_back(all.mid(start, i - start));
       start = i + 1;
-      if (width <= 0) {
-        lines.push_back(paragraph);
-        continue;
-      }
-      OdString line;
-      int w = 0;
-      while (w < paragraph.getLength()) {
-        int e = w;
-        while (e < paragraph.getLength() && paragraph[e] != L' ') ++e;
-        const OdString word = paragraph.mid(w, e - w);
-        const OdString tried = line.isEmpty() ? word : line + L" " + word;
-        if (!line.isEmpty() && measure(tried) > width) {
-          lines.push_back(line);
-          line = word;
-        } else {
-          line = tried;
-        }
-        w = e + 1;
-      }
-      lines.push_back(line);
     }
+    auto measure = [&](const OdString& s) { return measuredLength(s, height, 1.0); };
     double widest = 0;
     for (const OdString& line : lines) widest = std::max(widest, measure(line));
     const double pitch = height * 5.0 / 3.0 * (mtext->lineSpacingFactor() > 0 ? mtext->lineSpacingFactor() : 1.0);
@@ -968,7 +962,7 @@ class Plotter {
       const double lineWidth = measure(lines[k]);
       const double x = left + (boxWidth - lineWidth) * column / 2.0;
       const double y = top - height - pitch * k;
-      showText(lines[k].toUtf8(), mtext->textStyle(), height,
+      showText(lines[k].toUtf8(), mtext->textStyle(), height, lineWidth,
                textFrame(mtext->location() + xAxis * x + yAxis * y, xAxis, yAxis, xform), own.color);
     }
   }
