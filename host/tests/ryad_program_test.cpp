@@ -139,6 +139,18 @@ TEST_F(ProgramTest, AnUnknownCommandFailsTheRun) {
   EXPECT_TRUE(contains(result.out, "Unknown command \"NOSUCHCOMMAND\"")) << result.out;
 }
 
+TEST_F(ProgramTest, ANulByteEndsTheReplyInTheTranscriptAndInTheError) {
+  const fs::path script = writeFile("replies.scr", std::string("PDMODE\n3\nNOSUCH") + '\0' + "TAIL\n");
+  const ProgramRun result = run("--no-module --script " + quoted(script.string()));
+  EXPECT_EQ(result.status, 1);
+  EXPECT_TRUE(contains(result.err, "NOSUCH")) << result.err;
+  EXPECT_FALSE(contains(result.err, "TAIL")) << result.err;
+  EXPECT_TRUE(contains(result.out, "Command: NOSUCH\n")) << result.out;
+  EXPECT_TRUE(contains(result.out, "Unknown command \"NOSUCH\".")) << result.out;
+  EXPECT_FALSE(contains(result.out, "TAIL")) << result.out;
+  EXPECT_EQ(result.out.find('\0'), std::string::npos) << result.out;
+}
+
 TEST_F(ProgramTest, AModuleNamedOnTheCommandLineRunsItsCommands) {
   const std::string module = std::string(KESTRIX_BIN_DIR) + "/testmodule.yrx";
   ProgramRun result = run("--module " + quoted(module), "TMECHO\nfrom the terminal\n");

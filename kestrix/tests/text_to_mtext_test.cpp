@@ -162,6 +162,44 @@ TEST(TextToMText, TheSecondMergeTakesMultilineTextsInAndTheFirstDoesNot) {
   EXPECT_EQ(report.contents[0], "Head\\POne\\PTwo");
 }
 
+TEST(TextToMText, TheRunningCountTakesOnlyUsableTextsAndAFailedSelectionSaysSoUnlessItIsEnter) {
+  HostSession session;
+  ASSERT_TRUE(session.loadModule());
+  setOptions(L"FALSE", L"FALSE", L"TRUE");
+  OdDbDatabase* db = session.db();
+  txtmask::TextSpec spec;
+  spec.text = L"One";
+  const std::string one = "#" + txtmask::handleOf(txtmask::text(db, spec));
+  spec.text = L"Two", spec.at = {0, -5, 0};
+  const std::string two = "#" + txtmask::handleOf(txtmask::text(db, spec));
+  spec.text = L"Kept", spec.at = {0, -10, 0}, spec.layer = att::layer(db, L"Locked", 4);
+  const std::string locked = "#" + txtmask::handleOf(txtmask::text(db, spec));
+
+  // Each step prints the count so far: the locked text and a second pick of
+  // the same text add nothing to it.
+  const std::string out = session.run({"txt2mtxt", one, locked, one, two, ""});
+  EXPECT_THAT(out, HasSubstr("Texts to convert: 1 so far.\nSelect texts to convert or [Settings/ALL/Previous/Last]: " +
+                             locked + "\nTexts to convert: 1 so far.\nSelect texts to convert or [Settings/ALL/"
+                             "Previous/Last]: " + one + "\nTexts to convert: 1 so far."));
+  EXPECT_THAT(out, HasSubstr(two + "\nTexts to convert: 2 so far."));
+  Report report = read(db, "counted");
+  ASSERT_EQ(report.mtexts.size(), 1u);
+  EXPECT_EQ(report.contents[0], "One\\PTwo");
+  EXPECT_EQ(report.texts, std::vector<std::string>{"Kept"});
+
+  // Enter at once ends quietly. A pick in empty space answered by Enter at
+  // the corner prompt leaves ERRNO at 7 (a missed pick): the selection failed,
+  // and the catalogue's "Nothing selected." (message 2061) says so.
+  const std::string quiet = session.run({"txt2mtxt", ""});
+  EXPECT_THAT(quiet, testing::Not(HasSubstr("Nothing selected.")));
+  const std::string failed = session.run({"txt2mtxt", "500,500", ""});
+  EXPECT_THAT(failed, HasSubstr("Specify opposite corner: \nNothing selected."));
+  EXPECT_EQ(session.host().sysvars().getInt(L"ERRNO", -1), 7);
+  report = read(db, "failed");
+  EXPECT_EQ(report.mtexts.size(), 1u);
+  EXPECT_EQ(report.texts, std::vector<std::string>{"Kept"});
+}
+
 TEST(TextToMText, EscAndACancelledDialogChangeNothing) {
   HostSession session;
   ASSERT_TRUE(session.loadModule());

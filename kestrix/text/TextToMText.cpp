@@ -21,6 +21,7 @@
 #include "frame/commands.h"
 #include "rydb.h"
 #include "ryed.h"
+#include "ryerrno.h"
 #include "ryut.h"
 
 namespace {
@@ -80,29 +81,96 @@ resbuf* textFilter() {
   return ryutBuildList(-4, L"<OR", RTDXF0, L"TEXT", RTDXF0, L"MTEXT", RTDXF0, L"ATTDEF", -4, L"OR>", RTNONE);
 }
 
-void addAll(const ads_name from, ads_name to) {
-  OdInt32 length = 0;
-  ryedSSLength(from, &length);
-  for (OdInt32 i = 0; i < length; ++i) {
-    ads_name entity;
-    if (ryedSSName(from, i, entity) == RTNORM) ryedSSAdd(entity, to, to);
-  }
+bool layerLocked(const OdDbObjectId& layerId) {
+  OdDbObjectPtr object = layerId.openObject();
+  const auto* layer = dynamic_cast<const OdDbLayerTableRecord*>(object.get());
+  return layer && layer->isLocked();
 }
 
-// More objects after a first pick or window, merged into ss; false on Esc.
-bool selectMore(const resbuf* filter, ads_name ss) {
-  ads_name more = {0, 0};
-  const int status = ryedSSGet(nullptr, nullptr, nullptr, filter, more);
-  if (status == RTCAN) return false;
-  if (status == RTNORM) {
-    addAll(more, ss);
-    ryedSSFree(more);
-  }
-  return true;
+// A text the conversion takes: a single-line text (with the second merge
+// routine also a multiline text) on an unlocked layer.
+bool usable(const OdDbEntity* entity, bool acceptMText) {
+  if (!entity || layerLocked(entity->layerId())) return false;
+  const OdString type = entity->dxfName();
+  return type.iCompare(L"TEXT") == 0 || (acceptMText && type.iCompare(L"MTEXT") == 0);
 }
 
-// The pick-first set, or the selection prompt whose keyword "Settings" shows
-// the options dialog; false when nothing is selected or on Esc.
+void setErrno(int value) {
+  resbuf rb;
+  rb.restype = RTSHORT;
+  rb.resval.rint = static_cast<short>(value);
+  ryedSetVar(L"ERRNO", &rb);
+}
+
+// The set being built and its running count of usable texts.
+class Selection {
+ public:
+  Selection() { ryedSSAdd(nullptr, nullptr, m_ss); }
+  ~Selection() {
+    if (!m_handedOn) ryedSSFree(m_ss);
+  }
+  Selection(const Selection&) = delete;
+  Selection& operator=(const Selection&) = delete;
+
+  void acceptMText(bool accept) { m_acceptMText = accept; }
+  void add(const ads_name entity) {
+    if (ryedSSMemb(entity, m_ss) == RTNORM || ryedSSAdd(entity, m_ss, m_ss) != RTNORM) return;
+    OdDbObjectId id;
+    if (rydbGetObjectId(id, entity) != RTNORM) return;
+    OdDbEntityPtr object = OdDbEntity::cast(id.openObject().get());
+    if (usable(object.get(), m_acceptMText)) ++m_usable;
+  }
+  void addAll(const ads_name from) {
+    OdInt32 length = 0;
+    ryedSSLength(from, &length);
+    for (OdInt32 i = 0; i < length; ++i) {
+      ads_name entity;
+      if (ryedSSName(from, i, entity) == RTNORM) add(entity);
+    }
+  }
+  // What a selection call found is added and the running count printed.
+  void take(int status, ads_name found) {
+    if (status == RTNORM) {
+      addAll(found);
+      ryedSSFree(found);
+    }
+    report();
+  }
+  void report() const {
+    ryutPrintf(L"%ls%d%ls", ResourceString(2043).c_str(), m_usable, ResourceString(2044).c_str());
+  }
+  bool empty() const {
+    OdInt32 length = 0;
+    ryedSSLength(m_ss, &length);
+    return length == 0;
+  }
+  void handOn(ads_name to) {
+    rydbNameSet(m_ss, to);
+    m_handedOn = true;
+  }
+
+ private:
+  ads_name m_ss = {0, 0};
+  bool m_acceptMText = false, m_handedOn = false;
+  int m_usable = 0;
+};
+
+// A selection call that failed without Esc: ERRNO 0 (nothing found), 2 (a
+// name that names nothing) and 74 end quietly, any other code says so.
+void reportFailedSelection() {
+  const int code = kestrix::shortVariable(L"ERRNO", 0);
+  if (code != 0 && code != 2 && code != 74) ryutPrintf(L"%ls", ResourceString(2061).c_str());
+}
+
+bool secondMergeRoutine() {
+  const Options options = Options::read();
+  return options.merge && options.selectType;
+}
+
+// The pick-first set, or the selection prompt, asked again after each pick,
+// window or keyword until Enter, with the running count of usable texts
+// after each step; its keyword "Settings" shows the options dialog. False
+// when nothing is selected, on Esc and when a selection call fails.
 bool selectTexts(ads_name ss) {
   ads_name implied = {0, 0};
   if (ryedSSGet(L"_I", nullptr, nullptr, nullptr, implied) == RTNORM) {
@@ -115,7 +183,10 @@ bool selectTexts(ads_name ss) {
     ryedSSFree(implied);
   }
   kestrix::ResultList filter(textFilter());
+  Selection selection;
+  selection.acceptMText(secondMergeRoutine());
   for (;;) {
+    setErrno(0);
     ryedInitGet(0, L"Settings ALL Previous Last _Settings ALL Previous Last");
     ads_name picked;
     ads_point where = {0, 0, 0};
@@ -128,33 +199,41 @@ bool selectTexts(ads_name ss) {
       if (keyword.iCompare(L"Settings") == 0) {
         CTxt2mtxtDialog dialog;
         dialog.DoModal();
+        selection.acceptMText(secondMergeRoutine());
         continue;
       }
-      // ALL, Previous and Last select at once; more may follow.
       const wchar_t* mode = keyword.iCompare(L"ALL") == 0 ? L"_X" : keyword.iCompare(L"Previous") == 0 ? L"_P" : L"_L";
-      if (ryedSSGet(mode, nullptr, nullptr, filter.get(), ss) != RTNORM && ryedSSAdd(nullptr, nullptr, ss) != RTNORM)
-        return false;
-      if (selectMore(filter.get(), ss)) return true;
-      ryedSSFree(ss);
-      return false;
+      ads_name found = {0, 0};
+      selection.take(ryedSSGet(mode, nullptr, nullptr, filter.get(), found), found);
+      continue;
     }
     if (status == RTNORM) {
-      if (ryedSSAdd(picked, nullptr, ss) != RTNORM) return false;
-      if (selectMore(filter.get(), ss)) return true;
-      ryedSSFree(ss);
+      selection.add(picked);
+      selection.report();
+      continue;
+    }
+    const int code = kestrix::shortVariable(L"ERRNO", 0);
+    // Enter ends the selection.
+    if (code == kErrnoNullReply) {
+      if (selection.empty()) return false;
+      selection.handOn(ss);
+      return true;
+    }
+    if (code != kErrnoMissedPick) {
+      reportFailedSelection();
       return false;
     }
-    // Enter ends; a pick in empty space opens a window there.
-    if (kestrix::shortVariable(L"ERRNO", 0) != 7) return false;
+    // A pick in empty space opens a window there.
     ads_point corner;
-    if (ryedGetCorner(where, ResourceString(2051), corner) != RTNORM) return false;
-    const wchar_t* mode = corner[0] < where[0] ? L"_C" : L"_W";
-    if (ryedSSGet(mode, where, corner, filter.get(), ss) != RTNORM) {
-      if (ryedSSAdd(nullptr, nullptr, ss) != RTNORM) return false;
+    const int cornerStatus = ryedGetCorner(where, ResourceString(2051), corner);
+    if (cornerStatus == RTCAN) return false;
+    if (cornerStatus != RTNORM) {
+      reportFailedSelection();
+      return false;
     }
-    if (selectMore(filter.get(), ss)) return true;
-    ryedSSFree(ss);
-    return false;
+    const wchar_t* mode = corner[0] < where[0] ? L"_C" : L"_W";
+    ads_name found = {0, 0};
+    selection.take(ryedSSGet(mode, where, corner, filter.get(), found), found);
   }
 }
 
@@ -172,12 +251,6 @@ struct Source {
   double rotation = 0;
 };
 
-bool layerLocked(const OdDbObjectId& layerId) {
-  OdDbObjectPtr object = layerId.openObject();
-  const auto* layer = dynamic_cast<const OdDbLayerTableRecord*>(object.get());
-  return layer && layer->isLocked();
-}
-
 // The usable texts of the selection: single-line texts (and with the second
 // merge routine multiline texts) on unlocked layers.
 std::vector<Source> usableTexts(const ads_name ss, bool acceptMText, OdInt32& selected) {
@@ -189,7 +262,7 @@ std::vector<Source> usableTexts(const ads_name ss, bool acceptMText, OdInt32& se
     Source source;
     if (ryedSSName(ss, i, source.name) != RTNORM || rydbGetObjectId(source.id, source.name) != RTNORM) continue;
     OdDbEntityPtr entity = OdDbEntity::cast(source.id.openObject().get());
-    if (entity.isNull() || layerLocked(entity->layerId())) continue;
+    if (!usable(entity.get(), acceptMText)) continue;
     const OdString type = entity->dxfName();
     OdGePoint3dArray points;
     if (type.iCompare(L"TEXT") == 0) {

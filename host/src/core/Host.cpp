@@ -160,6 +160,9 @@ Reply Host::readReply(const OdString& prompt) {
     reply.kind = Reply::kEnd;
     return reply;
   }
+  // A NUL byte ends the reply: what follows it would show in the transcript
+  // but be lost wherever the reply is used or named as a C string.
+  if (const int nul = line.find(L'\0'); nul >= 0) line = line.left(nul);
   if (editorShows) {
     m_lineOpen = false;
   } else if (m_transcript && m_quiet == 0) {
