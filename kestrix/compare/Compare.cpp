@@ -12,6 +12,7 @@
 #include "compare/CompareDialogs.h"
 #include "frame/Guards.h"
 #include "frame/ModuleResources.h"
+#include "frame/ModuleWide.h"
 #include "frame/ResourceString.h"
 #include "frame/commands.h"
 #include "ryed.h"
@@ -82,6 +83,15 @@ namespace {
 
 // The last drawings chosen, and the last results opened.
 OdString g_oldPath, g_newPath, g_oldResultToOpen, g_newResultToOpen;
+
+void resetCompareSettings() {
+  kestrix::compareSettings() = kestrix::CompareSettings();
+  g_oldPath.empty();
+  g_newPath.empty();
+  g_oldResultToOpen.empty();
+  g_newResultToOpen.empty();
+}
+KESTRIX_MODULE_WIDE_RESET(resetCompareSettings);
 
 void messageBox(unsigned int id, const wchar_t* fallback) {
   RyUiMessageBox(ResourceString(id, fallback), nullptr, MB_OK | MB_ICONWARNING);

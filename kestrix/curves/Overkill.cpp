@@ -25,6 +25,7 @@
 #include "curves/CmpDwgFiler.h"
 #include "curves/ExplodeCurves.h"
 #include "frame/Guards.h"
+#include "frame/ModuleWide.h"
 #include "frame/ResourceString.h"
 #include "frame/ResultLists.h"
 #include "frame/commands.h"
@@ -38,6 +39,9 @@ namespace {
 
 // The options live as long as the module: every load starts from the defaults.
 OverkillOptions g_options;
+
+void resetOverkillOptions() { g_options = OverkillOptions(); }
+KESTRIX_MODULE_WIDE_RESET(resetOverkillOptions);
 
 enum : int {
   kIdTolerance = 1001,

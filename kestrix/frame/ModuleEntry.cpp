@@ -11,6 +11,7 @@
 #include "compare/Compare.h"
 #include "frame/DocData.h"
 #include "frame/ModuleResources.h"
+#include "frame/ModuleWide.h"
 #include "frame/NesterFrame.h"
 #include "frame/Reactors.h"
 #include "frame/commands.h"
@@ -142,6 +143,7 @@ void unload() {
   kestrix::releaseDocumentData();
   kestrix::unregisterDragEntityClass();
   kestrix::releaseMessageLibrary();
+  kestrix::resetModuleWideValues();
   wrapper().release();
   g_initialised = false;
 }

@@ -20,6 +20,7 @@
 #include "DbText.h"
 #include "RyDialogs.h"
 #include "frame/Guards.h"
+#include "frame/ModuleWide.h"
 #include "frame/Names.h"
 #include "frame/ResourceString.h"
 #include "frame/ResultLists.h"
@@ -44,6 +45,9 @@ OdString& rememberedPath() {
   static OdString path;
   return path;
 }
+
+void forgetPath() { rememberedPath().empty(); }
+KESTRIX_MODULE_WIDE_RESET(forgetPath);
 
 // ---------------------------------------------------------------- numbers and names
 

@@ -21,6 +21,7 @@
 #include "Ge/GeOcs.h"
 #include "RyDialogs.h"
 #include "frame/Guards.h"
+#include "frame/ModuleWide.h"
 #include "frame/ResourceString.h"
 #include "frame/ResultLists.h"
 #include "frame/commands.h"
@@ -42,6 +43,9 @@ BoolOpOptions& options() {
   static BoolOpOptions kept;
   return kept;
 }
+
+void resetBoolOpOptions() { options() = BoolOpOptions(); }
+KESTRIX_MODULE_WIDE_RESET(resetBoolOpOptions);
 
 class EvBoolOpDlg : public CDialog {
  public:

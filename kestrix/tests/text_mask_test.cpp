@@ -2,6 +2,7 @@
 // corners are checked as python3-ezdxf reads them from the saved drawing,
 // against the text box worked out by hand from the text measure (0.7 x height
 // a character, one height tall; a multiline text's lines 5/3 height apart).
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 
 #include <cmath>
@@ -228,6 +229,25 @@ TEST(TextMask, SettingsAreShownNormalisedKeptAndAZeroOffsetMasksExactlyTheBox) {
   const std::vector<std::string> masks = report.masksOf(txtmask::handleOf(id));
   ASSERT_EQ(masks.size(), 1u);
   expectCorners(report.masks.at(masks[0]), turnedBox({0, 0, 0}, 0, 0, 0, 14, 10), "zero offset");
+}
+
+TEST(TextMask, SettingsLastWhileTheModuleIsLoadedAndStartAfreshWhenItIsLoadedAgain) {
+  // A second reference keeps the library mapped when the host unloads the
+  // module, as the system does for a library that registered thread-local
+  // destructors: its memory then outlives the unload.
+  const std::string module = std::string(KESTRIX_BIN_DIR) + "/kestrix.yrx";
+  void* pinned = dlopen(module.c_str(), RTLD_NOW);
+  ASSERT_NE(pinned, nullptr);
+  {
+    HostSession session;
+    ASSERT_TRUE(session.loadModule());
+    session.run({"textmask", "O", "0.5", "^C"});
+    EXPECT_THAT(session.run({"textmask", "^C"}), HasSubstr("Offset factor = 0.5000, Mask type = Wipeout"));
+  }
+  HostSession session;
+  ASSERT_TRUE(session.loadModule());
+  EXPECT_THAT(session.run({"textmask", "^C"}), HasSubstr("Offset factor = 0.3500, Mask type = Wipeout"));
+  dlclose(pinned);
 }
 
 TEST(TextMask, SnapsAndEchoComeBackOnEveryWayOutAndOneUndoTakesEverythingBack) {

@@ -21,6 +21,7 @@
 #include "RyUiStdDialogs.h"
 #include "frame/Guards.h"
 #include "frame/HostSettings.h"
+#include "frame/ModuleWide.h"
 #include "frame/ResourceString.h"
 #include "frame/ResultLists.h"
 #include "frame/commands.h"
@@ -85,6 +86,13 @@ namespace {
 OdString g_maskType;
 double g_offsetFactor = -1.0;
 OdInt16 g_maskColor = 2;
+
+void resetMaskSettings() {
+  g_maskType.empty();
+  g_offsetFactor = -1.0;
+  g_maskColor = 2;
+}
+KESTRIX_MODULE_WIDE_RESET(resetMaskSettings);
 
 void normaliseSettings() {
   if (g_maskType.iCompare(L"3dface") == 0)
