@@ -33,7 +33,13 @@ struct CodeIndex {
   std::vector<int> firstFlatIndex;  // flat index of each subclass's first field
   std::vector<int> catchAll;        // per subclass: the field that takes any code, or -1
   int flatCount = 0;
+  // The fields whose values a read checks, with what is checked (worked
+  // out once per class, so that reading pays only for the tests).
+  enum class Check { kAngle, kReal, kSize, kPoint2d, kPoint3d, kVector, kNormal };
+  std::vector<std::pair<const OdDbField*, Check>> valueChecks;
 };
+
+bool isSizeField(const OdDbField& field);
 
 const CodeIndex& codeIndexOf(const OdDbClassSchema* schema) {
   static std::unordered_map<const OdDbClassSchema*, std::unique_ptr<CodeIndex>> cache;
@@ -54,6 +60,23 @@ const CodeIndex& codeIndexOf(const OdDbClassSchema* schema) {
       }
     }
     std::stable_sort(codes.begin(), codes.end(), [](auto& a, auto& b) { return a.first < b.first; });
+    for (const OdDbField& field : sub->fields) {
+      using Check = CodeIndex::Check;
+      switch (field.kind) {
+        case OdDbFieldKind::kDouble:
+          index->valueChecks.emplace_back(&field, (field.flags & OdDbField::kAngleDegrees) ? Check::kAngle
+                                                  : isSizeField(field)                     ? Check::kSize
+                                                                                           : Check::kReal);
+          break;
+        case OdDbFieldKind::kPoint2d: index->valueChecks.emplace_back(&field, Check::kPoint2d); break;
+        case OdDbFieldKind::kPoint3d: index->valueChecks.emplace_back(&field, Check::kPoint3d); break;
+        case OdDbFieldKind::kVector3d:
+          index->valueChecks.emplace_back(&field,
+                                          std::wcscmp(field.name, L"normal") == 0 ? Check::kNormal : Check::kVector);
+          break;
+        default: break;
+      }
+    }
     index->catchAll.push_back(catchAll);
     index->firstFlatIndex.push_back(index->flatCount);
     index->flatCount += static_cast<int>(sub->fields.size());
@@ -244,46 +267,50 @@ constexpr double kLargestAngle = 4 * 2 * 3.14159265358979323846;
 // Values that were read but cannot stand go back to the field's default (an
 // angle of many turns into its first turn), each reported once.
 void repairFields(OdDbObject* object, const CodeIndex& index, OdDbTagContext& ctx) {
-  for (const OdDbSubclass* sub : index.chain) {
-    for (const OdDbField& field : sub->fields) {
-      void* p = field.ref(object);
-      bool bad = false;
-      switch (field.kind) {
-        case OdDbFieldKind::kDouble: {
-          double& value = at<double>(p);
-          if ((field.flags & OdDbField::kAngleDegrees) && std::isfinite(value) && std::fabs(value) > kLargestAngle) {
-            value = std::fmod(value, 2 * 3.14159265358979323846);
-            if (value < 0) value += 2 * 3.14159265358979323846;
-            ctx.valueRepaired(object, field.name);
-            continue;
-          }
-          bad = !std::isfinite(value) || (value < 0 && isSizeField(field));
-          break;
+  using Check = CodeIndex::Check;
+  for (const auto& [field, check] : index.valueChecks) {
+    void* p = field->ref(object);
+    bool bad = false;
+    switch (check) {
+      case Check::kAngle: {
+        double& value = at<double>(p);
+        if (std::isfinite(value) && std::fabs(value) > kLargestAngle) {
+          value = std::fmod(value, 2 * 3.14159265358979323846);
+          if (value < 0) value += 2 * 3.14159265358979323846;
+          ctx.valueRepaired(object, field->name);
+          continue;
         }
-        case OdDbFieldKind::kPoint2d: {
-          const OdGePoint2d& v = at<OdGePoint2d>(p);
-          bad = !std::isfinite(v.x) || !std::isfinite(v.y);
-          break;
-        }
-        case OdDbFieldKind::kPoint3d: {
-          const OdGePoint3d& v = at<OdGePoint3d>(p);
-          bad = !std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z);
-          break;
-        }
-        case OdDbFieldKind::kVector3d: {
-          const OdGeVector3d& v = at<OdGeVector3d>(p);
-          // A normal must have a direction (offsets and the like may be zero).
-          const bool normal = std::wcscmp(field.name, L"normal") == 0;
-          bad = !std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z) ||
-                (normal && v.x == 0.0 && v.y == 0.0 && v.z == 0.0);
-          break;
-        }
-        default: break;
+        bad = !std::isfinite(value);
+        break;
       }
-      if (!bad) continue;
-      field.setDefault(object);
-      ctx.valueRepaired(object, field.name);
+      case Check::kReal: bad = !std::isfinite(at<double>(p)); break;
+      case Check::kSize: {
+        const double value = at<double>(p);
+        bad = !std::isfinite(value) || value < 0;
+        break;
+      }
+      case Check::kPoint2d: {
+        const OdGePoint2d& v = at<OdGePoint2d>(p);
+        bad = !std::isfinite(v.x) || !std::isfinite(v.y);
+        break;
+      }
+      case Check::kPoint3d: {
+        const OdGePoint3d& v = at<OdGePoint3d>(p);
+        bad = !std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z);
+        break;
+      }
+      case Check::kVector:
+      case Check::kNormal: {
+        // A normal must have a direction (offsets and the like may be zero).
+        const OdGeVector3d& v = at<OdGeVector3d>(p);
+        bad = !std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z) ||
+              (check == Check::kNormal && v.x == 0.0 && v.y == 0.0 && v.z == 0.0);
+        break;
+      }
     }
+    if (!bad) continue;
+    field->setDefault(object);
+    ctx.valueRepaired(object, field->name);
   }
 }
 
