@@ -242,8 +242,13 @@ std::vector<std::vector<OdString>> odDbBlockCycles(OdDbDatabase* db) {
   OdDbObjectId tableId = db ? db->getBlockTableId() : OdDbObjectId();
   auto* table = tableId.isValid() ? dynamic_cast<OdDbSymbolTable*>(tableId.stub()->object) : nullptr;
   if (!table) return cycles;
+  // Layouts (model space, paper spaces) are never referenced, so no cycle
+  // passes through them: their entities, often most of the drawing, are not
+  // walked.
   auto blockOf = [](const OdDbObjectId& id) -> const OdDbBlockTableRecord* {
-    return id.isValid() && !id.isErased() ? dynamic_cast<const OdDbBlockTableRecord*>(id.stub()->object) : nullptr;
+    auto* block =
+        id.isValid() && !id.isErased() ? dynamic_cast<const OdDbBlockTableRecord*>(id.stub()->object) : nullptr;
+    return block && !block->isLayout() ? block : nullptr;
   };
   // The blocks each block refers to, in order, without repeats.
   std::unordered_map<const OdDbStub*, std::vector<const OdDbStub*>> edges;
