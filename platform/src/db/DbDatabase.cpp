@@ -102,13 +102,18 @@ OdDbStub* OdDbDatabase::stubFor(OdUInt64 handle) const { return m_handles->find(
 void OdDbDatabase::rehandleInternal(const std::vector<std::pair<OdDbObjectId, OdUInt64>>& changes) {
   // Also without changes: the seed becomes the next handle after the highest.
   for (const auto& change : changes) change.first.stub()->handle = change.second;
-  auto rebuilt = std::make_unique<HandleMap>();
+  // The stubs are placed again in the same table (their number is the same,
+  // only handles changed): a second table would double the memory of the
+  // largest drawings at the end of reading.
+  if (!changes.empty()) {
+    std::fill(m_handles->slots.begin(), m_handles->slots.end(), nullptr);
+    m_handles->count = 0;
+  }
   OdUInt64 highest = 0;
   m_stubs->forEach([&](OdDbStub* stub) {
-    rebuilt->insert(stub);
+    if (!changes.empty()) m_handles->insert(stub);
     highest = std::max(highest, stub->handle);
   });
-  m_handles = std::move(rebuilt);
   m_handseed = highest + 1;
 }
 
