@@ -17,6 +17,7 @@
 #include "DbCurves.h"
 #include "DbDatabase.h"
 #include "DbSymbolTable.h"
+#include "bench_module_command.h"
 #include "bench_util.h"
 #include "core/Host.h"
 #include "core/Modules.h"
@@ -133,19 +134,9 @@ int main(int argc, char** argv) {
   std::printf("%-28s %7.4f s (%d references, %d attributes each)\n", "build drawing", step.seconds(), count,
               kAttributes);
 
-  ryhost::Host& host = ryhost::Host::instance();
   ryhost::ListInput input;
   ryhost::StringTranscript transcript;
-  host.setDataFolder(OdString(folder));
-  host.setProgramFolder(OdString(std::string(KESTRIX_BIN_DIR) + "/"));
-  host.setInput(&input);
-  host.setTranscript(&transcript);
-  host.addDocument(db, OdString());
-  OdString reason;
-  if (!host.modules().load(OdString(std::string(KESTRIX_BIN_DIR) + "/kestrix.yrx"), &reason)) {
-    std::fprintf(stderr, "the module did not load: %s\n", reason.toUtf8().c_str());
-    return 1;
-  }
+  ryhost::Host& host = startModuleSession(db, folder, input, transcript);
   auto run = [&](std::initializer_list<const char*> replies) {
     for (const char* reply : replies) input.add(OdString(reply));
     host.runCommandLine();

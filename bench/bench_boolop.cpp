@@ -15,6 +15,7 @@
 #include "DbCurves.h"
 #include "DbDatabase.h"
 #include "DbPolyline.h"
+#include "bench_module_command.h"
 #include "bench_util.h"
 #include "core/Host.h"
 #include "core/Modules.h"
@@ -75,19 +76,9 @@ int main(int argc, char** argv) {
       OdDbObjectPtr object = db->getModelSpaceId().openObject();
       first = static_cast<OdDbBlockTableRecord*>(object.get())->entityIds().front();
     }
-    ryhost::Host& host = ryhost::Host::instance();
     ryhost::ListInput input;
     ryhost::StringTranscript transcript;
-    host.setDataFolder(OdString(folder));
-    host.setProgramFolder(OdString(std::string(KESTRIX_BIN_DIR) + "/"));
-    host.setInput(&input);
-    host.setTranscript(&transcript);
-    host.addDocument(db, OdString());
-    OdString reason;
-    if (!host.modules().load(OdString(std::string(KESTRIX_BIN_DIR) + "/kestrix.yrx"), &reason)) {
-      std::fprintf(stderr, "the module did not load: %s\n", reason.toUtf8().c_str());
-      return 1;
-    }
+    ryhost::Host& host = startModuleSession(db, folder, input, transcript);
     // Union, the first outline as the base and every outline as a tool.
     for (const OdString& reply : {OdString(L"RY_boolop"), OdString(L"!14835"), L"#" + first.handle().ascii(),
                                   OdString(L"ALL"), OdString()})

@@ -13,12 +13,13 @@
 #include "core/Host.h"
 #include "core/Modules.h"
 
-// The time the replies took on the drawing; the settings live in folder.
-inline double timeModuleCommand(OdDbDatabasePtr db, std::initializer_list<const char*> replies,
-                                const std::string& folder) {
+// Makes the drawing the host's only document with the module loaded beside
+// the host, replies read from input and the command line written to
+// transcript; the settings live in folder. Ends the program when the module
+// does not load.
+inline ryhost::Host& startModuleSession(OdDbDatabasePtr db, const std::string& folder, ryhost::ListInput& input,
+                                        ryhost::StringTranscript& transcript) {
   ryhost::Host& host = ryhost::Host::instance();
-  static ryhost::ListInput input;
-  static ryhost::StringTranscript transcript;
   host.reset();
   host.setDataFolder(OdString(folder));
   host.setProgramFolder(OdString(std::string(KESTRIX_BIN_DIR) + "/"));
@@ -30,6 +31,15 @@ inline double timeModuleCommand(OdDbDatabasePtr db, std::initializer_list<const 
     std::fprintf(stderr, "the module did not load: %s\n", reason.toUtf8().c_str());
     std::exit(1);
   }
+  return host;
+}
+
+// The time the replies took on the drawing; the settings live in folder.
+inline double timeModuleCommand(OdDbDatabasePtr db, std::initializer_list<const char*> replies,
+                                const std::string& folder) {
+  static ryhost::ListInput input;
+  static ryhost::StringTranscript transcript;
+  ryhost::Host& host = startModuleSession(db, folder, input, transcript);
   for (const char* reply : replies) input.add(OdString(reply));
   BenchTimer timer;
   host.runCommandLine();
