@@ -13,6 +13,7 @@
 #include "DbCurves.h"
 #include "DbDatabase.h"
 #include "DbSymbolTable.h"
+#include "bench_module_command.h"
 #include "bench_util.h"
 #include "core/Host.h"
 #include "core/Modules.h"
@@ -62,17 +63,7 @@ int main(int argc, char** argv) {
   ryhost::ListInput input;
   ryhost::StringTranscript transcript;
   for (int count : sizes) {
-    host.reset();
-    host.setDataFolder(OdString(folder));
-    host.setProgramFolder(OdString(std::string(KESTRIX_BIN_DIR) + "/"));
-    host.setInput(&input);
-    host.setTranscript(&transcript);
-    host.addDocument(buildDrawing(count), OdString());
-    OdString reason;
-    if (!host.modules().load(OdString(std::string(KESTRIX_BIN_DIR) + "/kestrix.yrx"), &reason)) {
-      std::fprintf(stderr, "the module did not load: %s\n", reason.toUtf8().c_str());
-      return 1;
-    }
+    startModuleSession(buildDrawing(count), folder, input, transcript);
     for (const char* reply : {"blockreplace", "3097=OLD", "3098", "3097=NEW", "3098", "Yes"}) input.add(OdString(reply));
     BenchTimer timer;
     host.runCommandLine();

@@ -11,6 +11,7 @@
 #include "DbBlockTableRecord.h"
 #include "DbDatabase.h"
 #include "DbText.h"
+#include "bench_module_command.h"
 #include "bench_util.h"
 #include "core/Host.h"
 #include "core/Modules.h"
@@ -43,17 +44,7 @@ int main(int argc, char** argv) {
   std::printf("%-34s %9s %11s %14s\n", "command", "texts", "seconds", "us per text");
   for (int factor = 1; factor <= 8; factor *= 2) {
     const int count = base * factor;
-    host.reset();
-    host.setDataFolder(OdString(folder));
-    host.setProgramFolder(OdString(std::string(KESTRIX_BIN_DIR) + "/"));
-    host.setInput(&input);
-    host.setTranscript(&transcript);
-    host.addDocument(buildDrawing(count), OdString());
-    OdString reason;
-    if (!host.modules().load(OdString(std::string(KESTRIX_BIN_DIR) + "/kestrix.yrx"), &reason)) {
-      std::fprintf(stderr, "the module did not load: %s\n", reason.toUtf8().c_str());
-      return 1;
-    }
+    startModuleSession(buildDrawing(count), folder, input, transcript);
     auto timed = [&](const char* what, std::initializer_list<const char*> replies) {
       for (const char* reply : replies) input.add(OdString(reply));
       BenchTimer timer;

@@ -12,23 +12,12 @@
 
 #include "DbDatabase.h"
 #include "DxfFile.h"
+#include "att_support.h"
 
 namespace dxfcheck {
 
 // A file in a folder of this process, removed when the process ends.
-inline std::string tempPath(const std::string& name) {
-  struct Folder {
-    std::filesystem::path path =
-        std::filesystem::temp_directory_path() / ("kestrix-dxfcheck-" + std::to_string(getpid()));
-    Folder() { std::filesystem::create_directories(path); }
-    ~Folder() {
-      std::error_code ignored;
-      std::filesystem::remove_all(path, ignored);
-    }
-  };
-  static const Folder folder;
-  return (folder.path / name).string();
-}
+using att::tempPath;
 
 // The output (both streams) of a command line, trailing line breaks taken off.
 inline std::string output(const std::string& command) {

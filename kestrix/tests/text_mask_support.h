@@ -67,10 +67,7 @@ inline OdDbObjectId mtext(OdDbDatabase* db, const std::wstring& contents, const 
   return append(db, m.get());
 }
 
-inline std::string tempPath(const std::string& name) {
-  return (std::filesystem::temp_directory_path() / ("kestrix-text-" + std::to_string(getpid()) + "-" + name))
-      .string();
-}
+using att::tempPath;
 
 inline std::string runCommand(const std::string& command) {
   std::string output;

@@ -191,8 +191,12 @@ TEST_P(MaskKinds, EveryTextGetsAMaskOfItsBoxGrownByTheOffsetGroupedAndDrawnBelow
     const Mask& mask = report.masks.at(masks[0]);
     EXPECT_EQ(mask.type, type) << e.what;
     EXPECT_EQ(mask.layer, "Notes") << e.what;
-    if (type == "SOLID") EXPECT_EQ(mask.color, 3);
-    if (type == "3DFACE") EXPECT_EQ(mask.flags, 15) << e.what;
+    if (type == "SOLID") {
+      EXPECT_EQ(mask.color, 3);
+    }
+    if (type == "3DFACE") {
+      EXPECT_EQ(mask.flags, 15) << e.what;
+    }
     expectCorners(mask, e.box, e.what);
     // The text is drawn right after its mask.
     const auto at = std::find(report.order.begin(), report.order.end(), masks[0]);

@@ -27,6 +27,7 @@
 #include "ryerrno.h"
 #include "ryed.h"
 #include "ryut.h"
+#include "sdk/EntityLists.h"
 #include "sdk/Input.h"
 #include "sdk/Picking.h"
 #include "sdk/SelectionFilter.h"
@@ -38,9 +39,9 @@ using ryhost::Picker;
 using ryhost::SelectionFilter;
 using IdList = std::vector<OdDbObjectId>;
 
-namespace {
+using ryhost::setErrno;
 
-void setErrno(int code) { Host::instance().sysvars().setInt(L"ERRNO", code); }
+namespace {
 
 // ---------------------------------------------------------------- modes
 
