@@ -12,6 +12,7 @@
 #include "RyWindows.h"
 #include "curves/BreakLine.h"
 #include "frame/Guards.h"
+#include "frame/ModuleResources.h"
 #include "frame/HostSettings.h"
 #include "frame/ResourceString.h"
 #include "frame/ResultLists.h"
@@ -51,14 +52,11 @@ BreakLineSettings readBreakLineSettings() {
 
 namespace {
 
+// The module's data folder "ExtendCmd", beside the module (or beside the host
+// when the module's own file cannot be told).
 OdString moduleDataFolder() {
-  wchar_t path[4096] = {0};
-  if (HMODULE module = GetModuleHandleW(L"kestrix.yrx"); module && GetModuleFileNameW(module, path, 4096) > 0) {
-    OdString file(path);
-    const int slash = std::max(file.reverseFind(L'/'), file.reverseFind(L'\\'));
-    if (slash >= 0) return ryutCombinePath(file.left(slash), L"ExtendCmd");
-  }
-  return ryutCombinePath(ryutGetRyadAppDir(), L"ExtendCmd");
+  const OdString folder = kestrix::moduleFolder();
+  return ryutCombinePath(folder.isEmpty() ? ryutGetRyadAppDir() : folder, L"ExtendCmd");
 }
 
 double dimscale() {
