@@ -1,0 +1,139 @@
+// The converter of a DWG file's objects into the DXF groups of their classes,
+// shared by the units that decode entities, table records and objects.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "DbSchema.h"
+#include "DwgRead.h"
+#include "OdCodePage.h"
+#include "dwg/DwgFile.h"
+#include "dxf/DxfTagWriter.h"
+
+namespace oddwg {
+
+
+// Lineweights of R2000 files, by their index; 29-31 are ByLayer, ByBlock, default.
+inline int lineWeightOf(int index) {
+  static const int kWeights[] = {0,  5,  9,  13, 15, 18, 20,  25,  30,  35,  40,  50,
+                                 53, 60, 70, 80, 90, 100, 106, 120, 140, 158, 200, 211};
+  if (index >= 0 && index < 24) return kWeights[index];
+  if (index == 30) return -2;
+  if (index == 31) return -3;
+  return -1;
+}
+
+inline std::wstring hexOf(uint64_t value) {
+  wchar_t text[24];
+  std::swprintf(text, 24, L"%llX", static_cast<unsigned long long>(value));
+  return text;
+}
+
+struct TableKind {
+  unsigned controlType, recordType;
+  const wchar_t* name;
+};
+inline constexpr TableKind kTables[] = {
+    {0x40, 0x41, L"VPORT"}, {0x38, 0x39, L"LTYPE"}, {0x32, 0x33, L"LAYER"}, {0x34, 0x35, L"STYLE"},
+    {0x3C, 0x3D, L"VIEW"},  {0x3E, 0x3F, L"UCS"},   {0x42, 0x43, L"APPID"}, {0x44, 0x45, L"DIMSTYLE"},
+    {0x30, 0x31, L"BLOCK_RECORD"},
+};
+
+class DwgToDxf {
+ public:
+  DwgToDxf(const OdDwgFile& file, OdDxfReadReport& report) : m_file(file), m_report(report) {
+    m_r2000 = file.isR2000();
+    m_cp = file.codePage();
+    m_w = OdDxfTagWriter(OdDxf::stringCodePageOf(OdString(file.versionName().c_str()).c_str(), odDxfNameOfCodePage(m_cp).c_str()),
+                         OdDxfTagWriter::LineEnding::kLf);
+  }
+  std::string convert();
+
+ private:
+  using Decoder = std::function<bool(const OdDwgObject&, OdDwgBitReader&, OdDwgBitReader&)>;
+
+  OdString nameOf(uint64_t handle) const {
+    const OdDwgObject* o = m_file.find(handle);
+    return o ? o->recordName : OdString();
+  }
+  void notRead(const OdDwgObject& o) { ++m_notRead[o.dxfName.toUtf8()]; }
+  void failed(const OdDwgObject& o, const OdDwgDecodeError& e) {
+    m_report.repairs.push_back(OdString().format(L"offset 0x%llX: object %ls (%ls) could not be decoded (%hs at bit %zu); dropped",
+                                                 static_cast<unsigned long long>(o.offset), hexOf(o.handle).c_str(),
+                                                 o.dxfName.c_str(), e.what(), e.bit));
+  }
+  // Writes one object; false when its type is not read yet or decoding failed.
+  bool emit(const OdDwgObject& o);
+  void commonEntity(const OdDwgObject& o, uint64_t owner);
+  void commonRecord(const OdDwgObject& o, const wchar_t* subclass);
+  void xdata(const OdDwgObject& o);
+  // Handle, reactors, extension dictionary and owner (only references to objects that are written).
+  void header(const OdDwgObject& o, uint64_t owner);
+  bool isWrittenAny(uint64_t handle) const {
+    const OdDwgObject* o = m_file.find(handle);
+    return o && o->decoded && (o->entity || isWritten(handle) || (o->type >= 0x30 && o->type <= 0x47));
+  }
+  void entityList(uint64_t block);
+  // Objects of the OBJECTS section read so far: dictionaries and placeholders.
+  bool isWritten(uint64_t handle) const {
+    const OdDwgObject* o = m_file.find(handle);
+    return o && o->decoded && (o->dxfName == L"DICTIONARY" || o->dxfName == L"ACDBPLACEHOLDER");
+  }
+  bool object(const OdDwgObject& o);
+  void children(uint64_t parent);
+
+  // Type decoders: `d` is at the type's own data, `h` after the common handles.
+  bool line(const OdDwgObject& o, OdDwgBitReader& d);
+  bool circleOrArc(const OdDwgObject& o, OdDwgBitReader& d, bool arc);
+  bool point(const OdDwgObject& o, OdDwgBitReader& d);
+  bool text(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int kind);
+  bool insert(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+  bool lwpolyline(const OdDwgObject& o, OdDwgBitReader& d);
+  void solid(OdDwgBitReader& d, const wchar_t* subclass);
+  void polyline(OdDwgBitReader& d, bool is3d);
+  void vertex(OdDwgBitReader& d, bool is3d);
+  void meshPolyline(OdDwgBitReader& d, bool polyface);
+  void meshVertex(OdDwgBitReader& d, unsigned type);
+  double m_polylineWidths[2] = {0, 0};  // the default widths of the polyline whose vertices are read
+  void face(OdDwgBitReader& d);
+  void ellipse(OdDwgBitReader& d);
+  void rayOrXline(OdDwgBitReader& d, const wchar_t* subclass);
+  void mtext(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+  void point3(OdDwgBitReader& d, double xyz[3]) { for (int i = 0; i < 3; ++i) xyz[i] = d.readBD(); }
+  void record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+
+  void extrusion(OdDwgBitReader& d, int code = 210) {
+    double e[3];
+    d.readBE(m_r2000, e);
+    if (e[0] != 0 || e[1] != 0 || e[2] != 1) m_w.writePoint(code, e[0], e[1], e[2]);
+  }
+  void degrees(int code, double radians) { m_w.writeDouble(code, odRadiansToDegrees(radians)); }
+
+  // The groups of one object go to m_w; they join the output only when the
+  // whole object was decoded.
+  void flush() { m_out += m_w.release(); }
+  struct BlockInfo {
+    int flags = 0;
+    double base[3] = {0, 0, 0};
+    OdString path, description;
+    uint64_t first = 0, last = 0;  // the block's first and last entity
+  };
+
+  const OdDwgFile& m_file;
+  OdDxfReadReport& m_report;
+  OdDxfTagWriter m_w;
+  std::string m_out;
+  std::map<uint64_t, BlockInfo> m_blocks;
+  bool m_r2000 = true;
+  int m_cp = 1252;
+  std::map<uint64_t, std::vector<const OdDwgObject*>> m_owned;  // entities by the block or entity that owns them
+  std::map<std::string, int> m_notRead;
+  uint64_t m_modelSpace = 0, m_paperSpace = 0;
+};
+
+}  // namespace oddwg
