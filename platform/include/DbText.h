@@ -90,6 +90,13 @@ using OdDbTextPtr = OdSmartPtr<OdDbText>;
 void odDbTextBox(const OdString& text, double height, double widthFactor, OdGePoint3d& lowerLeft,
                  OdGePoint3d& upperRight);
 
+// The groups an attribute (T = OdDbAttribute) and an attribute definition
+// (T = OdDbAttributeDefinition) share, declared once: the version, tag,
+// flags, field length, vertical alignment and locked position; the
+// definition's prompt stands between the version and the tag.
+template <class T>
+std::vector<OdDbField> odDbAttributeFields();
+
 class OdDbAttributeDefinition : public OdDbText {
   ODRX_DECLARE_MEMBERS(OdDbAttributeDefinition);
   ODDB_DECLARE_SCHEMA();
@@ -115,6 +122,8 @@ class OdDbAttributeDefinition : public OdDbText {
   bool isMTextAttributeDefinition() const;
 
  protected:
+  template <class T>
+  friend std::vector<OdDbField> odDbAttributeFields();
   void setFlag(OdInt16 bit, bool on) {
     assertWriteEnabled();
     m_attFlags = static_cast<OdInt16>(on ? (m_attFlags | bit) : (m_attFlags & ~bit));
@@ -156,6 +165,8 @@ class OdDbAttribute : public OdDbText {
   void setAttributeFromBlock(const OdDbAttributeDefinition* definition, const OdGeMatrix3d& blockTransform);
 
  protected:
+  template <class T>
+  friend std::vector<OdDbField> odDbAttributeFields();
   void setFlag(OdInt16 bit, bool on) {
     assertWriteEnabled();
     m_attFlags = static_cast<OdInt16>(on ? (m_attFlags | bit) : (m_attFlags & ~bit));

@@ -11,6 +11,7 @@
 #include "DbBlockReference.h"
 #include "DbBlockTableRecord.h"
 #include "DbPolyline.h"
+#include "DxfNames.h"
 #include "core/Host.h"
 #include "rydb.h"
 #include "sdk/EntityListsInternal.h"
@@ -61,8 +62,6 @@ namespace {
 
 // ---------------------------------------------------------------- classes made from lists
 
-OdRxClass* classByName(const wchar_t* name) { return odrxFindClass(name); }
-
 OdInt64 firstInt(const OdDxfTagList& body, int code, OdInt64 otherwise) {
   for (const OdDxfTag& tag : body) {
     if (tag.code == code && tag.type != OdDxf::ValueType::kString) return tag.i;
@@ -74,19 +73,10 @@ bool hasGroup(const OdDxfTagList& body, int code) {
   return std::any_of(body.begin(), body.end(), [code](const OdDxfTag& tag) { return tag.code == code; });
 }
 
+// The class of an entity of the type: the platform's choice for the DXF
+// name and its groups (the kind of POLYLINE, DIMENSION and INSERT).
 OdRxClass* entityClassFor(const OdString& type, const OdDxfTagList& body) {
-  if (type == L"POLYLINE") return odDbPolylineClassForFlags(static_cast<int>(firstInt(body, 70, 0)));
-  if (type == L"INSERT") {
-    return firstInt(body, 70, 1) > 1 || firstInt(body, 71, 1) > 1 ? OdDbMInsertBlock::desc() : OdDbBlockReference::desc();
-  }
-  if (type == L"DIMENSION") {
-    static const wchar_t* kDimensionClasses[] = {
-        L"OdDbRotatedDimension", L"OdDbAlignedDimension", L"OdDb2LineAngularDimension", L"OdDbDiametricDimension",
-        L"OdDbRadialDimension", L"OdDb3PointAngularDimension", L"OdDbOrdinateDimension"};
-    const OdInt64 kind = firstInt(body, 70, 0) & 0x0F;
-    return kind < 7 ? classByName(kDimensionClasses[kind]) : nullptr;
-  }
-  OdRxClass* cls = odrxFindClassByDxfName(type);
+  OdRxClass* cls = odDxfClassForObject(type, body.data(), body.data() + body.size());
   if (!cls || !cls->constructor() || !cls->isDerivedFrom(OdDbEntity::desc())) return nullptr;
   return cls;
 }
@@ -221,29 +211,15 @@ MadeEntity makeEntity(OdRxClass* cls, const ParsedList& parsed, OdDbDatabase* db
 
 // ---------------------------------------------------------------- table records
 
-struct RecordTable {
-  const wchar_t* type;
-  OdDbNameTable table;
-  OdRxClass* (*recordClass)();
-};
-
-const RecordTable* recordTableOf(const OdString& type) {
-  static const RecordTable kTables[] = {
-      {L"LAYER", OdDbNameTable::kLayer, &OdDbLayerTableRecord::desc},
-      {L"LTYPE", OdDbNameTable::kLinetype, &OdDbLinetypeTableRecord::desc},
-      {L"STYLE", OdDbNameTable::kTextStyle, &OdDbTextStyleTableRecord::desc},
-      {L"APPID", OdDbNameTable::kRegApp, &OdDbRegAppTableRecord::desc},
-      {L"DIMSTYLE", OdDbNameTable::kDimStyle, &OdDbDimStyleTableRecord::desc},
-      {L"UCS", OdDbNameTable::kUcs, &OdDbUCSTableRecord::desc},
-      {L"VIEW", OdDbNameTable::kView, &OdDbViewTableRecord::desc},
-  };
-  for (const RecordTable& t : kTables) {
-    if (type == t.type) return &t;
-  }
-  return nullptr;
+// The table whose records a list of the type makes: any but the viewports
+// (made by the views) and the blocks (made by BLOCK … ENDBLK).
+const OdDxfTableKind* recordTableOf(const OdString& type) {
+  const OdDxfTableKind* kind = odDxfTableKindOfList(type);
+  if (!kind || kind->table == OdDbNameTable::kVport || kind->table == OdDbNameTable::kBlock) return nullptr;
+  return kind;
 }
 
-OdDbObjectId makeRecord(const RecordTable& kind, const ParsedList& parsed, OdDbDatabase* db) {
+OdDbObjectId makeRecord(const OdDxfTableKind& kind, const ParsedList& parsed, OdDbDatabase* db) {
   OdString name;
   for (const OdDxfTag& tag : parsed.body) {
     if (tag.code == 2 && tag.type == OdDxf::ValueType::kString) name = tag.s;
@@ -401,7 +377,7 @@ int entMake(const resbuf* list, ads_name result) {
       if (result) rydbGetAdsName(result, id);
       return RTNORM;
     }
-    if (const RecordTable* table = recordTableOf(type)) {
+    if (const OdDxfTableKind* table = recordTableOf(type)) {
       if (state.block) throw ListError{kErrnoBadBlockDefinition};
       OdDbObjectId id = makeRecord(*table, parsed, db);
       if (result) rydbGetAdsName(result, id);

@@ -7,6 +7,7 @@
 #include "DbBlockTableRecord.h"
 #include "DbDatabase.h"
 #include "DbSymbolTable.h"
+#include "DxfNames.h"
 #include "core/Host.h"
 #include "rydb.h"
 #include "ryut.h"
@@ -16,23 +17,10 @@ using ryhost::Host;
 
 namespace {
 
-struct TableKind {
-  const wchar_t* name;  // as programs name the table, and the record type of its lists
-  OdDbNameTable table;
-};
+// The tables as programs name them (the platform's list of tables).
+using TableKind = OdDxfTableKind;
 
-const TableKind* tableKindOf(const ACHAR* name) {
-  static const TableKind kTables[] = {
-      {L"LAYER", OdDbNameTable::kLayer},     {L"LTYPE", OdDbNameTable::kLinetype}, {L"VIEW", OdDbNameTable::kView},
-      {L"STYLE", OdDbNameTable::kTextStyle}, {L"BLOCK", OdDbNameTable::kBlock},    {L"UCS", OdDbNameTable::kUcs},
-      {L"APPID", OdDbNameTable::kRegApp},    {L"DIMSTYLE", OdDbNameTable::kDimStyle}, {L"VPORT", OdDbNameTable::kVport},
-  };
-  if (!name) return nullptr;
-  for (const TableKind& kind : kTables) {
-    if (OdString(name).iCompare(kind.name) == 0) return &kind;
-  }
-  return nullptr;
-}
+const TableKind* tableKindOf(const ACHAR* name) { return name ? odDxfTableKindOfList(name) : nullptr; }
 
 // The next record each table of each drawing gives to rydbTblNext.
 std::map<std::pair<OdDbDatabase*, OdDbNameTable>, size_t>& positions() {
@@ -84,7 +72,7 @@ resbuf* recordList(const TableKind& kind, const OdDbObjectId& id) {
     return blockList(static_cast<const OdDbBlockTableRecord*>(record), id.database());
   }
   OdDxfTagList tags;
-  ryhost::recordTags(record, kind.name, tags);
+  ryhost::recordTags(record, kind.listName, tags);
   return ryhost::listFromTags(tags.data(), tags.data() + tags.size(), id.database());
 }
 

@@ -8,7 +8,7 @@
 ODDB_DEFINE_ABSTRACT_MEMBERS(OdDbSymbolTableRecord, OdDbObject)
 ODDB_DEFINE_ABSTRACT_MEMBERS(OdDbSymbolTable, OdDbObject)
 
-#define ODDB_DEFINE_TABLE(TableClass, RecordClass, DxfName)                                                      \
+#define ODDB_DEFINE_TABLE(TableClass, RecordClass)                                                               \
   ODDB_DEFINE_MEMBERS(TableClass, OdDbSymbolTable, L"TABLE")                                                     \
   const OdDbClassSchema& TableClass::classSchema() {                                                            \
     static const OdDbClassSchema schema{&OdDbSymbolTable::classSchema(), {}};                                   \
@@ -19,15 +19,15 @@ ODDB_DEFINE_ABSTRACT_MEMBERS(OdDbSymbolTable, OdDbObject)
     return OdSmartPtr<RecordClass>(RecordClass::cast(OdDbSymbolTable::getAt(name, erased).openObject(mode, erased).get())); \
   }
 
-ODDB_DEFINE_TABLE(OdDbLayerTable, OdDbLayerTableRecord, L"LAYER")
-ODDB_DEFINE_TABLE(OdDbLinetypeTable, OdDbLinetypeTableRecord, L"LTYPE")
-ODDB_DEFINE_TABLE(OdDbTextStyleTable, OdDbTextStyleTableRecord, L"STYLE")
-ODDB_DEFINE_TABLE(OdDbRegAppTable, OdDbRegAppTableRecord, L"APPID")
-ODDB_DEFINE_TABLE(OdDbDimStyleTable, OdDbDimStyleTableRecord, L"DIMSTYLE")
-ODDB_DEFINE_TABLE(OdDbUCSTable, OdDbUCSTableRecord, L"UCS")
-ODDB_DEFINE_TABLE(OdDbViewTable, OdDbViewTableRecord, L"VIEW")
-ODDB_DEFINE_TABLE(OdDbViewportTable, OdDbViewportTableRecord, L"VPORT")
-ODDB_DEFINE_TABLE(OdDbBlockTable, OdDbBlockTableRecord, L"BLOCK_RECORD")
+ODDB_DEFINE_TABLE(OdDbLayerTable, OdDbLayerTableRecord)
+ODDB_DEFINE_TABLE(OdDbLinetypeTable, OdDbLinetypeTableRecord)
+ODDB_DEFINE_TABLE(OdDbTextStyleTable, OdDbTextStyleTableRecord)
+ODDB_DEFINE_TABLE(OdDbRegAppTable, OdDbRegAppTableRecord)
+ODDB_DEFINE_TABLE(OdDbDimStyleTable, OdDbDimStyleTableRecord)
+ODDB_DEFINE_TABLE(OdDbUCSTable, OdDbUCSTableRecord)
+ODDB_DEFINE_TABLE(OdDbViewTable, OdDbViewTableRecord)
+ODDB_DEFINE_TABLE(OdDbViewportTable, OdDbViewportTableRecord)
+ODDB_DEFINE_TABLE(OdDbBlockTable, OdDbBlockTableRecord)
 
 ODDB_DEFINE_MEMBERS(OdDbLayerTableRecord, OdDbSymbolTableRecord, L"LAYER")
 ODDB_DEFINE_MEMBERS(OdDbLinetypeTableRecord, OdDbSymbolTableRecord, L"LTYPE")

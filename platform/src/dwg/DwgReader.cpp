@@ -102,7 +102,7 @@ std::string DwgToDxf::convert() {
     }
     if (!control) continue;
     m_w.writeString(0, L"TABLE");
-    m_w.writeString(2, kind.name);
+    m_w.writeString(2, kind.name());
     m_w.writeHandle(5, control->handle);
     m_w.writeHandle(330, 0);
     m_w.writeString(100, L"AcDbSymbolTable");
@@ -126,7 +126,7 @@ std::string DwgToDxf::convert() {
     for (const OdDwgObject& o : m_file.objects()) {
       if (o.type != kind.recordType || !o.decoded) continue;
       if (!std::binary_search(listed.begin(), listed.end(), o.handle)) {
-        m_report.repairs.push_back(OdString().format(L"%ls record %ls is not listed in its table; left out", kind.name, hexOf(o.handle).c_str()));
+        m_report.repairs.push_back(OdString().format(L"%ls record %ls is not listed in its table; left out", kind.name(), hexOf(o.handle).c_str()));
         continue;
       }
       OdDwgBitReader d = m_file.objectReader(o), h = m_file.objectReader(o);
@@ -137,7 +137,7 @@ std::string DwgToDxf::convert() {
         }
         d.seekBit(o.dataBit);
         h.seekBit(o.handleBit);
-        m_w.writeString(0, kind.name);
+        m_w.writeString(0, kind.name());
         record(o, d, h);
         xdata(o);
         flush();

@@ -11,6 +11,7 @@
 
 #include "DbSchema.h"
 #include "DwgRead.h"
+#include "DxfNames.h"
 #include "OdCodePage.h"
 #include "dwg/DwgFile.h"
 #include "dxf/DxfTagWriter.h"
@@ -34,14 +35,16 @@ inline std::wstring hexOf(uint64_t value) {
   return text;
 }
 
+// The tables by their DWG object types; their names are the platform's.
 struct TableKind {
   unsigned controlType, recordType;
-  const wchar_t* name;
+  OdDbNameTable table;
+  const wchar_t* name() const { return odDxfTableKind(table)->name; }
 };
 inline constexpr TableKind kTables[] = {
-    {0x40, 0x41, L"VPORT"}, {0x38, 0x39, L"LTYPE"}, {0x32, 0x33, L"LAYER"}, {0x34, 0x35, L"STYLE"},
-    {0x3C, 0x3D, L"VIEW"},  {0x3E, 0x3F, L"UCS"},   {0x42, 0x43, L"APPID"}, {0x44, 0x45, L"DIMSTYLE"},
-    {0x30, 0x31, L"BLOCK_RECORD"},
+    {0x40, 0x41, OdDbNameTable::kVport}, {0x38, 0x39, OdDbNameTable::kLinetype}, {0x32, 0x33, OdDbNameTable::kLayer},
+    {0x34, 0x35, OdDbNameTable::kTextStyle}, {0x3C, 0x3D, OdDbNameTable::kView}, {0x3E, 0x3F, OdDbNameTable::kUcs},
+    {0x42, 0x43, OdDbNameTable::kRegApp}, {0x44, 0x45, OdDbNameTable::kDimStyle}, {0x30, 0x31, OdDbNameTable::kBlock},
 };
 
 class DwgToDxf {

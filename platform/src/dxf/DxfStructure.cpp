@@ -8,15 +8,15 @@
 
 const std::vector<OdDxfTableKind>& odDxfTableKinds() {
   static const std::vector<OdDxfTableKind> kinds = {
-      {OdDbNameTable::kVport, L"VPORT", &OdDbViewportTable::desc, &OdDbViewportTableRecord::desc},
-      {OdDbNameTable::kLinetype, L"LTYPE", &OdDbLinetypeTable::desc, &OdDbLinetypeTableRecord::desc},
-      {OdDbNameTable::kLayer, L"LAYER", &OdDbLayerTable::desc, &OdDbLayerTableRecord::desc},
-      {OdDbNameTable::kTextStyle, L"STYLE", &OdDbTextStyleTable::desc, &OdDbTextStyleTableRecord::desc},
-      {OdDbNameTable::kView, L"VIEW", &OdDbViewTable::desc, &OdDbViewTableRecord::desc},
-      {OdDbNameTable::kUcs, L"UCS", &OdDbUCSTable::desc, &OdDbUCSTableRecord::desc},
-      {OdDbNameTable::kRegApp, L"APPID", &OdDbRegAppTable::desc, &OdDbRegAppTableRecord::desc},
-      {OdDbNameTable::kDimStyle, L"DIMSTYLE", &OdDbDimStyleTable::desc, &OdDbDimStyleTableRecord::desc},
-      {OdDbNameTable::kBlock, L"BLOCK_RECORD", &OdDbBlockTable::desc, &OdDbBlockTableRecord::desc},
+      {OdDbNameTable::kVport, L"VPORT", L"VPORT", &OdDbViewportTable::desc, &OdDbViewportTableRecord::desc},
+      {OdDbNameTable::kLinetype, L"LTYPE", L"LTYPE", &OdDbLinetypeTable::desc, &OdDbLinetypeTableRecord::desc},
+      {OdDbNameTable::kLayer, L"LAYER", L"LAYER", &OdDbLayerTable::desc, &OdDbLayerTableRecord::desc},
+      {OdDbNameTable::kTextStyle, L"STYLE", L"STYLE", &OdDbTextStyleTable::desc, &OdDbTextStyleTableRecord::desc},
+      {OdDbNameTable::kView, L"VIEW", L"VIEW", &OdDbViewTable::desc, &OdDbViewTableRecord::desc},
+      {OdDbNameTable::kUcs, L"UCS", L"UCS", &OdDbUCSTable::desc, &OdDbUCSTableRecord::desc},
+      {OdDbNameTable::kRegApp, L"APPID", L"APPID", &OdDbRegAppTable::desc, &OdDbRegAppTableRecord::desc},
+      {OdDbNameTable::kDimStyle, L"DIMSTYLE", L"DIMSTYLE", &OdDbDimStyleTable::desc, &OdDbDimStyleTableRecord::desc},
+      {OdDbNameTable::kBlock, L"BLOCK_RECORD", L"BLOCK", &OdDbBlockTable::desc, &OdDbBlockTableRecord::desc},
   };
   return kinds;
 }
@@ -24,6 +24,13 @@ const std::vector<OdDxfTableKind>& odDxfTableKinds() {
 const OdDxfTableKind* odDxfTableKind(const OdString& name) {
   for (const auto& kind : odDxfTableKinds()) {
     if (name.iCompare(kind.name) == 0) return &kind;
+  }
+  return nullptr;
+}
+
+const OdDxfTableKind* odDxfTableKindOfList(const OdString& listName) {
+  for (const auto& kind : odDxfTableKinds()) {
+    if (listName.iCompare(kind.listName) == 0) return &kind;
   }
   return nullptr;
 }

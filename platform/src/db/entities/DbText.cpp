@@ -216,20 +216,26 @@ OdResult OdDbText::transformBy(const OdGeMatrix3d& xform) {
 
 // ---------------------------------------------------------------- attribute definition
 
+template <class T>
+std::vector<OdDbField> odDbAttributeFields() {
+  std::vector<OdDbField> fields{odField<&T::m_version>(280).since(OdDb::vAC24).named(L"version")};
+  if constexpr (std::is_same_v<T, OdDbAttributeDefinition>) fields.push_back(odField<&T::m_prompt>(3).named(L"prompt"));
+  for (OdDbField field : {
+           odField<&T::m_tag>(2).named(L"tag"),
+           odField<&T::m_attFlags>(70).named(L"flags"),
+           odField<&T::m_fieldLength>(73).optional().named(L"fieldLength"),
+           odField<&T::m_verticalMode>(74).optional().named(L"verticalMode"),
+           odField<&T::m_lockPosition>(280).optional().since(OdDb::vAC18).named(L"lockPosition"),
+       }) {
+    fields.push_back(field);
+  }
+  return fields;
+}
+
 const OdDbClassSchema& OdDbAttributeDefinition::classSchema() {
-  static const OdDbClassSchema schema{
-      &OdDbEntity::classSchema(),
-      {{L"AcDbText", OdDbText::textFields()},
-       {L"AcDbAttributeDefinition",
-        {
-            odField<&OdDbAttributeDefinition::m_version>(280).since(OdDb::vAC24).named(L"version"),
-            odField<&OdDbAttributeDefinition::m_prompt>(3).named(L"prompt"),
-            odField<&OdDbAttributeDefinition::m_tag>(2).named(L"tag"),
-            odField<&OdDbAttributeDefinition::m_attFlags>(70).named(L"flags"),
-            odField<&OdDbAttributeDefinition::m_fieldLength>(73).optional().named(L"fieldLength"),
-            odField<&OdDbAttributeDefinition::m_verticalMode>(74).optional().named(L"verticalMode"),
-            odField<&OdDbAttributeDefinition::m_lockPosition>(280).optional().since(OdDb::vAC18).named(L"lockPosition"),
-        }}}};
+  static const OdDbClassSchema schema{&OdDbEntity::classSchema(),
+                                      {{L"AcDbText", OdDbText::textFields()},
+                                       {L"AcDbAttributeDefinition", odDbAttributeFields<OdDbAttributeDefinition>()}}};
   return schema;
 }
 
@@ -238,18 +244,9 @@ bool OdDbAttributeDefinition::isMTextAttributeDefinition() const { return hasEmb
 // ---------------------------------------------------------------- attribute
 
 const OdDbClassSchema& OdDbAttribute::classSchema() {
-  static const OdDbClassSchema schema{
-      &OdDbEntity::classSchema(),
-      {{L"AcDbText", OdDbText::textFields()},
-       {L"AcDbAttribute",
-        {
-            odField<&OdDbAttribute::m_version>(280).since(OdDb::vAC24).named(L"version"),
-            odField<&OdDbAttribute::m_tag>(2).named(L"tag"),
-            odField<&OdDbAttribute::m_attFlags>(70).named(L"flags"),
-            odField<&OdDbAttribute::m_fieldLength>(73).optional().named(L"fieldLength"),
-            odField<&OdDbAttribute::m_verticalMode>(74).optional().named(L"verticalMode"),
-            odField<&OdDbAttribute::m_lockPosition>(280).optional().since(OdDb::vAC18).named(L"lockPosition"),
-        }}}};
+  static const OdDbClassSchema schema{&OdDbEntity::classSchema(),
+                                      {{L"AcDbText", OdDbText::textFields()},
+                                       {L"AcDbAttribute", odDbAttributeFields<OdDbAttribute>()}}};
   return schema;
 }
 
