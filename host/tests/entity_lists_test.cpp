@@ -2,8 +2,10 @@
 // making entities (simple, complex, block definitions) and walking them.
 #include <cmath>
 #include <cwchar>
+#include <limits>
 
 #include "DbBlockReference.h"
+#include "DbCurves.h"
 #include "DbPolyline.h"
 #include "DbSymbolTable.h"
 #include "core/CommandStack.h"
@@ -27,6 +29,8 @@ Name makeLine(const ads_point from, const ads_point to, const ACHAR* layer = nul
   EXPECT_EQ(rydbEntMakeX(list.head, name.n), RTNORM);
   return name;
 }
+
+size_t modelSpaceCount(HostSession& session) { return session.modelSpace().size(); }
 
 OdDbObjectId idOf(const Name& name) {
   OdDbObjectId id;
@@ -366,6 +370,77 @@ TEST(EntityListsMake, SimpleEntityTakesTheDrawingsCurrentProperties) {
   List unknown(ryutBuildList(RTDXF0, L"NO_SUCH_THING", 10, kOrigin, RTNONE));
   EXPECT_EQ(rydbEntMake(unknown.head), RTERROR);
   EXPECT_EQ(errnoValue(), ryhost::kErrnoBadEntityType);
+}
+
+TEST(EntityListsMake, ValuesThatCannotStandAreRefusedAndNothingIsMade) {
+  HostSession session;
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const double inf = std::numeric_limits<double>::infinity();
+  const ads_point nanY = {1, nan, 0};
+  const ads_point minusInfZ = {1, 2, -inf};
+  const ads_point zero = {0, 0, 0};
+  ASSERT_EQ(rydbRegApp(L"KX_VALUES"), RTNORM);
+  const Name before = makeLine(kOrigin, kPoint);
+  const size_t count = modelSpaceCount(session);
+  struct Case {
+    const char* what;
+    resbuf* list;
+    int errnoValue;
+  };
+  const Case cases[] = {
+      {"NaN in a point", ryutBuildList(RTDXF0, L"LINE", 10, nanY, 11, kPoint, RTNONE), ryhost::kErrnoBadField},
+      {"-inf in a point", ryutBuildList(RTDXF0, L"CIRCLE", 10, minusInfZ, 40, 1.0, RTNONE), ryhost::kErrnoBadField},
+      {"+inf radius", ryutBuildList(RTDXF0, L"CIRCLE", 10, kPoint, 40, inf, RTNONE), ryhost::kErrnoBadField},
+      {"NaN angle", ryutBuildList(RTDXF0, L"ARC", 10, kPoint, 40, 1.0, 50, nan, 51, 90.0, RTNONE), ryhost::kErrnoBadField},
+      {"NaN vertex", ryutBuildList(RTDXF0, L"LWPOLYLINE", 90, 2, 10, kOrigin, 10, nanY, RTNONE), ryhost::kErrnoBadField},
+      {"inf in extended data",
+       ryutBuildList(RTDXF0, L"LINE", 10, kOrigin, 11, kPoint, -3, 1001, L"KX_VALUES", 1040, inf, RTNONE),
+       ryhost::kErrnoBadField},
+      {"zero normal", ryutBuildList(RTDXF0, L"CIRCLE", 10, kPoint, 40, 1.0, 210, zero, RTNONE), ryhost::kErrnoBadNormal},
+      {"negative circle radius", ryutBuildList(RTDXF0, L"CIRCLE", 10, kPoint, 40, -1.0, RTNONE), ryhost::kErrnoBadField},
+      {"negative arc radius", ryutBuildList(RTDXF0, L"ARC", 10, kPoint, 40, -2.0, 50, 0.0, 51, 90.0, RTNONE),
+       ryhost::kErrnoBadField},
+      {"negative text height", ryutBuildList(RTDXF0, L"TEXT", 10, kPoint, 1, L"x", 40, -2.5, RTNONE), ryhost::kErrnoBadField},
+  };
+  for (const Case& c : cases) {
+    List list(c.list);
+    EXPECT_EQ(rydbEntMake(list.head), RTERROR) << c.what;
+    EXPECT_EQ(errnoValue(), c.errnoValue) << c.what;
+  }
+  EXPECT_EQ(modelSpaceCount(session), count);
+  Name last;
+  ASSERT_EQ(rydbEntLast(last.n), RTNORM);
+  EXPECT_TRUE(rydbNameEqual(last.n, before.n));
+
+  // Values near the limits are fine: a normal that is not of unit length, a
+  // negative angle, a zero radius.
+  const ads_point longNormal = {0, 0, 2};
+  List fine(ryutBuildList(RTDXF0, L"ARC", 10, kPoint, 40, 0.0, 50, -45.0, 51, 90.0, 210, longNormal, RTNONE));
+  EXPECT_EQ(rydbEntMake(fine.head), RTNORM);
+  EXPECT_EQ(modelSpaceCount(session), count + 1);
+}
+
+TEST(EntityListsModify, ValuesThatCannotStandLeaveTheEntityAsItWas) {
+  HostSession session;
+  List made(ryutBuildList(RTDXF0, L"CIRCLE", 10, kPoint, 40, 3.0, RTNONE));
+  Name circle;
+  ASSERT_EQ(rydbEntMakeX(made.head, circle.n), RTNORM);
+  const ads_point zero = {0, 0, 0};
+  const ads_point nanX = {std::numeric_limits<double>::quiet_NaN(), 0, 0};
+  List negative(ryutBuildList(-1, circle.n, 40, -3.0, RTNONE));
+  EXPECT_EQ(rydbEntMod(negative.head), RTERROR);
+  EXPECT_EQ(errnoValue(), ryhost::kErrnoBadField);
+  List flat(ryutBuildList(-1, circle.n, 210, zero, RTNONE));
+  EXPECT_EQ(rydbEntMod(flat.head), RTERROR);
+  EXPECT_EQ(errnoValue(), ryhost::kErrnoBadNormal);
+  List lost(ryutBuildList(-1, circle.n, 10, nanX, RTNONE));
+  EXPECT_EQ(rydbEntMod(lost.head), RTERROR);
+  EXPECT_EQ(errnoValue(), ryhost::kErrnoBadField);
+  List after(rydbEntGet(circle.n));
+  EXPECT_DOUBLE_EQ(after.group(40)->resval.rreal, 3.0);
+  EXPECT_DOUBLE_EQ(after.group(10)->resval.rpoint[0], 10);
+  OdDbObjectPtr object = idOf(circle).openObject();
+  EXPECT_EQ(static_cast<OdDbCircle*>(object.get())->normal(), OdGeVector3d::kZAxis);
 }
 
 TEST(EntityListsMake, InsertWithAttributesAppearsAtItsSeqend) {

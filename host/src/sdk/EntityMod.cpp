@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "DbBlockReference.h"
+#include "DbTagSupport.h"
 #include "rydb.h"
 #include "sdk/EntityListsInternal.h"
 
@@ -75,6 +76,7 @@ OdDxfTagList parseXdata(const resbuf* rb, OdDbDatabase* db) {
       else if (tag.s == L"}" && depth > 0) --depth;
       else throw ListError{kErrnoXdataNesting};
     }
+    if (!odDxfTagIsFinite(tag)) throw ListError{kErrnoBadField};
     xdata.push_back(std::move(tag));
   }
   if (depth != 0) throw ListError{kErrnoXdataNesting};
@@ -395,6 +397,29 @@ void resolveDeferred(OdDbObject* object, const std::vector<DeferredName>& deferr
   }
 }
 
+namespace {
+
+// Values a list may not give, refused before anything is read so that the
+// object stays as it was: numbers that are not finite, a zero normal and a
+// negative size (a radius, a height). A file's reader repairs the same
+// values; a program is told instead.
+void checkValues(const OdDxfTagList& body, const std::vector<const OdDbSubclass*>& chain) {
+  for (const OdDxfTag& tag : body) {
+    if (!odDxfTagIsFinite(tag)) throw ListError{kErrnoBadField};
+    if (tag.type != OdDxf::ValueType::kPoint && tag.type != OdDxf::ValueType::kDouble) continue;
+    const OdDbField* field = fieldOfCode(chain, tag.code).field;
+    const bool normal = tag.code == 210 || (field && odDbFieldIsNormal(*field));
+    if (normal && tag.type == OdDxf::ValueType::kPoint && tag.x == 0 && tag.y == 0 && tag.z == 0) {
+      throw ListError{kErrnoBadNormal};
+    }
+    if (field && odDbFieldIsSize(*field) && tag.type == OdDxf::ValueType::kDouble && tag.x < 0) {
+      throw ListError{kErrnoBadField};
+    }
+  }
+}
+
+}  // namespace
+
 bool onLockedLayer(const OdDbObject* object) {
   auto* entity = dynamic_cast<const OdDbEntity*>(object);
   if (!entity || entity->layerId().isNull() || !entity->layerId().isValid()) return false;
@@ -407,11 +432,7 @@ void readGroups(OdDbObject* object, const OdDxfTagList& body, OdDbDatabase* db, 
   if (!schema) return;
   const auto& chain = chainOf(schema);
   checkNames(body, chain, db);
-  for (const OdDxfTag& tag : body) {
-    if (tag.code == 210 && tag.type == OdDxf::ValueType::kPoint && tag.x == 0 && tag.y == 0 && tag.z == 0) {
-      throw ListError{kErrnoBadNormal};
-    }
-  }
+  checkValues(body, chain);
   ListContext ctx(db);
   OdDxfTagList merged = mergeGroups(ownGroups(object, ctx), body, chain);
   // The object's own unknown groups are in the merged list where they stood.

@@ -10,6 +10,7 @@
 #include "DbDatabase.h"
 #include "DbObject.h"
 #include "DbSymbolTable.h"
+#include "DbTagSupport.h"
 #include "db/TagFiling.h"
 
 namespace {
@@ -39,7 +40,6 @@ struct CodeIndex {
   std::vector<std::pair<const OdDbField*, Check>> valueChecks;
 };
 
-bool isSizeField(const OdDbField& field);
 
 const CodeIndex& codeIndexOf(const OdDbClassSchema* schema) {
   static std::unordered_map<const OdDbClassSchema*, std::unique_ptr<CodeIndex>> cache;
@@ -65,14 +65,14 @@ const CodeIndex& codeIndexOf(const OdDbClassSchema* schema) {
       switch (field.kind) {
         case OdDbFieldKind::kDouble:
           index->valueChecks.emplace_back(&field, (field.flags & OdDbField::kAngleDegrees) ? Check::kAngle
-                                                  : isSizeField(field)                     ? Check::kSize
+                                                  : odDbFieldIsSize(field)                  ? Check::kSize
                                                                                            : Check::kReal);
           break;
         case OdDbFieldKind::kPoint2d: index->valueChecks.emplace_back(&field, Check::kPoint2d); break;
         case OdDbFieldKind::kPoint3d: index->valueChecks.emplace_back(&field, Check::kPoint3d); break;
         case OdDbFieldKind::kVector3d:
           index->valueChecks.emplace_back(&field,
-                                          std::wcscmp(field.name, L"normal") == 0 ? Check::kNormal : Check::kVector);
+                                          odDbFieldIsNormal(field) ? Check::kNormal : Check::kVector);
           break;
         default: break;
       }
@@ -245,20 +245,7 @@ size_t editDistance(const wchar_t* a, const wchar_t* b) {
   return row[m];
 }
 
-bool isFiniteTag(const OdDxfTag& tag) {
-  if (tag.type == OdDxf::ValueType::kDouble) return std::isfinite(tag.x);
-  if (tag.type == OdDxf::ValueType::kPoint) return std::isfinite(tag.x) && std::isfinite(tag.y) && std::isfinite(tag.z);
-  return true;
-}
 
-// Sizes that cannot be negative: radii and heights.
-bool isSizeField(const OdDbField& field) {
-  static const wchar_t* const kSizes[] = {L"radius", L"height", L"textHeight", L"textSize"};
-  for (const wchar_t* name : kSizes) {
-    if (std::wcscmp(field.name, name) == 0) return true;
-  }
-  return false;
-}
 
 // Angles of more than this many turns are brought into the first turn: they
 // mean the same direction, and parameters that large no longer step.
@@ -510,7 +497,7 @@ void readFields(OdDbObject* object, const OdDxfTag* begin, const OdDxfTag* end, 
   OdDxfTag finite;  // a copy of a tag whose numbers were not finite, with zeros for them
   for (const OdDxfTag* read = begin; read != end; ++read) {
     const OdDxfTag* tag = read;
-    const bool nonFinite = !isFiniteTag(*read);
+    const bool nonFinite = !odDxfTagIsFinite(*read);
     if (nonFinite) {
       // A plain field gets its default below; what a codec or the kept data
       // takes gets zero in place of the number.
@@ -723,3 +710,26 @@ bool fieldsEqual(const OdDbObject* a, const OdDbObject* b, OdString* firstDiffer
 }
 
 }  // namespace OdDbSchemaIo
+
+// ---------------------------------------------------------------- values that cannot stand
+
+bool odDxfTagIsFinite(const OdDxfTag& tag) {
+  if (tag.type == OdDxf::ValueType::kDouble) return std::isfinite(tag.x);
+  if (tag.type == OdDxf::ValueType::kPoint) return std::isfinite(tag.x) && std::isfinite(tag.y) && std::isfinite(tag.z);
+  return true;
+}
+
+// Sizes that cannot be negative: radii and heights.
+bool odDbFieldIsSize(const OdDbField& field) {
+  if (field.kind != OdDbFieldKind::kDouble) return false;
+  static const wchar_t* const kSizes[] = {L"radius", L"height", L"textHeight", L"textSize"};
+  for (const wchar_t* name : kSizes) {
+    if (std::wcscmp(field.name, name) == 0) return true;
+  }
+  return false;
+}
+
+// Normals need a direction (offsets and the like may be zero vectors).
+bool odDbFieldIsNormal(const OdDbField& field) {
+  return field.kind == OdDbFieldKind::kVector3d && std::wcscmp(field.name, L"normal") == 0;
+}
