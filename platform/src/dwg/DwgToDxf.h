@@ -13,7 +13,7 @@
 #include "DwgRead.h"
 #include "OdCodePage.h"
 #include "dwg/DwgFile.h"
-#include "dxf/DxfTagWriter.h"
+#include "dxf/DxfTagStream.h"
 
 namespace oddwg {
 
@@ -49,10 +49,9 @@ class DwgToDxf {
   DwgToDxf(const OdDwgFile& file, OdDxfReadReport& report) : m_file(file), m_report(report) {
     m_r2000 = file.isR2000();
     m_cp = file.codePage();
-    m_w = OdDxfTagWriter(OdDxf::stringCodePageOf(OdString(file.versionName().c_str()).c_str(), odDxfNameOfCodePage(m_cp).c_str()),
-                         OdDxfTagWriter::LineEnding::kLf);
   }
-  std::string convert();
+  // The drawing as the DXF groups of its objects, held as values (no text).
+  OdDxfTagStream convert();
 
  private:
   using Decoder = std::function<bool(const OdDwgObject&, OdDwgBitReader&, OdDwgBitReader&)>;
@@ -126,8 +125,8 @@ class DwgToDxf {
 
   const OdDwgFile& m_file;
   OdDxfReadReport& m_report;
-  OdDxfTagWriter m_w;
-  std::string m_out;
+  OdDxfTagStream m_w;
+  OdDxfTagStream m_out;
   std::map<uint64_t, BlockInfo> m_blocks;
   bool m_r2000 = true;
   int m_cp = 1252;

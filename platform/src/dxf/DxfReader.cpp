@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <optional>
 #include <set>
 #include <unordered_map>
 #include <sstream>
@@ -23,6 +24,7 @@
 #include "db/DbDefaults.h"
 #include "dxf/DxfStructure.h"
 #include "dxf/DxfTagReader.h"
+#include "dxf/DxfTagStream.h"
 
 namespace {
 
@@ -75,9 +77,35 @@ class ReadContext : public OdDbTagContext {
   std::unordered_map<std::wstring, OdDbObjectId> m_names;
 };
 
+// Where the reader's tags come from: a file's data (ASCII or binary), or
+// tags held in memory as values. Either source is a concrete class; one
+// well-predicted branch per tag chooses it, with no virtual call.
+class TagInput {
+ public:
+  explicit TagInput(std::string_view data) { m_text.emplace(data); }
+  explicit TagInput(const OdDxfTagStream& tags) { m_tags.emplace(tags); }
+
+  bool next(OdDxfTag& tag) { return m_tags ? m_tags->next(tag) : m_text->next(tag); }
+  void pushBack() { m_tags ? m_tags->pushBack() : m_text->pushBack(); }
+  int line() const { return m_tags ? m_tags->line() : m_text->line(); }
+  std::string where() const { return m_tags ? m_tags->where() : m_text->where(); }
+  bool hasError() const { return m_tags ? m_tags->hasError() : m_text->hasError(); }
+  const std::string& errorMessage() const { return m_tags ? m_tags->errorMessage() : m_text->errorMessage(); }
+  bool atEnd() const { return m_tags ? m_tags->atEnd() : m_text->atEnd(); }
+  size_t bytesAfterEof() const { return m_tags ? m_tags->bytesAfterEof() : m_text->bytesAfterEof(); }
+  bool isBinary() const { return m_tags ? m_tags->isBinary() : m_text->isBinary(); }
+  void setCodePage(int codePage) { m_tags ? m_tags->setCodePage(codePage) : m_text->setCodePage(codePage); }
+  void setStopAtEof(bool stop) { m_tags ? m_tags->setStopAtEof(stop) : m_text->setStopAtEof(stop); }
+
+ private:
+  std::optional<OdDxfTagReader> m_text;
+  std::optional<OdDxfTagStreamReader> m_tags;
+};
+
 class DxfReader {
  public:
   DxfReader(std::string_view data, OdDxfReadReport& report) : m_data(data), m_in(data), m_report(report) {}
+  DxfReader(const OdDxfTagStream& tags, OdDxfReadReport& report) : m_tags(&tags), m_in(tags), m_report(report) {}
   OdDbDatabasePtr read();
 
  private:
@@ -92,6 +120,8 @@ class DxfReader {
 
   // ---- sections
   void scanHeaderForEncoding();
+  template <class Tags>
+  void scanHeaderForEncoding(Tags& scan);
   void readHeader();
   void readClasses();
   void readTables();
@@ -144,7 +174,8 @@ class DxfReader {
   void reportBlockCycles();
 
   std::string_view m_data;
-  OdDxfTagReader m_in;
+  const OdDxfTagStream* m_tags = nullptr;  // reading tags from memory instead of data
+  TagInput m_in;
   OdDxfReadReport& m_report;
   OdDbDatabasePtr m_db;
   ReadContext m_ctx;
@@ -199,7 +230,17 @@ void DxfReader::readBody() {
 
 void DxfReader::scanHeaderForEncoding() {
   // The code page of strings is known only from the header: look at it first.
-  OdDxfTagReader scan(m_data);
+  if (m_tags) {
+    OdDxfTagStreamReader scan(*m_tags);
+    scanHeaderForEncoding(scan);
+  } else {
+    OdDxfTagReader scan(m_data);
+    scanHeaderForEncoding(scan);
+  }
+}
+
+template <class Tags>
+void DxfReader::scanHeaderForEncoding(Tags& scan) {
   OdString acadver, codepage;
   OdDxfTag tag;
   OdString variable;
@@ -734,7 +775,7 @@ OdDbDatabasePtr DxfReader::read() {
   m_ctx.db = m_db.get();
   m_in.setStopAtEof(true);
 
-  if (m_data.find_first_not_of(" \t\r\n") == std::string_view::npos) refuse("the file is empty");
+  if (m_tags ? m_tags->empty() : m_data.find_first_not_of(" \t\r\n") == std::string_view::npos) refuse("the file is empty");
   bool any = false;
   while (nextTag()) {
     if (m_tag.code == 0 && m_tag.s == L"EOF") {
@@ -1096,6 +1137,12 @@ void DxfReader::finish() {
 OdDbDatabasePtr odDxfReadBuffer(std::string_view data, OdDxfReadReport* report) {
   OdDxfReadReport local;
   DxfReader reader(data, report ? *report : local);
+  return reader.read();
+}
+
+OdDbDatabasePtr odDxfReadTags(const OdDxfTagStream& tags, OdDxfReadReport* report) {
+  OdDxfReadReport local;
+  DxfReader reader(tags, report ? *report : local);
   return reader.read();
 }
 
