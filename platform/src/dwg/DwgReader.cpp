@@ -214,7 +214,8 @@ OdDbDatabasePtr odDwgReadBuffer(std::string_view data, OdDxfReadReport* report) 
   OdDxfReadReport local;
   OdDxfReadReport& out = report ? *report : local;
   OdDwgFile file;
-  if (!file.open(std::vector<uint8_t>(data.begin(), data.end()))) {
+  const auto* bytes = reinterpret_cast<const uint8_t*>(data.data());
+  if (!file.open(std::vector<uint8_t>(bytes, bytes + data.size()))) {
     const std::string why = file.problems().empty() ? "unreadable" : file.problems().front();
     const bool version = why.find("DWG version") != std::string::npos;
     throw OdError(version ? eInvalidDwgVersion : eDwgNotRecoverable, OdString(why.c_str()));

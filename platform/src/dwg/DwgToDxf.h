@@ -56,9 +56,10 @@ class DwgToDxf {
  private:
   using Decoder = std::function<bool(const OdDwgObject&, OdDwgBitReader&, OdDwgBitReader&)>;
 
-  OdString nameOf(uint64_t handle) const {
+  const OdString& nameOf(uint64_t handle) const {
+    static const OdString kNone;
     const OdDwgObject* o = m_file.find(handle);
-    return o ? o->recordName : OdString();
+    return o ? o->recordName : kNone;
   }
   void notRead(const OdDwgObject& o) { ++m_notRead[o.dxfName.toUtf8()]; }
   void failed(const OdDwgObject& o, const OdDwgDecodeError& e) {

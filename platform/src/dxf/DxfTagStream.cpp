@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 
 #include "dxf/DxfTagReader.h"
 #include "dxf/DxfTagWriter.h"
@@ -41,6 +42,8 @@ bool isIntegerType(ValueType type) {
 // ---------------------------------------------------------------- writing
 
 void OdDxfTagStream::start(int code, Kind kind) {
+  // A stream released after every object starts again empty: room for a whole object at once.
+  if (m_bytes.capacity() < 64) m_bytes.reserve(1024);
   const auto code16 = static_cast<OdInt16>(code);
   char head[kHeadSize];
   std::memcpy(head, &code16, 2);
@@ -55,15 +58,15 @@ void OdDxfTagStream::put(const T& value) {
 
 void OdDxfTagStream::writeString(int code, std::wstring_view text) {
   start(code, Kind::kString);
-  const size_t at = m_bytes.size();
-  put(static_cast<OdUInt32>(text.size()));
-  OdUInt32 count = 0;
-  for (const wchar_t ch : text) {
-    if (ch == 0) continue;  // a line of text cannot hold it
-    put(ch);
-    ++count;
+  if (std::wmemchr(text.data(), L'\0', text.size()) == nullptr) {
+    put(static_cast<OdUInt32>(text.size()));
+    m_bytes.append(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t));
+    return;
   }
-  if (count != text.size()) std::memcpy(m_bytes.data() + at, &count, sizeof count);
+  std::wstring kept(text);
+  std::erase(kept, L'\0');  // a line of text cannot hold it
+  put(static_cast<OdUInt32>(kept.size()));
+  m_bytes.append(reinterpret_cast<const char*>(kept.data()), kept.size() * sizeof(wchar_t));
 }
 
 void OdDxfTagStream::writeDouble(int code, double value) {
