@@ -379,12 +379,17 @@ void DxfReader::readTableRecords(const OdDxfTableKind* kind, const OdDbObjectId&
     OdDbObjectPtr object = makeObject(kind->recordClass(), recordType, tableId, dimStyle);
     auto* record = static_cast<OdDbSymbolTableRecord*>(object.get());
     auto* table = static_cast<OdDbSymbolTable*>(tableId.stub()->object);
-    if (record->getName().isEmpty() && kind->table != OdDbNameTable::kBlock) {
+    // A text style that stands for a shape file has no name, and a file may
+    // hold several: each is kept with its handle (linetypes refer to them).
+    const bool shapeFile = kind->table == OdDbNameTable::kTextStyle &&
+                           static_cast<OdDbTextStyleTableRecord*>(record)->isShapeFile();
+    const bool nameless = record->getName().isEmpty();
+    if (nameless && kind->table != OdDbNameTable::kBlock && !shapeFile) {
       repair(OdString().format(L"line %d: %ls record without a name dropped", m_bodyLine, recordType.c_str()));
       object->erase();
       continue;
     }
-    if (!table->getAt(record->getName()).isNull()) {
+    if (!(nameless && shapeFile) && !table->getAt(record->getName()).isNull()) {
       repair(OdString().format(L"line %d: duplicate %ls record '%ls' dropped", m_bodyLine, recordType.c_str(),
                                record->getName().c_str()));
       object->erase();
