@@ -114,22 +114,7 @@ void OdDxfTagStream::writeBinary(int code, const OdUInt8* data, size_t size) {
   m_bytes.append(reinterpret_cast<const char*>(data), size);
 }
 
-void OdDxfTagStream::writeTag(const OdDxfTag& tag) {
-  switch (tag.type) {
-    case ValueType::kString: writeString(tag.code, tag.s); break;
-    case ValueType::kDouble: writeDouble(tag.code, tag.x); break;
-    case ValueType::kPoint:
-      if (tag.dims == 2) writePoint(tag.code, tag.x, tag.y);
-      else writePoint(tag.code, tag.x, tag.y, tag.z);
-      break;
-    case ValueType::kHandle:
-      if (tag.s.isEmpty()) writeHandle(tag.code, static_cast<OdUInt64>(tag.i));
-      else writeString(tag.code, tag.s);
-      break;
-    case ValueType::kBinary: writeBinary(tag.code, tag.bin); break;
-    default: writeInt(tag.code, tag.i); break;
-  }
-}
+void OdDxfTagStream::writeTag(const OdDxfTag& tag) { odDxfWriteTagWith(*this, tag); }
 
 OdDxfTagStream OdDxfTagStream::release() {
   OdDxfTagStream out;
