@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include "dxf/DxfNumberFormat.h"
+#include "base/DxfNumberFormat.h"
 
 namespace {
 
@@ -122,20 +122,4 @@ void OdDxfTagWriter::writeBinary(int code, const OdUInt8* data, size_t size) {
   endLine();
 }
 
-void OdDxfTagWriter::writeTag(const OdDxfTag& tag) {
-  using OdDxf::ValueType;
-  switch (tag.type) {
-    case ValueType::kString: writeString(tag.code, tag.s); break;
-    case ValueType::kDouble: writeDouble(tag.code, tag.x); break;
-    case ValueType::kPoint:
-      if (tag.dims == 2) writePoint(tag.code, tag.x, tag.y);
-      else writePoint(tag.code, tag.x, tag.y, tag.z);
-      break;
-    case ValueType::kHandle:
-      if (tag.s.isEmpty()) writeHandle(tag.code, static_cast<OdUInt64>(tag.i));
-      else writeString(tag.code, tag.s);
-      break;
-    case ValueType::kBinary: writeBinary(tag.code, tag.bin); break;
-    default: writeInt(tag.code, tag.i); break;
-  }
-}
+void OdDxfTagWriter::writeTag(const OdDxfTag& tag) { odDxfWriteTagWith(*this, tag); }

@@ -98,3 +98,25 @@ class OdDxfTagWriter {
   bool m_crlf = true;
   bool m_lossy = false;
 };
+
+// Writes a tag by its type with a writer's typed calls (the text writer's,
+// the tag stream's): points by dims, a handle with text (not valid hex when
+// read) as that text.
+template <class Writer>
+void odDxfWriteTagWith(Writer& writer, const OdDxfTag& tag) {
+  using OdDxf::ValueType;
+  switch (tag.type) {
+    case ValueType::kString: writer.writeString(tag.code, tag.s); break;
+    case ValueType::kDouble: writer.writeDouble(tag.code, tag.x); break;
+    case ValueType::kPoint:
+      if (tag.dims == 2) writer.writePoint(tag.code, tag.x, tag.y);
+      else writer.writePoint(tag.code, tag.x, tag.y, tag.z);
+      break;
+    case ValueType::kHandle:
+      if (tag.s.isEmpty()) writer.writeHandle(tag.code, static_cast<OdUInt64>(tag.i));
+      else writer.writeString(tag.code, tag.s);
+      break;
+    case ValueType::kBinary: writer.writeBinary(tag.code, tag.bin); break;
+    default: writer.writeInt(tag.code, tag.i); break;
+  }
+}
