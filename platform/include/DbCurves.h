@@ -411,8 +411,5 @@ class OdDbSpline : public OdDbCurve {
   OdGePoint3dArray m_controlPoints;
   OdGePoint3dArray m_fitPoints;
 
-  friend struct OdDbSplineCountsCodec;
-  friend struct OdDbSplineFitToleranceCodec;
-  friend struct OdDbSplineArraysCodec;
 };
 using OdDbSplinePtr = OdSmartPtr<OdDbSpline>;

@@ -168,7 +168,6 @@ class OdDbHatch : public OdDbEntity {
   struct LoopRecord;
   struct PatternLineRecord;
   struct Data;
-  struct ReadState;
 
  private:
   friend struct OdDbHatchDataCodec;
@@ -183,6 +182,5 @@ class OdDbHatch : public OdDbEntity {
   OdInt16 m_solidFill = 0;
   OdInt16 m_associative = 0;
   std::unique_ptr<Data> m_data;
-  std::unique_ptr<ReadState> m_readState;  // only while tags are read
 };
 using OdDbHatchPtr = OdSmartPtr<OdDbHatch>;

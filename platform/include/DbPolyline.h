@@ -132,10 +132,11 @@ class OdDbPolyline : public OdDbCurve {
   std::vector<Vertex> m_vertices;
   OdGeVector3d m_normal = OdGeVector3d(0, 0, 1);
   double m_widthRead = 0;  // the constant width while a file is read
+  // Whether the vertices' widths are written (no constant width): worked
+  // out once before the groups are written.
+  mutable bool m_writeWidths = true;
 
-  friend struct OdDbPolylineCountCodec;
   friend struct OdDbPolylineWidthCodec;
-  friend struct OdDbPolylineVerticesCodec;
 };
 using OdDbPolylinePtr = OdSmartPtr<OdDbPolyline>;
 

@@ -36,7 +36,7 @@ struct CodeIndex {
   int flatCount = 0;
   // The fields whose values a read checks, with what is checked (worked
   // out once per class, so that reading pays only for the tests).
-  enum class Check { kAngle, kReal, kSize, kPoint2d, kPoint3d, kVector, kNormal };
+  enum class Check { kAngle, kReal, kSize, kPoint2d, kPoint3d, kVector, kNormal, kValidSet };
   std::vector<std::pair<const OdDbField*, Check>> valueChecks;
 };
 
@@ -74,6 +74,13 @@ const CodeIndex& codeIndexOf(const OdDbClassSchema* schema) {
           index->valueChecks.emplace_back(&field,
                                           odDbFieldIsNormal(field) ? Check::kNormal : Check::kVector);
           break;
+        case OdDbFieldKind::kBool:
+        case OdDbFieldKind::kInt8:
+        case OdDbFieldKind::kInt16:
+        case OdDbFieldKind::kInt32:
+        case OdDbFieldKind::kInt64:
+          if (field.hasValidSet()) index->valueChecks.emplace_back(&field, Check::kValidSet);
+          break;
         default: break;
       }
     }
@@ -94,9 +101,8 @@ const OdDbClassSchema* schemaOf(const OdDbObject* object) {
   return nullptr;
 }
 
-void appendFieldTags(const OdDbObject* object, const OdDbField& field, OdDbTagSink& out, OdDbTagContext& ctx,
-                     OdDxfTagList& scratch) {
-  const void* p = field.ref(object);
+// The tags of one plain value at p.
+void writeValue(const OdDbField& field, const void* p, OdDbTagSink& out, OdDbTagContext& ctx) {
   switch (field.kind) {
     case OdDbFieldKind::kBool: out.addInteger(field.code, at<bool>(p) ? 1 : 0); break;
     case OdDbFieldKind::kInt8: out.addInteger(field.code, at<OdInt8>(p)); break;
@@ -140,12 +146,19 @@ void appendFieldTags(const OdDbObject* object, const OdDbField& field, OdDbTagSi
       out.addString(field.code, name);
       break;
     }
-    case OdDbFieldKind::kCustom:
-      scratch.clear();
-      field.codec->toTags(object, scratch, ctx);
-      for (const auto& tag : scratch) out.addTag(tag);
-      break;
+    case OdDbFieldKind::kCustom: break;
   }
+}
+
+void appendFieldTags(const OdDbObject* object, const OdDbField& field, OdDbTagSink& out, OdDbTagContext& ctx,
+                     OdDxfTagList& scratch) {
+  if (field.kind != OdDbFieldKind::kCustom) {
+    writeValue(field, field.ref(object), out, ctx);
+    return;
+  }
+  scratch.clear();
+  field.codec->toTags(object, scratch, ctx);
+  for (const auto& tag : scratch) out.addTag(tag);
 }
 
 class ListSink : public OdDbTagSink {
@@ -175,9 +188,9 @@ double tagReal(const OdDxfTag& tag) {
   }
 }
 
-// Stores one tag into a plain field; false when the tag cannot be taken.
-bool setFieldFromTag(OdDbObject* object, const OdDbField& field, const OdDxfTag& tag, OdDbTagContext& ctx) {
-  void* p = field.ref(object);
+// Stores one tag into a plain value at p (a field of the object, or of one of
+// its records); false when the tag cannot be taken.
+bool readValue(OdDbObject* object, const OdDbField& field, void* p, const OdDxfTag& tag, OdDbTagContext& ctx) {
   switch (field.kind) {
     case OdDbFieldKind::kBool: at<bool>(p) = tagInteger(tag) != 0; return true;
     case OdDbFieldKind::kInt8: at<OdInt8>(p) = static_cast<OdInt8>(tagInteger(tag)); return true;
@@ -222,9 +235,14 @@ bool setFieldFromTag(OdDbObject* object, const OdDbField& field, const OdDxfTag&
       if (id.isNull() && !tag.s.isEmpty()) ctx.deferName(object, field, tag.s);
       return true;
     }
-    case OdDbFieldKind::kCustom: return field.codec->fromTag(object, tag, ctx);
+    case OdDbFieldKind::kCustom: return false;
   }
   return false;
+}
+
+bool setFieldFromTag(OdDbObject* object, const OdDbField& field, const OdDxfTag& tag, OdDbTagContext& ctx) {
+  if (field.kind == OdDbFieldKind::kCustom) return field.codec->fromTag(object, tag, ctx);
+  return readValue(object, field, field.ref(object), tag, ctx);
 }
 
 // Edits (insert, delete, replace a letter, ignoring case) from one text to another.
@@ -245,6 +263,17 @@ size_t editDistance(const wchar_t* a, const wchar_t* b) {
   return row[m];
 }
 
+// The value of an integer field (bool, 8 to 64 bits).
+OdInt64 integerAt(const OdDbField& field, const void* p) {
+  switch (field.kind) {
+    case OdDbFieldKind::kBool: return at<bool>(p) ? 1 : 0;
+    case OdDbFieldKind::kInt8: return at<OdInt8>(p);
+    case OdDbFieldKind::kInt16: return at<OdInt16>(p);
+    case OdDbFieldKind::kInt32: return at<OdInt32>(p);
+    case OdDbFieldKind::kInt64: return at<OdInt64>(p);
+    default: return 0;
+  }
+}
 
 
 // Angles of more than this many turns are brought into the first turn: they
@@ -286,6 +315,7 @@ void repairFields(OdDbObject* object, const CodeIndex& index, OdDbTagContext& ct
         bad = !std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z);
         break;
       }
+      case Check::kValidSet: bad = !field->isValidValue(integerAt(*field, p)); break;
       case Check::kVector:
       case Check::kNormal: {
         // A normal must have a direction (offsets and the like may be zero).
@@ -315,6 +345,191 @@ int findField(const CodeIndex& index, int sub, int code, const std::vector<bool>
   return index.catchAll[static_cast<size_t>(sub)];
 }
 
+
+void fileOutValue(const OdDbField& field, const void* p, OdDbDwgFiler* filer) {
+  switch (field.kind) {
+    case OdDbFieldKind::kBool: filer->wrBool(at<bool>(p)); break;
+    case OdDbFieldKind::kInt8: filer->wrInt8(at<OdInt8>(p)); break;
+    case OdDbFieldKind::kInt16: filer->wrInt16(at<OdInt16>(p)); break;
+    case OdDbFieldKind::kInt32: filer->wrInt32(at<OdInt32>(p)); break;
+    case OdDbFieldKind::kInt64: filer->wrInt64(at<OdInt64>(p)); break;
+    case OdDbFieldKind::kDouble: filer->wrDouble(at<double>(p)); break;
+    case OdDbFieldKind::kString: filer->wrString(at<OdString>(p)); break;
+    case OdDbFieldKind::kPoint2d: filer->wrPoint2d(at<OdGePoint2d>(p)); break;
+    case OdDbFieldKind::kPoint3d: filer->wrPoint3d(at<OdGePoint3d>(p)); break;
+    case OdDbFieldKind::kVector3d: filer->wrVector3d(at<OdGeVector3d>(p)); break;
+    case OdDbFieldKind::kHardOwner: filer->wrHardOwnershipId(at<OdDbObjectId>(p)); break;
+    case OdDbFieldKind::kSoftOwner: filer->wrSoftOwnershipId(at<OdDbObjectId>(p)); break;
+    case OdDbFieldKind::kHardPointer: filer->wrHardPointerId(at<OdDbObjectId>(p)); break;
+    case OdDbFieldKind::kSoftPointer:
+    case OdDbFieldKind::kNameRef: filer->wrSoftPointerId(at<OdDbObjectId>(p)); break;
+    case OdDbFieldKind::kCustom: break;
+  }
+}
+
+void fileInValue(const OdDbField& field, void* p, OdDbDwgFiler* filer) {
+  switch (field.kind) {
+    case OdDbFieldKind::kBool: at<bool>(p) = filer->rdBool(); break;
+    case OdDbFieldKind::kInt8: at<OdInt8>(p) = filer->rdInt8(); break;
+    case OdDbFieldKind::kInt16: at<OdInt16>(p) = filer->rdInt16(); break;
+    case OdDbFieldKind::kInt32: at<OdInt32>(p) = filer->rdInt32(); break;
+    case OdDbFieldKind::kInt64: at<OdInt64>(p) = filer->rdInt64(); break;
+    case OdDbFieldKind::kDouble: at<double>(p) = filer->rdDouble(); break;
+    case OdDbFieldKind::kString: at<OdString>(p) = filer->rdString(); break;
+    case OdDbFieldKind::kPoint2d: at<OdGePoint2d>(p) = filer->rdPoint2d(); break;
+    case OdDbFieldKind::kPoint3d: at<OdGePoint3d>(p) = filer->rdPoint3d(); break;
+    case OdDbFieldKind::kVector3d: at<OdGeVector3d>(p) = filer->rdVector3d(); break;
+    case OdDbFieldKind::kHardOwner: at<OdDbObjectId>(p) = filer->rdHardOwnershipId(); break;
+    case OdDbFieldKind::kSoftOwner: at<OdDbObjectId>(p) = filer->rdSoftOwnershipId(); break;
+    case OdDbFieldKind::kHardPointer: at<OdDbObjectId>(p) = filer->rdHardPointerId(); break;
+    case OdDbFieldKind::kSoftPointer:
+    case OdDbFieldKind::kNameRef: at<OdDbObjectId>(p) = filer->rdSoftPointerId(); break;
+    case OdDbFieldKind::kCustom: break;
+  }
+}
+
+bool sameValue(const OdDbField& field, const void* pa, const void* pb) {
+  switch (field.kind) {
+    case OdDbFieldKind::kBool: return at<bool>(pa) == at<bool>(pb);
+    case OdDbFieldKind::kInt8: return at<OdInt8>(pa) == at<OdInt8>(pb);
+    case OdDbFieldKind::kInt16: return at<OdInt16>(pa) == at<OdInt16>(pb);
+    case OdDbFieldKind::kInt32: return at<OdInt32>(pa) == at<OdInt32>(pb);
+    case OdDbFieldKind::kInt64: return at<OdInt64>(pa) == at<OdInt64>(pb);
+    case OdDbFieldKind::kDouble: return sameDouble(at<double>(pa), at<double>(pb));
+    case OdDbFieldKind::kString: return at<OdString>(pa) == at<OdString>(pb);
+    case OdDbFieldKind::kPoint2d: {
+      const auto &p = at<OdGePoint2d>(pa), &q = at<OdGePoint2d>(pb);
+      return sameDouble(p.x, q.x) && sameDouble(p.y, q.y);
+    }
+    case OdDbFieldKind::kPoint3d: {
+      const auto &p = at<OdGePoint3d>(pa), &q = at<OdGePoint3d>(pb);
+      return sameDouble(p.x, q.x) && sameDouble(p.y, q.y) && sameDouble(p.z, q.z);
+    }
+    case OdDbFieldKind::kVector3d: {
+      const auto &p = at<OdGeVector3d>(pa), &q = at<OdGeVector3d>(pb);
+      return sameDouble(p.x, q.x) && sameDouble(p.y, q.y) && sameDouble(p.z, q.z);
+    }
+    case OdDbFieldKind::kHardOwner:
+    case OdDbFieldKind::kSoftOwner:
+    case OdDbFieldKind::kHardPointer:
+    case OdDbFieldKind::kSoftPointer:
+    case OdDbFieldKind::kNameRef: {
+      // Objects of two databases compare by handle.
+      const auto &p = at<OdDbObjectId>(pa), &q = at<OdDbObjectId>(pb);
+      return p.isNull() == q.isNull() && (p.isNull() || p.handle() == q.handle());
+    }
+    case OdDbFieldKind::kCustom: return true;
+  }
+  return true;
+}
+
+// ---------------------------------------------------------------- records
+
+bool fieldApplies(const OdDbField& field, const void* record, const OdDbObject* object, OdDbTagContext& ctx) {
+  return !field.when || field.when(record, object, ctx);
+}
+
+void writeRecord(const std::vector<OdDbField>& fields, const void* record, const OdDbObject* object,
+                 OdDbTagSink& out, OdDbTagContext& ctx) {
+  for (const OdDbField& field : fields) {
+    if ((field.flags & OdDbField::kNoDxf) || ctx.version() < field.minVersion) continue;
+    if (!fieldApplies(field, record, object, ctx)) continue;
+    if (field.presence && !*field.presence(const_cast<void*>(record))) continue;
+    const void* p = field.refIn(record);
+    switch (field.shape) {
+      case OdDbFieldShape::kValue:
+        if ((field.flags & OdDbField::kOptional) && field.hasDefaultIn(record)) break;
+        writeValue(field, p, out, ctx);
+        break;
+      case OdDbFieldShape::kCount: out.addInteger(field.code, static_cast<OdInt64>(field.array->size(p))); break;
+      case OdDbFieldShape::kArray: {
+        const size_t count = field.array->size(p);
+        for (size_t i = 0; i < count; ++i) writeRecord(field.array->fields, field.array->element(p, i), object, out, ctx);
+        break;
+      }
+    }
+  }
+}
+
+// Records are filed whole (every variant's fields, presence flags first),
+// arrays with their size.
+void fileOutRecord(const std::vector<OdDbField>& fields, const void* record, OdDbDwgFiler* filer) {
+  for (const OdDbField& field : fields) {
+    if ((field.flags & OdDbField::kNoFiler) || field.shape == OdDbFieldShape::kCount) continue;
+    if (field.presence) filer->wrBool(*field.presence(const_cast<void*>(record)));
+    const void* p = field.refIn(record);
+    if (field.shape == OdDbFieldShape::kValue) {
+      fileOutValue(field, p, filer);
+      continue;
+    }
+    const size_t count = field.array->size(p);
+    filer->wrInt32(static_cast<OdInt32>(count));
+    for (size_t i = 0; i < count; ++i) fileOutRecord(field.array->fields, field.array->element(p, i), filer);
+  }
+}
+
+void fileInRecord(const std::vector<OdDbField>& fields, void* record, OdDbDwgFiler* filer) {
+  for (const OdDbField& field : fields) {
+    if ((field.flags & OdDbField::kNoFiler) || field.shape == OdDbFieldShape::kCount) continue;
+    if (field.presence) *field.presence(record) = filer->rdBool();
+    void* p = field.refIn(record);
+    if (field.shape == OdDbFieldShape::kValue) {
+      fileInValue(field, p, filer);
+      continue;
+    }
+    const size_t count = static_cast<size_t>(std::max<OdInt32>(0, filer->rdInt32()));
+    field.array->resize(p, count);
+    for (size_t i = 0; i < count; ++i) fileInRecord(field.array->fields, field.array->at(p, i), filer);
+  }
+}
+
+bool sameRecord(const std::vector<OdDbField>& fields, const void* a, const void* b) {
+  for (const OdDbField& field : fields) {
+    if ((field.flags & OdDbField::kNoFiler) || field.shape == OdDbFieldShape::kCount) continue;
+    if (field.presence && *field.presence(const_cast<void*>(a)) != *field.presence(const_cast<void*>(b))) return false;
+    const void* pa = field.refIn(a);
+    const void* pb = field.refIn(b);
+    if (field.shape == OdDbFieldShape::kValue) {
+      if (!sameValue(field, pa, pb)) return false;
+      continue;
+    }
+    const size_t count = field.array->size(pa);
+    if (count != field.array->size(pb)) return false;
+    for (size_t i = 0; i < count; ++i) {
+      if (!sameRecord(field.array->fields, field.array->element(pa, i), field.array->element(pb, i))) return false;
+    }
+  }
+  return true;
+}
+
+void collectCodes(const std::vector<OdDbField>& fields, std::vector<int>& codes) {
+  for (const OdDbField& field : fields) {
+    if (field.flags & OdDbField::kNoDxf) continue;
+    if (field.shape == OdDbFieldShape::kArray) collectCodes(field.array->fields, codes);
+    else if (std::find(codes.begin(), codes.end(), field.code) == codes.end()) codes.push_back(field.code);
+  }
+}
+
+// Takes a tag into a record's field (a value, or its presence); false when
+// it cannot be taken.
+bool takeValue(OdDbObject* object, const OdDbField& field, void* record, const OdDxfTag& tag, OdDbTagContext& ctx) {
+  // A count is not kept: the records that follow say how many.
+  if (field.shape == OdDbFieldShape::kValue && !readValue(object, field, field.refIn(record), tag, ctx)) return false;
+  if (field.presence) *field.presence(record) = true;
+  return true;
+}
+
+// Appends a record to the frame's array and reads the tag into its first field.
+void beginRecord(OdDbTagContext::RecordFrame& frame, void* container, OdDbObject* object, const OdDxfTag& tag,
+                 OdDbTagContext& ctx) {
+  const OdDbArraySpec& spec = *frame.array->array;
+  const size_t count = spec.size(container);
+  spec.resize(container, count + 1);
+  frame.record = spec.at(container, count);
+  frame.seen = 1;
+  if (spec.beginRecord) spec.beginRecord(frame.record, object);
+  takeValue(object, spec.fields.front(), frame.record, tag, ctx);
+}
 }  // namespace
 
 double odDegreesToRadians(double degrees) { return degrees * (3.14159265358979323846 / 180.0); }
@@ -343,8 +558,18 @@ std::vector<const OdDbSubclass*> OdDbClassSchema::chain() const {
   return result;
 }
 
-bool OdDbField::hasDefault(const OdDbObject* object) const {
-  const void* p = ref(object);
+bool OdDbField::isValidValue(OdInt64 value) const {
+  if (validHigh >= validLow && value >= validLow && value <= validHigh) return true;
+  for (OdUInt8 i = 0; i < validSetSize; ++i) {
+    if (validSet[i] == value) return true;
+  }
+  return !hasValidSet();
+}
+
+bool OdDbField::hasDefaultIn(const void* owner) const {
+  const void* p = refIn(owner);
+  if (shape == OdDbFieldShape::kArray) return array->size(p) == 0;
+  if (shape == OdDbFieldShape::kCount) return true;
   switch (kind) {
     case OdDbFieldKind::kBool: return at<bool>(p) == (defaultInt != 0);
     case OdDbFieldKind::kInt8: return at<OdInt8>(p) == defaultInt;
@@ -382,8 +607,11 @@ bool OdDbField::hasDefault(const OdDbObject* object) const {
   return false;
 }
 
-void OdDbField::setDefault(OdDbObject* object) const {
-  void* p = ref(object);
+void OdDbField::setDefaultIn(void* owner) const {
+  void* p = refIn(owner);
+  if (presence) *presence(owner) = false;
+  if (shape == OdDbFieldShape::kArray) array->resize(p, 0);
+  if (shape != OdDbFieldShape::kValue) return;
   switch (kind) {
     case OdDbFieldKind::kBool: at<bool>(p) = defaultInt != 0; break;
     case OdDbFieldKind::kInt8: at<OdInt8>(p) = static_cast<OdInt8>(defaultInt); break;
@@ -405,7 +633,7 @@ OdDbField odCustomField(const OdDbFieldCodec& codec, const wchar_t* name) {
   field.codec = &codec;
   field.name = name;
   field.code = codec.codes().empty() ? 0 : codec.codes().front();
-  field.storage = [](OdDbObject* object) -> void* { return object; };
+  field.storage = [](void* object) -> void* { return object; };
   return field;
 }
 
@@ -427,6 +655,66 @@ OdString OdDbTagContext::nameOf(const OdDbObjectId& id) const {
   if (id.isNull() || !id.isValid()) return OdString();
   auto* record = dynamic_cast<const OdDbSymbolTableRecord*>(id.stub()->object);
   return record ? record->getName() : OdString();
+}
+
+OdDbRecordCodec::OdDbRecordCodec(std::vector<OdDbField> fields, void* (*base)(void*))
+    : m_fields(std::move(fields)), m_base(base) {
+  collectCodes(m_fields, m_codes);
+}
+
+void OdDbRecordCodec::toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext& ctx) const {
+  ListSink sink(out);
+  writeRecord(m_fields, record(object), object, sink, ctx);
+}
+
+void OdDbRecordCodec::beginRead(OdDbObject* object) const {
+  void* root = record(object);
+  for (const OdDbField& field : m_fields) field.setDefaultIn(root);
+}
+
+bool OdDbRecordCodec::fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext& ctx) const {
+  std::vector<OdDbTagContext::RecordFrame>& frames = ctx.recordFrames(this);
+  if (frames.empty()) frames.push_back({&m_fields, nullptr, record(object), 0});
+  for (;;) {
+    OdDbTagContext::RecordFrame& top = frames.back();
+    const std::vector<OdDbField>& fields = *top.fields;
+    for (size_t i = 0; i < fields.size(); ++i) {
+      const OdDbField& field = fields[i];
+      if (field.code != tag.code || ctx.version() < field.minVersion || (field.flags & OdDbField::kNoDxf)) continue;
+      if (field.when && !(field.flags & OdDbField::kWhenWriting) && !field.when(top.record, object, ctx)) continue;
+      if (field.shape == OdDbFieldShape::kArray) {
+        void* container = field.refIn(top.record);
+        frames.push_back({&field.array->fields, &field, nullptr, 0});
+        beginRecord(frames.back(), container, object, tag, ctx);
+        return true;
+      }
+      const OdUInt64 bit = OdUInt64(1) << (i & 63);
+      if (top.seen & bit) continue;
+      if (!takeValue(object, field, top.record, tag, ctx)) continue;
+      top.seen |= bit;
+      return true;
+    }
+    if (frames.size() == 1) return false;
+    // The first field's code again: the array's next record.
+    if (tag.code == top.array->code) {
+      void* container = top.array->refIn(frames[frames.size() - 2].record);
+      beginRecord(top, container, object, tag, ctx);
+      return true;
+    }
+    frames.pop_back();
+  }
+}
+
+void OdDbRecordCodec::fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const {
+  fileOutRecord(m_fields, record(object), filer);
+}
+
+void OdDbRecordCodec::fileIn(OdDbObject* object, OdDbDwgFiler* filer) const {
+  fileInRecord(m_fields, record(object), filer);
+}
+
+bool OdDbRecordCodec::isEqual(const OdDbObject* a, const OdDbObject* b) const {
+  return sameRecord(m_fields, record(a), record(b));
 }
 
 namespace OdDbSchemaIo {
@@ -596,25 +884,8 @@ void fileOutFields(const OdDbObject* object, OdDbDwgFiler* filer) {
   for (const OdDbSubclass* sub : codeIndexOf(schema).chain) {
     for (const OdDbField& field : sub->fields) {
       if (field.flags & OdDbField::kNoFiler) continue;
-      const void* p = field.ref(object);
-      switch (field.kind) {
-        case OdDbFieldKind::kBool: filer->wrBool(at<bool>(p)); break;
-        case OdDbFieldKind::kInt8: filer->wrInt8(at<OdInt8>(p)); break;
-        case OdDbFieldKind::kInt16: filer->wrInt16(at<OdInt16>(p)); break;
-        case OdDbFieldKind::kInt32: filer->wrInt32(at<OdInt32>(p)); break;
-        case OdDbFieldKind::kInt64: filer->wrInt64(at<OdInt64>(p)); break;
-        case OdDbFieldKind::kDouble: filer->wrDouble(at<double>(p)); break;
-        case OdDbFieldKind::kString: filer->wrString(at<OdString>(p)); break;
-        case OdDbFieldKind::kPoint2d: filer->wrPoint2d(at<OdGePoint2d>(p)); break;
-        case OdDbFieldKind::kPoint3d: filer->wrPoint3d(at<OdGePoint3d>(p)); break;
-        case OdDbFieldKind::kVector3d: filer->wrVector3d(at<OdGeVector3d>(p)); break;
-        case OdDbFieldKind::kHardOwner: filer->wrHardOwnershipId(at<OdDbObjectId>(p)); break;
-        case OdDbFieldKind::kSoftOwner: filer->wrSoftOwnershipId(at<OdDbObjectId>(p)); break;
-        case OdDbFieldKind::kHardPointer: filer->wrHardPointerId(at<OdDbObjectId>(p)); break;
-        case OdDbFieldKind::kSoftPointer:
-        case OdDbFieldKind::kNameRef: filer->wrSoftPointerId(at<OdDbObjectId>(p)); break;
-        case OdDbFieldKind::kCustom: field.codec->fileOut(object, filer); break;
-      }
+      if (field.kind == OdDbFieldKind::kCustom) field.codec->fileOut(object, filer);
+      else fileOutValue(field, field.ref(object), filer);
     }
   }
 }
@@ -625,25 +896,8 @@ void fileInFields(OdDbObject* object, OdDbDwgFiler* filer) {
   for (const OdDbSubclass* sub : codeIndexOf(schema).chain) {
     for (const OdDbField& field : sub->fields) {
       if (field.flags & OdDbField::kNoFiler) continue;
-      void* p = field.ref(object);
-      switch (field.kind) {
-        case OdDbFieldKind::kBool: at<bool>(p) = filer->rdBool(); break;
-        case OdDbFieldKind::kInt8: at<OdInt8>(p) = filer->rdInt8(); break;
-        case OdDbFieldKind::kInt16: at<OdInt16>(p) = filer->rdInt16(); break;
-        case OdDbFieldKind::kInt32: at<OdInt32>(p) = filer->rdInt32(); break;
-        case OdDbFieldKind::kInt64: at<OdInt64>(p) = filer->rdInt64(); break;
-        case OdDbFieldKind::kDouble: at<double>(p) = filer->rdDouble(); break;
-        case OdDbFieldKind::kString: at<OdString>(p) = filer->rdString(); break;
-        case OdDbFieldKind::kPoint2d: at<OdGePoint2d>(p) = filer->rdPoint2d(); break;
-        case OdDbFieldKind::kPoint3d: at<OdGePoint3d>(p) = filer->rdPoint3d(); break;
-        case OdDbFieldKind::kVector3d: at<OdGeVector3d>(p) = filer->rdVector3d(); break;
-        case OdDbFieldKind::kHardOwner: at<OdDbObjectId>(p) = filer->rdHardOwnershipId(); break;
-        case OdDbFieldKind::kSoftOwner: at<OdDbObjectId>(p) = filer->rdSoftOwnershipId(); break;
-        case OdDbFieldKind::kHardPointer: at<OdDbObjectId>(p) = filer->rdHardPointerId(); break;
-        case OdDbFieldKind::kSoftPointer:
-        case OdDbFieldKind::kNameRef: at<OdDbObjectId>(p) = filer->rdSoftPointerId(); break;
-        case OdDbFieldKind::kCustom: field.codec->fileIn(object, filer); break;
-      }
+      if (field.kind == OdDbFieldKind::kCustom) field.codec->fileIn(object, filer);
+      else fileInValue(field, field.ref(object), filer);
     }
   }
 }
@@ -658,44 +912,8 @@ bool fieldsEqual(const OdDbObject* a, const OdDbObject* b, OdString* firstDiffer
   for (const OdDbSubclass* sub : codeIndexOf(schema).chain) {
     for (const OdDbField& field : sub->fields) {
       if (field.flags & OdDbField::kNoFiler) continue;
-      const void* pa = field.ref(a);
-      const void* pb = field.ref(b);
-      bool same = true;
-      switch (field.kind) {
-        case OdDbFieldKind::kBool: same = at<bool>(pa) == at<bool>(pb); break;
-        case OdDbFieldKind::kInt8: same = at<OdInt8>(pa) == at<OdInt8>(pb); break;
-        case OdDbFieldKind::kInt16: same = at<OdInt16>(pa) == at<OdInt16>(pb); break;
-        case OdDbFieldKind::kInt32: same = at<OdInt32>(pa) == at<OdInt32>(pb); break;
-        case OdDbFieldKind::kInt64: same = at<OdInt64>(pa) == at<OdInt64>(pb); break;
-        case OdDbFieldKind::kDouble: same = sameDouble(at<double>(pa), at<double>(pb)); break;
-        case OdDbFieldKind::kString: same = at<OdString>(pa) == at<OdString>(pb); break;
-        case OdDbFieldKind::kPoint2d: {
-          const auto &p = at<OdGePoint2d>(pa), &q = at<OdGePoint2d>(pb);
-          same = sameDouble(p.x, q.x) && sameDouble(p.y, q.y);
-          break;
-        }
-        case OdDbFieldKind::kPoint3d: {
-          const auto &p = at<OdGePoint3d>(pa), &q = at<OdGePoint3d>(pb);
-          same = sameDouble(p.x, q.x) && sameDouble(p.y, q.y) && sameDouble(p.z, q.z);
-          break;
-        }
-        case OdDbFieldKind::kVector3d: {
-          const auto &p = at<OdGeVector3d>(pa), &q = at<OdGeVector3d>(pb);
-          same = sameDouble(p.x, q.x) && sameDouble(p.y, q.y) && sameDouble(p.z, q.z);
-          break;
-        }
-        case OdDbFieldKind::kHardOwner:
-        case OdDbFieldKind::kSoftOwner:
-        case OdDbFieldKind::kHardPointer:
-        case OdDbFieldKind::kSoftPointer:
-        case OdDbFieldKind::kNameRef: {
-          // Objects of two databases compare by handle.
-          const auto &p = at<OdDbObjectId>(pa), &q = at<OdDbObjectId>(pb);
-          same = p.isNull() == q.isNull() && (p.isNull() || p.handle() == q.handle());
-          break;
-        }
-        case OdDbFieldKind::kCustom: same = field.codec->isEqual(a, b); break;
-      }
+      const bool same = field.kind == OdDbFieldKind::kCustom ? field.codec->isEqual(a, b)
+                                                             : sameValue(field, field.ref(a), field.ref(b));
       if (!same) {
         if (firstDifference) {
           *firstDifference = OdString(sub->marker ? sub->marker : L"") + L"/" +

@@ -27,22 +27,6 @@ double sweepOf(double start, double end) {
 
 bool same(double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); }
 bool same(const OdGePoint2d& p, const OdGePoint2d& q) { return same(p.x, q.x) && same(p.y, q.y); }
-bool same(const OdGeVector2d& p, const OdGeVector2d& q) { return same(p.x, q.x) && same(p.y, q.y); }
-// Ids of two databases compare by handle.
-bool sameIds(const OdDbObjectIdArray& a, const OdDbObjectIdArray& b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const OdDbObjectId& p, const OdDbObjectId& q) {
-    return p.isNull() == q.isNull() && (p.isNull() || p.handle() == q.handle());
-  });
-}
-
-template <class T>
-bool sameArray(const OdArray<T>& a, const OdArray<T>& b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i) {
-    if (!same(a[i], b[i])) return false;
-  }
-  return true;
-}
 
 // Value of a rational B-spline at u (de Boor on homogeneous points).
 bool evalSpline(int degree, const OdGeDoubleArray& knots, const OdGePoint2dArray& points,
@@ -251,49 +235,58 @@ OdGePoint2d OdDbHatchEdge::endPoint() const {
 
 // ---------------------------------------------------------------- file form
 
+// The file form of the loops, pattern and seeds: the records hold what the
+// groups hold (angles in degrees, the variants of an edge side by side), so
+// that their field tables below read and write them group for group.
 struct OdDbHatch::EdgeRecord {
+  // A control point of a spline edge, with its weight when the file gives
+  // it right after the point.
+  struct ControlPoint {
+    OdGePoint2d point;
+    double weight = 1;
+    bool hasWeight = false;
+  };
   OdInt16 type = OdDbHatchEdge::kLine;
   OdGePoint2d start, end;    // line
   OdGePoint2d center;        // arcs
-  OdGeVector2d majorAxis;    // ellipse
+  OdGePoint2d majorAxis;     // ellipse: the major axis (a vector from the centre)
   double radiusOrRatio = 0;  // group 40: arc radius, ellipse minor/major ratio
   double startDegrees = 0, endDegrees = 0;
   OdInt16 counterClockwise = 1;
   OdInt32 degree = 3;
   OdInt16 rational = 0, periodic = 0;
   OdGeDoubleArray knots;
-  OdGePoint2dArray controlPoints;
-  OdGeDoubleArray weights;
-  bool weightsAfterControlPoints = false;  // files may list the weights after all control points
+  std::vector<ControlPoint> controlPoints;
+  OdGeDoubleArray trailingWeights;  // weights that files list after all the control points
   OdGePoint2dArray fitPoints;
-  OdGeVector2d startTangent, endTangent;
+  OdGePoint2d startTangent, endTangent;  // vectors, as files carry them
 
-  bool operator==(const EdgeRecord& o) const {
-    return type == o.type && same(start, o.start) && same(end, o.end) && same(center, o.center) &&
-           same(majorAxis, o.majorAxis) && same(radiusOrRatio, o.radiusOrRatio) &&
-           same(startDegrees, o.startDegrees) && same(endDegrees, o.endDegrees) &&
-           counterClockwise == o.counterClockwise && degree == o.degree && rational == o.rational &&
-           periodic == o.periodic && sameArray(knots, o.knots) && sameArray(controlPoints, o.controlPoints) &&
-           sameArray(weights, o.weights) && weightsAfterControlPoints == o.weightsAfterControlPoints &&
-           sameArray(fitPoints, o.fitPoints) && same(startTangent, o.startTangent) &&
-           same(endTangent, o.endTangent);
+  bool curved() const { return type == OdDbHatchEdge::kCircArc || type == OdDbHatchEdge::kEllipArc; }
+  OdGeDoubleArray weights() const {
+    OdGeDoubleArray all;
+    for (const auto& cp : controlPoints) {
+      if (cp.hasWeight) all.append(cp.weight);
+    }
+    for (double w : trailingWeights) all.append(w);
+    return all;
   }
 };
 
 struct OdDbHatch::LoopRecord {
+  struct Vertex {
+    OdGePoint2d point;
+    double bulge = 0;
+  };
   OdInt32 flags = 0;
   OdInt16 hasBulges = 0;  // polyline loops
   OdInt16 closed = 1;
-  OdGePoint2dArray vertices;
-  OdGeDoubleArray bulges;
+  std::vector<Vertex> vertices;
   std::vector<EdgeRecord> edges;
   OdDbObjectIdArray sources;
 
   bool isPolyline() const { return flags & OdDbHatch::kPolyline; }
-  bool operator==(const LoopRecord& o) const {
-    return flags == o.flags && hasBulges == o.hasBulges && closed == o.closed &&
-           sameArray(vertices, o.vertices) && sameArray(bulges, o.bulges) && edges == o.edges &&
-           sameIds(sources, o.sources);
+  bool anyBulge() const {
+    return std::any_of(vertices.begin(), vertices.end(), [](const Vertex& v) { return v.bulge != 0; });
   }
 };
 
@@ -301,11 +294,6 @@ struct OdDbHatch::PatternLineRecord {
   double angleDegrees = 0;
   double baseX = 0, baseY = 0, offsetX = 0, offsetY = 0;
   OdGeDoubleArray dashes;
-
-  bool operator==(const PatternLineRecord& o) const {
-    return same(angleDegrees, o.angleDegrees) && same(baseX, o.baseX) && same(baseY, o.baseY) &&
-           same(offsetX, o.offsetX) && same(offsetY, o.offsetY) && sameArray(dashes, o.dashes);
-  }
 };
 
 struct OdDbHatch::Data {
@@ -322,22 +310,6 @@ struct OdDbHatch::Data {
   bool hasPixelSize = false;  // group 47, written by associative hatches
   double pixelSize = 0;
   OdGePoint2dArray seeds;
-
-  bool operator==(const Data& o) const {
-    return loops == o.loops && style == o.style && patternType == o.patternType &&
-           hasPatternGroups == o.hasPatternGroups && same(angleDegrees, o.angleDegrees) &&
-           same(scale, o.scale) && isDouble == o.isDouble && lines == o.lines &&
-           hasPixelSize == o.hasPixelSize && same(pixelSize, o.pixelSize) && sameArray(seeds, o.seeds);
-  }
-};
-
-// Where the reading of the loop and pattern groups stands.
-struct OdDbHatch::ReadState {
-  enum class Phase { kBeforeLoops, kLoops, kPattern, kSeeds };
-  Phase phase = Phase::kBeforeLoops;
-  bool countRead = false;     // group 93 of the current loop
-  bool inSources = false;     // group 97 (source objects) of the current loop
-  bool fitCountRead = false;  // group 97 (fit data) of the current spline edge
 };
 
 namespace {
@@ -348,7 +320,7 @@ OdDbHatchEdge edgeFromRecord(const OdDbHatch::EdgeRecord& r) {
   e.start = r.start;
   e.end = r.end;
   e.center = r.center;
-  e.majorAxis = r.majorAxis;
+  e.majorAxis = r.majorAxis.asVector();
   if (r.type == OdDbHatchEdge::kCircArc) e.radius = r.radiusOrRatio;
   if (r.type == OdDbHatchEdge::kEllipArc) e.minorMajorRatio = r.radiusOrRatio;
   e.startAngle = r.startDegrees * kDegToRad;
@@ -358,11 +330,11 @@ OdDbHatchEdge edgeFromRecord(const OdDbHatch::EdgeRecord& r) {
   e.rational = r.rational != 0;
   e.periodic = r.periodic != 0;
   e.knots = r.knots;
-  e.controlPoints = r.controlPoints;
-  e.weights = r.weights;
+  for (const auto& cp : r.controlPoints) e.controlPoints.append(cp.point);
+  e.weights = r.weights();
   e.fitPoints = r.fitPoints;
-  e.startTangent = r.startTangent;
-  e.endTangent = r.endTangent;
+  e.startTangent = r.startTangent.asVector();
+  e.endTangent = r.endTangent.asVector();
   return e;
 }
 
@@ -377,7 +349,7 @@ OdDbHatch::EdgeRecord recordFromEdge(const OdDbHatchEdge& e) {
     case OdDbHatchEdge::kCircArc:
     case OdDbHatchEdge::kEllipArc:
       r.center = e.center;
-      r.majorAxis = e.majorAxis;
+      r.majorAxis = OdGePoint2d() + e.majorAxis;
       r.radiusOrRatio = e.type == OdDbHatchEdge::kCircArc ? e.radius : e.minorMajorRatio;
       r.startDegrees = e.startAngle * kRadToDeg;
       r.endDegrees = e.endAngle * kRadToDeg;
@@ -388,11 +360,15 @@ OdDbHatch::EdgeRecord recordFromEdge(const OdDbHatchEdge& e) {
       r.rational = (e.rational || !e.weights.isEmpty()) ? 1 : 0;
       r.periodic = e.periodic ? 1 : 0;
       r.knots = e.knots;
-      r.controlPoints = e.controlPoints;
-      r.weights = e.weights;
+      for (size_t i = 0; i < e.controlPoints.size(); ++i) {
+        // Weights go with their points when there is one for each point.
+        const bool paired = e.weights.size() == e.controlPoints.size();
+        r.controlPoints.push_back({e.controlPoints[i], paired ? e.weights[i] : 1.0, paired});
+      }
+      if (e.weights.size() != e.controlPoints.size()) r.trailingWeights = e.weights;
       r.fitPoints = e.fitPoints;
-      r.startTangent = e.startTangent;
-      r.endTangent = e.endTangent;
+      r.startTangent = OdGePoint2d() + e.startTangent;
+      r.endTangent = OdGePoint2d() + e.endTangent;
       break;
   }
   return r;
@@ -402,10 +378,10 @@ OdDbHatch::EdgeRecord recordFromEdge(const OdDbHatchEdge& e) {
 void polylineLoopEdges(const OdDbHatch::LoopRecord& loop, OdDbHatchEdgeArray& edges) {
   const size_t n = loop.vertices.size();
   for (size_t i = 0; i < n; ++i) {
-    const OdGePoint2d& p = loop.vertices[i];
-    const OdGePoint2d& q = loop.vertices[(i + 1) % n];
+    const OdGePoint2d& p = loop.vertices[i].point;
+    const OdGePoint2d& q = loop.vertices[(i + 1) % n].point;
     if (p.x == q.x && p.y == q.y) continue;
-    const double bulge = loop.hasBulges && i < loop.bulges.size() ? loop.bulges[i] : 0.0;
+    const double bulge = loop.hasBulges ? loop.vertices[i].bulge : 0.0;
     OdGePoint2d center;
     double radius, startAngle, endAngle;
     if (bulge == 0 || !odgeArcFromBulge(p, q, bulge, center, radius, startAngle, endAngle)) {
@@ -434,473 +410,131 @@ OdDbHatchEdgeArray loopEdges(const OdDbHatch::LoopRecord& loop) {
 
 // Groups 91 to the seed points: the loops, the hatch style and pattern
 // type, the pattern, the pixel size and the seeds. One value because the
-// loops and the seeds share group 10 and must be told apart by position.
-struct OdDbHatchDataCodec : OdDbFieldCodec {
+// loops and the seeds share group 10 and are told apart by position.
+struct OdDbHatchDataCodec {
   using Hatch = OdDbHatch;
-  using Phase = OdDbHatch::ReadState::Phase;
+  using Edge = Hatch::EdgeRecord;
+  using Loop = Hatch::LoopRecord;
+  using Line = Hatch::PatternLineRecord;
+  using Data = Hatch::Data;
 
-  std::vector<int> codes() const override {
-    return {91, 92,  93, 72, 73, 74, 10, 11, 12, 13, 40, 42, 50, 51, 94, 95, 96,
-            97, 330, 75, 76, 52, 41, 77, 78, 53, 43, 44, 45, 46, 79, 49, 47, 98};
-  }
+  static void* data(void* object) { return static_cast<Hatch*>(static_cast<OdDbObject*>(object))->m_data.get(); }
 
-  static void point(OdDxfTagList& out, int code, const OdGePoint2d& p) {
-    out.push_back(OdDxfTag::point(code, p.x, p.y, 0, 2));
+  template <class R>
+  static const R& as(const void* record) { return *static_cast<const R*>(record); }
+  static bool isLine(const void* e, const OdDbObject*, const OdDbTagContext&) {
+    return as<Edge>(e).type == OdDbHatchEdge::kLine;
   }
-  static void vector(OdDxfTagList& out, int code, const OdGeVector2d& v) {
-    out.push_back(OdDxfTag::point(code, v.x, v.y, 0, 2));
+  static bool isCurved(const void* e, const OdDbObject*, const OdDbTagContext&) { return as<Edge>(e).curved(); }
+  static bool isEllipse(const void* e, const OdDbObject*, const OdDbTagContext&) {
+    return as<Edge>(e).type == OdDbHatchEdge::kEllipArc;
   }
-  static void integer(OdDxfTagList& out, int code, OdInt64 value) {
-    out.push_back(OdDxfTag::integer(code, value));
+  static bool isSpline(const void* e, const OdDbObject*, const OdDbTagContext&) {
+    return as<Edge>(e).type == OdDbHatchEdge::kSpline;
   }
-  static void real(OdDxfTagList& out, int code, double value) { out.push_back(OdDxfTag::real(code, value)); }
-
-  static void edgeTags(const Hatch::EdgeRecord& e, OdDxfTagList& out, OdDbTagContext& ctx) {
-    integer(out, 72, e.type);
-    switch (e.type) {
-      case OdDbHatchEdge::kLine:
-        point(out, 10, e.start);
-        point(out, 11, e.end);
-        break;
-      case OdDbHatchEdge::kCircArc:
-      case OdDbHatchEdge::kEllipArc:
-        point(out, 10, e.center);
-        if (e.type == OdDbHatchEdge::kEllipArc) vector(out, 11, e.majorAxis);
-        real(out, 40, e.radiusOrRatio);
-        real(out, 50, e.startDegrees);
-        real(out, 51, e.endDegrees);
-        integer(out, 73, e.counterClockwise);
-        break;
-      case OdDbHatchEdge::kSpline: {
-        integer(out, 94, e.degree);
-        integer(out, 73, e.rational);
-        integer(out, 74, e.periodic);
-        integer(out, 95, static_cast<OdInt64>(e.knots.size()));
-        integer(out, 96, static_cast<OdInt64>(e.controlPoints.size()));
-        for (double k : e.knots) real(out, 40, k);
-        const bool interleaved = !e.weightsAfterControlPoints && e.weights.size() == e.controlPoints.size();
-        for (size_t i = 0; i < e.controlPoints.size(); ++i) {
-          point(out, 10, e.controlPoints[i]);
-          if (interleaved) real(out, 42, e.weights[i]);
-        }
-        if (!interleaved) {
-          for (double w : e.weights) real(out, 42, w);
-        }
-        if (ctx.version() >= OdDb::vAC24) {
-          integer(out, 97, static_cast<OdInt64>(e.fitPoints.size()));
-          for (const auto& p : e.fitPoints) point(out, 11, p);
-          if (!e.fitPoints.isEmpty()) {
-            vector(out, 12, e.startTangent);
-            vector(out, 13, e.endTangent);
-          }
-        }
-        break;
-      }
-    }
+  static bool hasFitPoints(const void* e, const OdDbObject*, const OdDbTagContext&) {
+    return as<Edge>(e).type == OdDbHatchEdge::kSpline && !as<Edge>(e).fitPoints.isEmpty();
+  }
+  static bool isPolyline(const void* l, const OdDbObject*, const OdDbTagContext&) { return as<Loop>(l).isPolyline(); }
+  static bool isEdgeLoop(const void* l, const OdDbObject*, const OdDbTagContext&) { return !as<Loop>(l).isPolyline(); }
+  static bool withBulges(const void* l, const OdDbObject*, const OdDbTagContext&) {
+    return as<Loop>(l).isPolyline() && as<Loop>(l).hasBulges;
+  }
+  static bool withoutBulges(const void* l, const OdDbObject*, const OdDbTagContext&) {
+    return as<Loop>(l).isPolyline() && !as<Loop>(l).hasBulges;
   }
 
-  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext& ctx) const override {
-    const Hatch::Data& d = *static_cast<const Hatch*>(object)->m_data;
-    integer(out, 91, static_cast<OdInt64>(d.loops.size()));
-    for (const auto& loop : d.loops) {
-      integer(out, 92, loop.flags);
-      if (loop.isPolyline()) {
-        integer(out, 72, loop.hasBulges);
-        integer(out, 73, loop.closed);
-        integer(out, 93, static_cast<OdInt64>(loop.vertices.size()));
-        for (size_t i = 0; i < loop.vertices.size(); ++i) {
-          point(out, 10, loop.vertices[i]);
-          if (loop.hasBulges) real(out, 42, i < loop.bulges.size() ? loop.bulges[i] : 0.0);
-        }
-      } else {
-        integer(out, 93, static_cast<OdInt64>(loop.edges.size()));
-        for (const auto& edge : loop.edges) edgeTags(edge, out, ctx);
-      }
-      integer(out, 97, static_cast<OdInt64>(loop.sources.size()));
-      for (const auto& id : loop.sources)
-        out.push_back(OdDxfTag::handle(330, id.handle().value()));
-    }
-    integer(out, 75, d.style);
-    integer(out, 76, d.patternType);
-    if (d.hasPatternGroups) {
-      real(out, 52, d.angleDegrees);
-      real(out, 41, d.scale);
-      integer(out, 77, d.isDouble);
-      integer(out, 78, static_cast<OdInt64>(d.lines.size()));
-      for (const auto& line : d.lines) {
-        real(out, 53, line.angleDegrees);
-        real(out, 43, line.baseX);
-        real(out, 44, line.baseY);
-        real(out, 45, line.offsetX);
-        real(out, 46, line.offsetY);
-        integer(out, 79, static_cast<OdInt64>(line.dashes.size()));
-        for (double dash : line.dashes) real(out, 49, dash);
-      }
-    }
-    if (d.hasPixelSize) real(out, 47, d.pixelSize);
-    integer(out, 98, static_cast<OdInt64>(d.seeds.size()));
-    for (const auto& seed : d.seeds) point(out, 10, seed);
-  }
-
-  void beginRead(OdDbObject* object) const override {
-    auto* hatch = static_cast<Hatch*>(object);
-    *hatch->m_data = Hatch::Data();
-    hatch->m_data->hasPatternGroups = false;
-    hatch->m_readState = std::make_unique<Hatch::ReadState>();
-  }
-  void endRead(OdDbObject* object, OdDbTagContext&) const override {
-    static_cast<Hatch*>(object)->m_readState.reset();
-  }
-
-  static bool takeEdgeTag(Hatch::EdgeRecord& e, Hatch::ReadState& st, const OdDxfTag& tag,
-                          OdDbTagContext& ctx) {
-    const bool curved = e.type == OdDbHatchEdge::kCircArc || e.type == OdDbHatchEdge::kEllipArc;
-    const bool spline = e.type == OdDbHatchEdge::kSpline;
-    auto pt = [&] { return OdGePoint2d(tag.x, tag.type == OdDxf::ValueType::kPoint ? tag.y : 0.0); };
-    switch (tag.code) {
-      case 10:
-        if (e.type == OdDbHatchEdge::kLine)
-          e.start = pt();
-        else if (curved)
-          e.center = pt();
-        else
-          e.controlPoints.append(pt());
-        return true;
-      case 11:
-        if (e.type == OdDbHatchEdge::kLine)
-          e.end = pt();
-        else if (e.type == OdDbHatchEdge::kEllipArc)
-          e.majorAxis = pt().asVector();
-        else if (spline)
-          e.fitPoints.append(pt());
-        else
-          return false;
-        return true;
-      case 40:
-        if (spline)
-          e.knots.append(tag.x);
-        else if (curved)
-          e.radiusOrRatio = tag.x;
-        else
-          return false;
-        return true;
-      case 42:
-        if (!spline) return false;
-        if (e.weights.isEmpty()) e.weightsAfterControlPoints = e.controlPoints.size() > 1;
-        e.weights.append(tag.x);
-        return true;
-      case 50:
-      case 51:
-        if (!curved) return false;
-        (tag.code == 50 ? e.startDegrees : e.endDegrees) = tag.x;
-        return true;
-      case 73:
-        if (curved)
-          e.counterClockwise = static_cast<OdInt16>(tag.i);
-        else if (spline)
-          e.rational = static_cast<OdInt16>(tag.i);
-        else
-          return false;
-        return true;
-      case 74:
-        if (!spline) return false;
-        e.periodic = static_cast<OdInt16>(tag.i);
-        return true;
-      case 94:
-        if (!spline) return false;
-        e.degree = static_cast<OdInt32>(tag.i);
-        return true;
-      case 95:
-      case 96: return spline;  // counts follow from the lists
-      case 12:
-      case 13:
-        if (!spline) return false;
-        (tag.code == 12 ? e.startTangent : e.endTangent) = pt().asVector();
-        return true;
-      case 97:
-        // Fit data of a spline in files from R2010 on; otherwise the
-        // loop's source objects (handled by the caller).
-        if (!spline || st.fitCountRead || ctx.version() < OdDb::vAC24) return false;
-        st.fitCountRead = true;
-        return true;
-      default: return false;
-    }
-  }
-
-  static bool takeLoopTag(Hatch::LoopRecord& loop, Hatch::ReadState& st, const OdDxfTag& tag,
-                          OdDbTagContext& ctx) {
-    if (tag.code == 330) {
-      if (tag.type != OdDxf::ValueType::kHandle) return false;
-      loop.sources.append(tag.i ? ctx.idFromHandle(static_cast<OdUInt64>(tag.i)) : OdDbObjectId());
-      return true;
-    }
-    if (st.inSources) return false;
-    if (tag.code == 93) {
-      st.countRead = true;
-      return true;
-    }
-    if (loop.isPolyline()) {
-      switch (tag.code) {
-        case 72:
-          if (st.countRead) return false;
-          loop.hasBulges = static_cast<OdInt16>(tag.i);
-          return true;
-        case 73:
-          if (st.countRead) return false;
-          loop.closed = static_cast<OdInt16>(tag.i);
-          return true;
-        case 10:
-          loop.vertices.append(OdGePoint2d(tag.x, tag.type == OdDxf::ValueType::kPoint ? tag.y : 0.0));
-          loop.bulges.append(0.0);
-          return true;
-        case 42:
-          if (loop.bulges.isEmpty()) return false;
-          loop.bulges.last() = tag.x;
-          return true;
-        case 97: st.inSources = true; return true;
-        default: return false;
-      }
-    }
-    if (tag.code == 72 && st.countRead) {
-      Hatch::EdgeRecord edge;
-      edge.type = static_cast<OdInt16>(tag.i);
-      loop.edges.push_back(edge);
-      st.fitCountRead = false;
-      return true;
-    }
-    if (!loop.edges.empty() && takeEdgeTag(loop.edges.back(), st, tag, ctx)) return true;
-    if (tag.code == 97) {
-      st.inSources = true;
-      return true;
-    }
-    return false;
-  }
-
-  static bool takePatternTag(Hatch::Data& d, const OdDxfTag& tag) {
-    auto lastLine = [&]() -> Hatch::PatternLineRecord* {
-      return d.lines.empty() ? nullptr : &d.lines.back();
-    };
-    switch (tag.code) {
-      case 75: d.style = static_cast<OdInt16>(tag.i); return true;
-      case 76: d.patternType = static_cast<OdInt16>(tag.i); return true;
-      case 52:
-        d.angleDegrees = tag.x;
-        d.hasPatternGroups = true;
-        return true;
-      case 41:
-        d.scale = tag.x;
-        d.hasPatternGroups = true;
-        return true;
-      case 77:
-        d.isDouble = static_cast<OdInt16>(tag.i);
-        d.hasPatternGroups = true;
-        return true;
-      case 78:
-        d.lines.clear();
-        d.hasPatternGroups = true;
-        return true;
-      case 53:
-        d.lines.emplace_back();
-        d.lines.back().angleDegrees = tag.x;
-        return true;
-      case 47:
-        d.pixelSize = tag.x;
-        d.hasPixelSize = true;
-        return true;
-      default: break;
-    }
-    Hatch::PatternLineRecord* line = lastLine();
-    if (!line) return false;
-    switch (tag.code) {
-      case 43: line->baseX = tag.x; return true;
-      case 44: line->baseY = tag.x; return true;
-      case 45: line->offsetX = tag.x; return true;
-      case 46: line->offsetY = tag.x; return true;
-      case 79: return true;  // the dash count follows from the list
-      case 49: line->dashes.append(tag.x); return true;
-      default: return false;
-    }
-  }
-
-  bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext& ctx) const override {
-    auto* hatch = static_cast<Hatch*>(object);
-    Hatch::Data& d = *hatch->m_data;
-    if (!hatch->m_readState) beginRead(object);
-    Hatch::ReadState& st = *hatch->m_readState;
-    switch (tag.code) {
-      case 91:
-        d.loops.clear();
-        st.phase = Phase::kLoops;
-        return true;
-      case 92:
-        if (st.phase != Phase::kLoops) return false;
-        d.loops.emplace_back();
-        d.loops.back().flags = static_cast<OdInt32>(tag.i);
-        st.countRead = st.inSources = st.fitCountRead = false;
-        return true;
-      case 98:
-        d.seeds.clear();
-        st.phase = Phase::kSeeds;
-        return true;
-      case 75:
-      case 76:
-      case 52:
-      case 41:
-      case 77:
-      case 78:
-      case 53:
-      case 47:
-        if (st.phase == Phase::kSeeds) return false;
-        st.phase = Phase::kPattern;
-        return takePatternTag(d, tag);
-      default: break;
-    }
-    switch (st.phase) {
-      case Phase::kLoops: return !d.loops.empty() && takeLoopTag(d.loops.back(), st, tag, ctx);
-      case Phase::kPattern: return takePatternTag(d, tag);
-      case Phase::kSeeds:
-        if (tag.code != 10) return false;
-        d.seeds.append(OdGePoint2d(tag.x, tag.type == OdDxf::ValueType::kPoint ? tag.y : 0.0));
-        return true;
-      default: return false;
-    }
-  }
-
-  static void filePoints(OdDbDwgFiler* f, const OdGePoint2dArray& points) {
-    f->wrInt32(static_cast<OdInt32>(points.size()));
-    for (const auto& p : points) f->wrPoint2d(p);
-  }
-  static void fileDoubles(OdDbDwgFiler* f, const OdGeDoubleArray& values) {
-    f->wrInt32(static_cast<OdInt32>(values.size()));
-    for (double v : values) f->wrDouble(v);
-  }
-  static OdGePoint2dArray readPoints(OdDbDwgFiler* f) {
-    OdGePoint2dArray points(static_cast<size_t>(f->rdInt32()));
-    for (auto& p : points) p = f->rdPoint2d();
-    return points;
-  }
-  static OdGeDoubleArray readDoubles(OdDbDwgFiler* f) {
-    OdGeDoubleArray values(static_cast<size_t>(f->rdInt32()));
-    for (auto& v : values) v = f->rdDouble();
-    return values;
-  }
-
-  void fileOut(const OdDbObject* object, OdDbDwgFiler* f) const override {
-    const Hatch::Data& d = *static_cast<const Hatch*>(object)->m_data;
-    f->wrInt32(static_cast<OdInt32>(d.loops.size()));
-    for (const auto& loop : d.loops) {
-      f->wrInt32(loop.flags);
-      f->wrInt16(loop.hasBulges);
-      f->wrInt16(loop.closed);
-      filePoints(f, loop.vertices);
-      fileDoubles(f, loop.bulges);
-      f->wrInt32(static_cast<OdInt32>(loop.edges.size()));
-      for (const auto& e : loop.edges) {
-        f->wrInt16(e.type);
-        f->wrPoint2d(e.start);
-        f->wrPoint2d(e.end);
-        f->wrPoint2d(e.center);
-        f->wrVector2d(e.majorAxis);
-        f->wrDouble(e.radiusOrRatio);
-        f->wrDouble(e.startDegrees);
-        f->wrDouble(e.endDegrees);
-        f->wrInt16(e.counterClockwise);
-        f->wrInt32(e.degree);
-        f->wrInt16(e.rational);
-        f->wrInt16(e.periodic);
-        fileDoubles(f, e.knots);
-        filePoints(f, e.controlPoints);
-        fileDoubles(f, e.weights);
-        f->wrBool(e.weightsAfterControlPoints);
-        filePoints(f, e.fitPoints);
-        f->wrVector2d(e.startTangent);
-        f->wrVector2d(e.endTangent);
-      }
-      f->wrInt32(static_cast<OdInt32>(loop.sources.size()));
-      for (const auto& id : loop.sources) f->wrSoftPointerId(id);
-    }
-    f->wrInt16(d.style);
-    f->wrInt16(d.patternType);
-    f->wrBool(d.hasPatternGroups);
-    f->wrDouble(d.angleDegrees);
-    f->wrDouble(d.scale);
-    f->wrInt16(d.isDouble);
-    f->wrInt32(static_cast<OdInt32>(d.lines.size()));
-    for (const auto& line : d.lines) {
-      f->wrDouble(line.angleDegrees);
-      f->wrDouble(line.baseX);
-      f->wrDouble(line.baseY);
-      f->wrDouble(line.offsetX);
-      f->wrDouble(line.offsetY);
-      fileDoubles(f, line.dashes);
-    }
-    f->wrBool(d.hasPixelSize);
-    f->wrDouble(d.pixelSize);
-    filePoints(f, d.seeds);
-  }
-
-  void fileIn(OdDbObject* object, OdDbDwgFiler* f) const override {
-    Hatch::Data& d = *static_cast<Hatch*>(object)->m_data;
-    d = Hatch::Data();
-    d.loops.resize(static_cast<size_t>(f->rdInt32()));
-    for (auto& loop : d.loops) {
-      loop.flags = f->rdInt32();
-      loop.hasBulges = f->rdInt16();
-      loop.closed = f->rdInt16();
-      loop.vertices = readPoints(f);
-      loop.bulges = readDoubles(f);
-      loop.edges.resize(static_cast<size_t>(f->rdInt32()));
-      for (auto& e : loop.edges) {
-        e.type = f->rdInt16();
-        e.start = f->rdPoint2d();
-        e.end = f->rdPoint2d();
-        e.center = f->rdPoint2d();
-        e.majorAxis = f->rdVector2d();
-        e.radiusOrRatio = f->rdDouble();
-        e.startDegrees = f->rdDouble();
-        e.endDegrees = f->rdDouble();
-        e.counterClockwise = f->rdInt16();
-        e.degree = f->rdInt32();
-        e.rational = f->rdInt16();
-        e.periodic = f->rdInt16();
-        e.knots = readDoubles(f);
-        e.controlPoints = readPoints(f);
-        e.weights = readDoubles(f);
-        e.weightsAfterControlPoints = f->rdBool();
-        e.fitPoints = readPoints(f);
-        e.startTangent = f->rdVector2d();
-        e.endTangent = f->rdVector2d();
-      }
-      loop.sources.resize(static_cast<size_t>(f->rdInt32()));
-      for (auto& id : loop.sources) id = f->rdSoftPointerId();
-    }
-    d.style = f->rdInt16();
-    d.patternType = f->rdInt16();
-    d.hasPatternGroups = f->rdBool();
-    d.angleDegrees = f->rdDouble();
-    d.scale = f->rdDouble();
-    d.isDouble = f->rdInt16();
-    d.lines.resize(static_cast<size_t>(f->rdInt32()));
-    for (auto& line : d.lines) {
-      line.angleDegrees = f->rdDouble();
-      line.baseX = f->rdDouble();
-      line.baseY = f->rdDouble();
-      line.offsetX = f->rdDouble();
-      line.offsetY = f->rdDouble();
-      line.dashes = readDoubles(f);
-    }
-    d.hasPixelSize = f->rdBool();
-    d.pixelSize = f->rdDouble();
-    d.seeds = readPoints(f);
-  }
-
-  bool isEqual(const OdDbObject* a, const OdDbObject* b) const override {
-    return *static_cast<const Hatch*>(a)->m_data == *static_cast<const Hatch*>(b)->m_data;
+  static const OdDbRecordCodec& codec() {
+    using CP = Edge::ControlPoint;
+    static const OdDbArraySpec controlPoints = odRecords<std::vector<CP>>({
+        odField<&CP::point>(10).named(L"controlPoint"),
+        odField<&CP::weight>(42).defaults(1).presentWith<&CP::hasWeight>().named(L"weight"),
+    });
+    static const OdDbField knots = odValueArrayField<&Edge::knots>(40, L"knots").onlyWhen(isSpline);
+    static const OdDbField points = odArrayField<&Edge::controlPoints>(controlPoints, L"controlPoints").onlyWhen(isSpline);
+    static const OdDbField fitPoints =
+        odValueArrayField<&Edge::fitPoints>(11, L"fitPoints").since(OdDb::vAC24).onlyWhen(isSpline);
+    static const OdDbArraySpec edges = odRecords<std::vector<Edge>>({
+        odField<&Edge::type>(72).defaultsInt(OdDbHatchEdge::kLine).validRange(1, 4).named(L"edgeType"),
+        odField<&Edge::start>(10).onlyWhen(isLine).named(L"start"),
+        odField<&Edge::end>(11).onlyWhen(isLine).named(L"end"),
+        odField<&Edge::center>(10).onlyWhen(isCurved).named(L"center"),
+        odField<&Edge::majorAxis>(11).onlyWhen(isEllipse).named(L"majorAxis"),
+        odField<&Edge::radiusOrRatio>(40).onlyWhen(isCurved).named(L"radiusOrRatio"),
+        odField<&Edge::startDegrees>(50).onlyWhen(isCurved).named(L"startAngle"),
+        odField<&Edge::endDegrees>(51).onlyWhen(isCurved).named(L"endAngle"),
+        odField<&Edge::counterClockwise>(73).defaultsInt(1).onlyWhen(isCurved).named(L"counterClockwise"),
+        odField<&Edge::degree>(94).defaultsInt(3).onlyWhen(isSpline).named(L"degree"),
+        odField<&Edge::rational>(73).onlyWhen(isSpline).named(L"rational"),
+        odField<&Edge::periodic>(74).onlyWhen(isSpline).named(L"periodic"),
+        odCountField<&Edge::knots>(95, knots).onlyWhen(isSpline),
+        odCountField<&Edge::controlPoints>(96, points).onlyWhen(isSpline),
+        knots,
+        points,
+        odValueArrayField<&Edge::trailingWeights>(42, L"trailingWeights").onlyWhen(isSpline),
+        odCountField<&Edge::fitPoints>(97, fitPoints).since(OdDb::vAC24).onlyWhen(isSpline),
+        fitPoints,
+        odField<&Edge::startTangent>(12).since(OdDb::vAC24).onlyWhen(hasFitPoints).named(L"startTangent"),
+        odField<&Edge::endTangent>(13).since(OdDb::vAC24).onlyWhen(hasFitPoints).named(L"endTangent"),
+    });
+    using Vertex = Loop::Vertex;
+    static const OdDbArraySpec bulgedVertices = odRecords<std::vector<Vertex>>({
+        odField<&Vertex::point>(10).named(L"vertex"),
+        odField<&Vertex::bulge>(42).named(L"bulge"),
+    });
+    static const OdDbArraySpec plainVertices = odRecords<std::vector<Vertex>>({
+        odField<&Vertex::point>(10).named(L"vertex"),
+    });
+    static const OdDbField vertices =
+        odArrayField<&Loop::vertices>(bulgedVertices, L"vertices").onlyWhen(withBulges);
+    static const OdDbField edgeList = odArrayField<&Loop::edges>(edges, L"edges").onlyWhen(isEdgeLoop);
+    static const OdDbField sources = odValueArrayField<&Loop::sources>(330, L"sources");
+    static const OdDbArraySpec loops = odRecords<std::vector<Loop>>({
+        odField<&Loop::flags>(92).named(L"loopType"),
+        odField<&Loop::hasBulges>(72).onlyWhen(isPolyline).named(L"hasBulges"),
+        odField<&Loop::closed>(73).defaultsInt(1).onlyWhen(isPolyline).named(L"closed"),
+        odCountField<&Loop::vertices>(93, vertices).onlyWhen(isPolyline),
+        vertices,
+        // The same vertices without bulges (filed and compared once, above).
+        odArrayField<&Loop::vertices>(plainVertices, L"vertices").onlyWhen(withoutBulges).noFiler(),
+        odCountField<&Loop::edges>(93, edgeList).onlyWhen(isEdgeLoop),
+        edgeList,
+        odCountField<&Loop::sources>(97, sources),
+        sources,
+    });
+    static const OdDbArraySpec lines = odRecords<std::vector<Line>>({
+        odField<&Line::angleDegrees>(53).named(L"lineAngle"),
+        odField<&Line::baseX>(43).named(L"baseX"),
+        odField<&Line::baseY>(44).named(L"baseY"),
+        odField<&Line::offsetX>(45).named(L"offsetX"),
+        odField<&Line::offsetY>(46).named(L"offsetY"),
+        odCountField<&Line::dashes>(79, odValueArrayField<&Line::dashes>(49, L"dashes")),
+        odValueArrayField<&Line::dashes>(49, L"dashes"),
+    });
+    static const OdDbField loopList = odArrayField<&Data::loops>(loops, L"loops");
+    static const OdDbField lineList = odArrayField<&Data::lines>(lines, L"patternLines").presentWith<&Data::hasPatternGroups>();
+    static const OdDbField seeds = odValueArrayField<&Data::seeds>(10, L"seeds");
+    static const OdDbRecordCodec codec(
+        {
+            odCountField<&Data::loops>(91, loopList),
+            loopList,
+            odField<&Data::style>(75).validRange(0, 2).named(L"hatchStyle"),
+            odField<&Data::patternType>(76).defaultsInt(Hatch::kPreDefined).validRange(0, 2).named(L"patternType"),
+            odField<&Data::angleDegrees>(52).presentWith<&Data::hasPatternGroups>().named(L"patternAngle"),
+            odField<&Data::scale>(41).defaults(1).presentWith<&Data::hasPatternGroups>().named(L"patternScale"),
+            odField<&Data::isDouble>(77).presentWith<&Data::hasPatternGroups>().named(L"patternDouble"),
+            odCountField<&Data::lines>(78, lineList).presentWith<&Data::hasPatternGroups>(),
+            lineList,
+            odField<&Data::pixelSize>(47).presentWith<&Data::hasPixelSize>().named(L"pixelSize"),
+            odCountField<&Data::seeds>(98, seeds),
+            seeds,
+        },
+        &data);
+    return codec;
   }
 };
 
 const OdDbClassSchema& OdDbHatch::classSchema() {
-  static const OdDbHatchDataCodec dataCodec;
   static const OdDbClassSchema schema{
       &OdDbEntity::classSchema(),
       {{L"AcDbHatch",
@@ -910,7 +544,7 @@ const OdDbClassSchema& OdDbHatch::classSchema() {
             odField<&OdDbHatch::m_patternName>(2).named(L"patternName"),
             odField<&OdDbHatch::m_solidFill>(70).named(L"solidFill"),
             odField<&OdDbHatch::m_associative>(71).named(L"associative"),
-            odCustomField(dataCodec, L"loopsPatternSeeds"),
+            odCustomField(OdDbHatchDataCodec::codec(), L"loopsPatternSeeds"),
         }}}};
   return schema;
 }
@@ -944,8 +578,12 @@ OdResult OdDbHatch::getLoopAt(int loopIndex, OdInt32& loopType, OdGePoint2dArray
   const LoopRecord& loop = m_data->loops[static_cast<size_t>(loopIndex)];
   if (!loop.isPolyline()) return eNotApplicable;
   loopType = loop.flags;
-  vertices = loop.vertices;
-  bulges = loop.hasBulges ? loop.bulges : OdGeDoubleArray(loop.vertices.size(), 0.0);
+  vertices.clear();
+  bulges.clear();
+  for (const auto& v : loop.vertices) {
+    vertices.append(v.point);
+    bulges.append(loop.hasBulges ? v.bulge : 0.0);
+  }
   return eOk;
 }
 
@@ -963,10 +601,9 @@ OdResult OdDbHatch::appendLoop(OdInt32 loopType, const OdGePoint2dArray& vertice
   assertWriteEnabled();
   LoopRecord loop;
   loop.flags = loopType | kPolyline;
-  loop.vertices = vertices;
-  loop.bulges = bulges.isEmpty() ? OdGeDoubleArray(vertices.size(), 0.0) : bulges;
+  for (size_t i = 0; i < vertices.size(); ++i) loop.vertices.push_back({vertices[i], bulges.isEmpty() ? 0.0 : bulges[i]});
   loop.hasBulges =
-      std::any_of(loop.bulges.begin(), loop.bulges.end(), [](double b) { return b != 0; }) ? 1 : 0;
+      loop.anyBulge() ? 1 : 0;
   loop.closed = 1;
   m_data->loops.push_back(std::move(loop));
   return eOk;
@@ -1266,14 +903,14 @@ void turnDegrees(double& degrees, double turn) {
 // An ellipse edge through any affine map that keeps the orientation.
 void transformEllipse(OdDbHatch::EdgeRecord& e, const Affine2d& map) {
   const double sense = e.counterClockwise ? 1.0 : -1.0;
-  const OdGeVector2d a1 = map.apply(e.majorAxis);
-  const OdGeVector2d b1 = map.apply(e.majorAxis.perpVector() * e.radiusOrRatio);
+  const OdGeVector2d a1 = map.apply(e.majorAxis.asVector());
+  const OdGeVector2d b1 = map.apply(e.majorAxis.asVector().perpVector() * e.radiusOrRatio);
   // Principal axes of the conjugate semi-diameters a1, b1.
   const double tau = 0.5 * std::atan2(2 * a1.dotProduct(b1), a1.dotProduct(a1) - b1.dotProduct(b1));
   const OdGeVector2d major = a1 * std::cos(tau) + b1 * std::sin(tau);
   const OdGeVector2d minor = b1 * std::cos(tau) - a1 * std::sin(tau);
   e.center = map.apply(e.center);
-  e.majorAxis = major;
+  e.majorAxis = OdGePoint2d() + major;
   e.radiusOrRatio = major.length() > 0 ? minor.length() / major.length() : 0.0;
   // Parameters run from the new major axis: u' = u - tau, stored as sense * u.
   turnDegrees(e.startDegrees, -sense * tau);
@@ -1305,16 +942,16 @@ bool transformEdge(OdDbHatch::EdgeRecord& e, const Affine2d& map, bool similarit
     case OdDbHatchEdge::kEllipArc:
       if (similarity) {
         e.center = map.apply(e.center);
-        e.majorAxis = map.apply(e.majorAxis);
+        e.majorAxis = OdGePoint2d() + map.apply(e.majorAxis.asVector());
       } else {
         transformEllipse(e, map);
       }
       return true;
     case OdDbHatchEdge::kSpline:
-      for (auto& p : e.controlPoints) p = map.apply(p);
+      for (auto& cp : e.controlPoints) cp.point = map.apply(cp.point);
       for (auto& p : e.fitPoints) p = map.apply(p);
-      e.startTangent = map.apply(e.startTangent);
-      e.endTangent = map.apply(e.endTangent);
+      e.startTangent = OdGePoint2d() + map.apply(e.startTangent.asVector());
+      e.endTangent = OdGePoint2d() + map.apply(e.endTangent.asVector());
       return true;
   }
   return false;
@@ -1338,9 +975,8 @@ OdResult OdDbHatch::transformBy(const OdGeMatrix3d& xform) {
 
   Data data = *m_data;
   for (auto& loop : data.loops) {
-    for (auto& p : loop.vertices) p = map.apply(p);
-    if (!similarity && loop.hasBulges &&
-        std::any_of(loop.bulges.begin(), loop.bulges.end(), [](double b) { return b != 0; })) {
+    for (auto& v : loop.vertices) v.point = map.apply(v.point);
+    if (!similarity && loop.hasBulges && loop.anyBulge()) {
       return eCannotScaleNonUniformly;
     }
     for (auto& edge : loop.edges) {

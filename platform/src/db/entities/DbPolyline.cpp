@@ -15,19 +15,6 @@ bool OdDbPolyline::Vertex::operator==(const Vertex& other) const {
          endWidth == other.endWidth && bulge == other.bulge && identifier == other.identifier;
 }
 
-// Group 90: the number of vertices, derived from the vertices when written.
-struct OdDbPolylineCountCodec : OdDbFieldCodec {
-  std::vector<int> codes() const override { return {90}; }
-  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
-    out.push_back(
-        OdDxfTag::integer(90, static_cast<OdInt64>(static_cast<const OdDbPolyline*>(object)->numVerts())));
-  }
-  bool fromTag(OdDbObject*, const OdDxfTag&, OdDbTagContext&) const override { return true; }
-  void fileOut(const OdDbObject*, OdDbDwgFiler*) const override {}
-  void fileIn(OdDbObject*, OdDbDwgFiler*) const override {}
-  bool isEqual(const OdDbObject*, const OdDbObject*) const override { return true; }
-};
-
 // Group 43: the constant width, written when every vertex has the same start
 // and end width (the vertices then carry no 40/41). When read, it is the width
 // of the vertices that follow without widths of their own.
@@ -49,94 +36,52 @@ struct OdDbPolylineWidthCodec : OdDbFieldCodec {
   bool isEqual(const OdDbObject*, const OdDbObject*) const override { return true; }
 };
 
-// Groups 10 (2-d point), 40/41 (widths, when not constant), 42 (bulge, when not
-// zero) and 91 (vertex identifier, R2010 on, when set) for every vertex.
-struct OdDbPolylineVerticesCodec : OdDbFieldCodec {
-  std::vector<int> codes() const override { return {10, 40, 41, 42, 91}; }
-  static std::vector<OdDbPolyline::Vertex>& vertices(OdDbObject* o) {
-    return static_cast<OdDbPolyline*>(o)->m_vertices;
-  }
-  static const std::vector<OdDbPolyline::Vertex>& vertices(const OdDbObject* o) {
-    return static_cast<const OdDbPolyline*>(o)->m_vertices;
-  }
-  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext& ctx) const override {
-    double width;
-    const bool constant = static_cast<const OdDbPolyline*>(object)->getConstantWidth(width) == eOk;
-    const bool identifiers = ctx.version() >= OdDb::vAC24;
-    for (const auto& v : vertices(object)) {
-      out.push_back(OdDxfTag::point(10, v.point.x, v.point.y, 0.0, 2));
-      if (!constant) {
-        out.push_back(OdDxfTag::real(40, v.startWidth));
-        out.push_back(OdDxfTag::real(41, v.endWidth));
-      }
-      if (v.bulge != 0.0) out.push_back(OdDxfTag::real(42, v.bulge));
-      if (identifiers && v.identifier != 0) out.push_back(OdDxfTag::integer(91, v.identifier));
-    }
-  }
-  bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext&) const override {
-    auto& list = vertices(object);
-    if (tag.code == 10) {
-      if (tag.type != OdDxf::ValueType::kPoint) return false;
-      const double width = static_cast<OdDbPolyline*>(object)->m_widthRead;
-      OdDbPolyline::Vertex v;
-      v.point.set(tag.x, tag.y);
-      v.startWidth = v.endWidth = width;
-      list.push_back(v);
-      return true;
-    }
-    if (list.empty()) return false;
-    if (tag.code == 91) {
-      list.back().identifier = static_cast<OdInt32>(tag.i);
-      return true;
-    }
-    if (tag.type != OdDxf::ValueType::kDouble) return false;
-    (tag.code == 40   ? list.back().startWidth
-     : tag.code == 41 ? list.back().endWidth
-                      : list.back().bulge) = tag.x;
-    return true;
-  }
-  void beginRead(OdDbObject* object) const override { vertices(object).clear(); }
-  void fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const override {
-    const auto& list = vertices(object);
-    filer->wrInt32(static_cast<OdInt32>(list.size()));
-    for (const auto& v : list) {
-      filer->wrPoint2d(v.point);
-      filer->wrDouble(v.startWidth);
-      filer->wrDouble(v.endWidth);
-      filer->wrDouble(v.bulge);
-      filer->wrInt32(v.identifier);
-    }
-  }
-  void fileIn(OdDbObject* object, OdDbDwgFiler* filer) const override {
-    auto& list = vertices(object);
-    list.assign(static_cast<size_t>(std::max(0, filer->rdInt32())), OdDbPolyline::Vertex());
-    for (auto& v : list) {
-      v.point = filer->rdPoint2d();
-      v.startWidth = filer->rdDouble();
-      v.endWidth = filer->rdDouble();
-      v.bulge = filer->rdDouble();
-      v.identifier = filer->rdInt32();
-    }
-  }
-  bool isEqual(const OdDbObject* a, const OdDbObject* b) const override { return vertices(a) == vertices(b); }
-};
-
 const OdDbClassSchema& OdDbPolyline::classSchema() {
-  static const OdDbPolylineCountCodec count;
+  // Per vertex: groups 10 (2-d point), 40/41 (widths, when not constant), 42
+  // (bulge, when not zero) and 91 (vertex identifier, R2010 on, when set).
+  // A vertex read takes the constant width (43) read before it.
+  static bool (*const writesWidths)(const void*, const OdDbObject*, const OdDbTagContext&) =
+      [](const void*, const OdDbObject* object, const OdDbTagContext&) {
+        return static_cast<const OdDbPolyline*>(object)->m_writeWidths;
+      };
+  static const OdDbArraySpec vertexRecords = [] {
+    OdDbArraySpec spec = odRecords<std::vector<Vertex>>({
+        odField<&Vertex::point>(10).named(L"vertex"),
+        odField<&Vertex::startWidth>(40).writtenWhen(writesWidths).named(L"startWidth"),
+        odField<&Vertex::endWidth>(41).writtenWhen(writesWidths).named(L"endWidth"),
+        odField<&Vertex::bulge>(42).optional().named(L"bulge"),
+        odField<&Vertex::identifier>(91).optional().since(OdDb::vAC24).named(L"identifier"),
+    });
+    spec.beginRecord = [](void* record, const OdDbObject* object) {
+      auto* vertex = static_cast<Vertex*>(record);
+      vertex->startWidth = vertex->endWidth = static_cast<const OdDbPolyline*>(object)->m_widthRead;
+    };
+    return spec;
+  }();
+  static const OdDbField vertexList = odArrayField<&OdDbPolyline::m_vertices>(vertexRecords, L"vertices");
+  static const OdDbRecordCodec count({odCountField<&OdDbPolyline::m_vertices>(90, vertexList)});
   static const OdDbPolylineWidthCodec width;
-  static const OdDbPolylineVerticesCodec vertices;
-  static const OdDbClassSchema schema{
-      &OdDbCurve::classSchema(),
-      {{L"AcDbPolyline",
-        {
-            odCustomField(count, L"count"),
-            odField<&OdDbPolyline::m_flags>(70).named(L"flags"),
-            odCustomField(width, L"constantWidth"),
-            odField<&OdDbPolyline::m_elevation>(38).optional().named(L"elevation"),
-            odField<&OdDbPolyline::m_thickness>(39).optional().named(L"thickness"),
-            odCustomField(vertices, L"vertices"),
-            odField<&OdDbPolyline::m_normal>(210).optional().named(L"normal"),
-        }}}};
+  static const OdDbRecordCodec vertices({vertexList});
+  static const OdDbClassSchema schema = [] {
+    OdDbClassSchema s{
+        &OdDbCurve::classSchema(),
+        {{L"AcDbPolyline",
+          {
+              odCustomField(count, L"count"),
+              odField<&OdDbPolyline::m_flags>(70).named(L"flags"),
+              odCustomField(width, L"constantWidth"),
+              odField<&OdDbPolyline::m_elevation>(38).optional().named(L"elevation"),
+              odField<&OdDbPolyline::m_thickness>(39).optional().named(L"thickness"),
+              odCustomField(vertices, L"vertices"),
+              odField<&OdDbPolyline::m_normal>(210).optional().named(L"normal"),
+          }}}};
+    s.hooks.beforeWrite = [](const OdDbObject* object) {
+      auto* polyline = static_cast<const OdDbPolyline*>(object);
+      double width;
+      polyline->m_writeWidths = polyline->getConstantWidth(width) != eOk;
+    };
+    return s;
+  }();
   return schema;
 }
 

@@ -7,109 +7,30 @@
 
 ODDB_DEFINE_MEMBERS(OdDbSpline, OdDbCurve, L"SPLINE")
 
-// Groups 72, 73, 74: the numbers of knots, control points and fit points,
-// derived from the arrays when written and not needed when read.
-struct OdDbSplineCountsCodec : OdDbFieldCodec {
-  std::vector<int> codes() const override { return {72, 73, 74}; }
-  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
-    const auto* spline = static_cast<const OdDbSpline*>(object);
-    out.push_back(OdDxfTag::integer(72, static_cast<OdInt64>(spline->m_knots.size())));
-    out.push_back(OdDxfTag::integer(73, static_cast<OdInt64>(spline->m_controlPoints.size())));
-    out.push_back(OdDxfTag::integer(74, static_cast<OdInt64>(spline->m_fitPoints.size())));
-  }
-  bool fromTag(OdDbObject*, const OdDxfTag&, OdDbTagContext&) const override { return true; }
-  void fileOut(const OdDbObject*, OdDbDwgFiler*) const override {}
-  void fileIn(OdDbObject*, OdDbDwgFiler*) const override {}
-  bool isEqual(const OdDbObject*, const OdDbObject*) const override { return true; }
-};
-
-// Group 44: the fit tolerance, written for splines with fit points.
-struct OdDbSplineFitToleranceCodec : OdDbFieldCodec {
-  std::vector<int> codes() const override { return {44}; }
-  static double& value(OdDbObject* o) { return static_cast<OdDbSpline*>(o)->m_fitTolerance; }
-  static double value(const OdDbObject* o) { return static_cast<const OdDbSpline*>(o)->m_fitTolerance; }
-  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
-    if (!static_cast<const OdDbSpline*>(object)->m_fitPoints.empty())
-      out.push_back(OdDxfTag::real(44, value(object)));
-  }
-  bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext&) const override {
-    if (tag.type != OdDxf::ValueType::kDouble) return false;
-    value(object) = tag.x;
-    return true;
-  }
-  void fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const override {
-    filer->wrDouble(value(object));
-  }
-  void fileIn(OdDbObject* object, OdDbDwgFiler* filer) const override { value(object) = filer->rdDouble(); }
-  bool isEqual(const OdDbObject* a, const OdDbObject* b) const override { return value(a) == value(b); }
-};
-
-// Groups 40 (knots), 41 (weights), 10 (control points) and 11 (fit points),
-// one group per value. Weights are written when the spline has them.
-struct OdDbSplineArraysCodec : OdDbFieldCodec {
-  std::vector<int> codes() const override { return {40, 41, 10, 11}; }
-  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
-    const auto* spline = static_cast<const OdDbSpline*>(object);
-    for (double knot : spline->m_knots) out.push_back(OdDxfTag::real(40, knot));
-    for (double weight : spline->m_weights) out.push_back(OdDxfTag::real(41, weight));
-    for (const auto& p : spline->m_controlPoints) out.push_back(OdDxfTag::point(10, p.x, p.y, p.z));
-    for (const auto& p : spline->m_fitPoints) out.push_back(OdDxfTag::point(11, p.x, p.y, p.z));
-  }
-  bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext&) const override {
-    auto* spline = static_cast<OdDbSpline*>(object);
-    if (tag.code == 10 || tag.code == 11) {
-      if (tag.type != OdDxf::ValueType::kPoint) return false;
-      OdGePoint3d point(tag.x, tag.y, tag.dims == 3 ? tag.z : 0.0);
-      (tag.code == 10 ? spline->m_controlPoints : spline->m_fitPoints).append(point);
-      return true;
-    }
-    if (tag.type != OdDxf::ValueType::kDouble) return false;
-    (tag.code == 40 ? spline->m_knots : spline->m_weights).append(tag.x);
-    return true;
-  }
-  void beginRead(OdDbObject* object) const override {
-    auto* spline = static_cast<OdDbSpline*>(object);
-    spline->m_knots.clear();
-    spline->m_weights.clear();
-    spline->m_controlPoints.clear();
-    spline->m_fitPoints.clear();
-  }
-  void fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const override {
-    const auto* spline = static_cast<const OdDbSpline*>(object);
-    filer->wrInt32(static_cast<OdInt32>(spline->m_knots.size()));
-    for (double knot : spline->m_knots) filer->wrDouble(knot);
-    filer->wrInt32(static_cast<OdInt32>(spline->m_weights.size()));
-    for (double weight : spline->m_weights) filer->wrDouble(weight);
-    filer->wrInt32(static_cast<OdInt32>(spline->m_controlPoints.size()));
-    for (const auto& p : spline->m_controlPoints) filer->wrPoint3d(p);
-    filer->wrInt32(static_cast<OdInt32>(spline->m_fitPoints.size()));
-    for (const auto& p : spline->m_fitPoints) filer->wrPoint3d(p);
-  }
-  void fileIn(OdDbObject* object, OdDbDwgFiler* filer) const override {
-    auto* spline = static_cast<OdDbSpline*>(object);
-    beginRead(object);
-    for (OdInt32 n = filer->rdInt32(); n > 0; --n) spline->m_knots.append(filer->rdDouble());
-    for (OdInt32 n = filer->rdInt32(); n > 0; --n) spline->m_weights.append(filer->rdDouble());
-    for (OdInt32 n = filer->rdInt32(); n > 0; --n) spline->m_controlPoints.append(filer->rdPoint3d());
-    for (OdInt32 n = filer->rdInt32(); n > 0; --n) spline->m_fitPoints.append(filer->rdPoint3d());
-  }
-  static bool samePoints(const OdGePoint3dArray& a, const OdGePoint3dArray& b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const OdGePoint3d& p, const OdGePoint3d& q) {
-      return p.x == q.x && p.y == q.y && p.z == q.z;
-    });
-  }
-  bool isEqual(const OdDbObject* a, const OdDbObject* b) const override {
-    const auto* p = static_cast<const OdDbSpline*>(a);
-    const auto* q = static_cast<const OdDbSpline*>(b);
-    return p->m_knots == q->m_knots && p->m_weights == q->m_weights &&
-           samePoints(p->m_controlPoints, q->m_controlPoints) && samePoints(p->m_fitPoints, q->m_fitPoints);
-  }
-};
+namespace {
+bool splineHasFitData(const void* object, const OdDbObject*, const OdDbTagContext&) {
+  return static_cast<const OdDbSpline*>(static_cast<const OdDbObject*>(object))->hasFitData();
+}
+}  // namespace
 
 const OdDbClassSchema& OdDbSpline::classSchema() {
-  static const OdDbSplineCountsCodec counts;
-  static const OdDbSplineFitToleranceCodec fitTolerance;
-  static const OdDbSplineArraysCodec arrays;
+  // Knots (40), weights (41, when the spline has them), control points (10)
+  // and fit points (11), one group per value; their numbers (72, 73, 74)
+  // come before the tolerances.
+  static const OdDbField knots = odValueArrayField<&OdDbSpline::m_knots>(40, L"knots");
+  static const OdDbField weights = odValueArrayField<&OdDbSpline::m_weights>(41, L"weights");
+  static const OdDbField controlPoints = odValueArrayField<&OdDbSpline::m_controlPoints>(10, L"controlPoints");
+  static const OdDbField fitPoints = odValueArrayField<&OdDbSpline::m_fitPoints>(11, L"fitPoints");
+  static const OdDbRecordCodec counts({
+      odCountField<&OdDbSpline::m_knots>(72, knots),
+      odCountField<&OdDbSpline::m_controlPoints>(73, controlPoints),
+      odCountField<&OdDbSpline::m_fitPoints>(74, fitPoints),
+  });
+  // Group 44, written for splines with fit points.
+  static const OdDbRecordCodec fitTolerance({
+      odField<&OdDbSpline::m_fitTolerance>(44).defaults(1e-10).writtenWhen(splineHasFitData).named(L"fitTolerance"),
+  });
+  static const OdDbRecordCodec arrays({knots, weights, controlPoints, fitPoints});
   static const OdDbClassSchema schema{
       &OdDbCurve::classSchema(),
       {{L"AcDbSpline",
