@@ -165,6 +165,7 @@ bool DwgToDxf::insert(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
   double e[3];
   for (double& v : e) v = d.readBD();
   const bool hasAttributes = d.readBit();
+  if (hasAttributes && m_file.atLeast(kDwgR2004)) d.readBL();  // the attribute count: they are found by owner
   const OdString block = nameOf(h.readH(o.handle).value);
   if (block.isEmpty()) throw OdDwgDecodeError("insert of a block that is not in the file", h.bitPosition());
   m_w.writeString(100, L"AcDbBlockReference");
