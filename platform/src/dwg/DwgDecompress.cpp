@@ -1,5 +1,6 @@
 #include "dwg/DwgDecompress.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -94,8 +95,14 @@ size_t odDwgDecompress(const uint8_t* src, size_t size, uint8_t* dst, size_t cap
     if (length > capacity - out) in.fail("copy past the end of the page");
     const uint8_t* from = dst + out - distance - 1;
     uint8_t* to = dst + out;
-    if (distance + 1 >= length) std::memcpy(to, from, length);
-    else for (size_t i = 0; i < length; ++i) to[i] = from[i];
+    // An overlapping copy repeats the last distance + 1 bytes: copied in
+    // pieces that never overlap, each twice the one before.
+    const size_t period = distance + 1;
+    for (size_t done = 0; done < length;) {
+      const size_t n = std::min(length - done, done + period);
+      std::memcpy(to + done, from, n);
+      done += n;
+    }
     out += length;
     literals(following ? following : in.literalLength());
   }
