@@ -190,9 +190,11 @@ bool DwgToDxf::lwpolyline(const OdDwgObject& o, OdDwgBitReader& d) {
   const int32_t points = d.readBL();
   const int32_t bulges = (flags & 16) ? d.readBL() : 0;
   const int32_t widths = (flags & 32) ? d.readBL() : 0;
-  const size_t room = o.size * 8;
-  if (points < 0 || bulges < 0 || widths < 0 || static_cast<size_t>(points) > room || static_cast<size_t>(bulges) > room ||
-      static_cast<size_t>(widths) > room) {
+  // What is left of the data bounds the counts: a point takes at least 4
+  // bits (two DD), a bulge 2, a pair of widths 4.
+  const size_t room = o.size * 8 > d.bitPosition() ? o.size * 8 - d.bitPosition() : 0;
+  if (points < 0 || bulges < 0 || widths < 0 || static_cast<size_t>(points) > room / 4 || static_cast<size_t>(bulges) > room / 2 ||
+      static_cast<size_t>(widths) > room / 4) {
     throw OdDwgDecodeError("implausible vertex count", d.bitPosition());
   }
   std::vector<double> xy(static_cast<size_t>(points) * 2), bulge(static_cast<size_t>(bulges)), w(static_cast<size_t>(widths) * 2);

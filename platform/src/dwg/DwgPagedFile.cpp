@@ -220,7 +220,9 @@ std::vector<uint8_t> OdDwgPagedFile::section(const std::string& name) {
   // Every page decodes to at most the section's page size; the buffer holds
   // them all, then is cut to the section's size.
   uint64_t room = 0;
-  for (const Page& page : s.pages) room = std::max(room, page.start + s.maxPageSize);
+  for (const Page& page : s.pages) {
+    if (page.start <= kMaxSection) room = std::max(room, page.start + s.maxPageSize);
+  }
   if (s.size > room || room > kMaxSection || room > 4096 * (uint64_t(m_size) + 4096)) {
     problem(0, "section " + name + ": implausible size " + std::to_string(s.size));
     return {};
@@ -257,6 +259,10 @@ std::vector<uint8_t> OdDwgPagedFile::section(const std::string& name) {
     }
     if (dataChecksum != f[7] || odDwgPageChecksum(dataChecksum, head, 32) != f[6]) {
       problem(address, where + ": checksum does not match; read on");
+    }
+    if (page.start > out.size() || s.maxPageSize > out.size() - page.start) {
+      problem(address, where + ": starts outside its section");
+      continue;
     }
     uint8_t* to = out.data() + page.start;
     const size_t capacity = s.maxPageSize;

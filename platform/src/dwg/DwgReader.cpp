@@ -198,7 +198,10 @@ std::string DwgToDxf::convert() {
   flush();
 
   for (const auto& [name, count] : m_notRead) {
-    m_report.repairs.push_back(OdString().format(L"%d %hs object%ls not read yet; left out", count, name.c_str(), count == 1 ? L"" : L"s"));
+    // Class names come from the file (UTF-8 here): formatted as wide text,
+    // never through %hs, which fails on bytes outside ASCII.
+    m_report.repairs.push_back(OdString().format(L"%d %ls object%ls not read yet; left out", count, OdString(name.c_str()).c_str(),
+                                                 count == 1 ? L"" : L"s"));
   }
   return std::move(m_out);
 }

@@ -63,10 +63,11 @@ class DwgToDxf {
   }
   void notRead(const OdDwgObject& o) { ++m_notRead[o.dxfName.toUtf8()]; }
   void failed(const OdDwgObject& o, const OdDwgDecodeError& e) {
-    m_report.repairs.push_back(OdString().format(L"%hsoffset 0x%llX: object %ls (%ls) could not be decoded (%hs at bit %zu); dropped",
-                                                 m_file.objectsSection().empty() ? "" : (m_file.objectsSection() + " ").c_str(),
-                                                 static_cast<unsigned long long>(o.offset), hexOf(o.handle).c_str(),
-                                                 o.dxfName.c_str(), e.what(), e.bit));
+    // Texts that may hold bytes of the file go in as wide strings (%hs fails outside ASCII).
+    const OdString section(m_file.objectsSection().empty() ? "" : (m_file.objectsSection() + " ").c_str());
+    m_report.repairs.push_back(OdString().format(L"%lsoffset 0x%llX: object %ls (%ls) could not be decoded (%ls at bit %zu); dropped",
+                                                 section.c_str(), static_cast<unsigned long long>(o.offset), hexOf(o.handle).c_str(),
+                                                 o.dxfName.c_str(), OdString(e.what()).c_str(), e.bit));
   }
   // Writes one object; false when its type is not read yet or decoding failed.
   bool emit(const OdDwgObject& o);
