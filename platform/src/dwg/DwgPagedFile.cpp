@@ -18,6 +18,7 @@ constexpr uint64_t kPagesStart = 0x100;  // the first page, and the base of the 
 // A section never needs more than this many bytes decoded: a bound against
 // damaged sizes that would ask for huge buffers.
 constexpr uint64_t kMaxSection = uint64_t(1) << 30;
+constexpr uint32_t kMaxPage = 0x10000;  // pages hold 0x7400 bytes decoded
 
 uint32_t le32(const uint8_t* p) { return p[0] | (p[1] << 8) | (p[2] << 16) | (static_cast<uint32_t>(p[3]) << 24); }
 uint64_t le64(const uint8_t* p) { return le32(p) | (static_cast<uint64_t>(le32(p + 4)) << 32); }
@@ -219,11 +220,10 @@ std::vector<uint8_t> OdDwgPagedFile::section(const std::string& name) {
   const Section& s = it->second;
   // Every page decodes to at most the section's page size; the buffer holds
   // them all, then is cut to the section's size.
-  uint64_t room = 0;
-  for (const Page& page : s.pages) {
-    if (page.start <= kMaxSection) room = std::max(room, page.start + s.maxPageSize);
-  }
-  if (s.size > room || room > kMaxSection || room > 4096 * (uint64_t(m_size) + 4096)) {
+  // Pages lie one after the other in the section; one that starts beyond
+  // what its number of pages covers is reported below.
+  const uint64_t room = static_cast<uint64_t>(s.pages.size()) * s.maxPageSize;
+  if (s.maxPageSize > kMaxPage || s.size > room || room > kMaxSection || room > 4096 * (uint64_t(m_size) + 4096)) {
     problem(0, "section " + name + ": implausible size " + std::to_string(s.size));
     return {};
   }
