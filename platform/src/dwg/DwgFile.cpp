@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "OdCodePage.h"
+#include "dwg/DwgPagedFile.h"
 
 namespace {
 
@@ -82,13 +83,30 @@ bool OdDwgFile::builtinIsEntity(unsigned type) {
   return t && t->entity;
 }
 
-void OdDwgFile::problem(size_t offset, const std::string& what) {
-  m_problems.push_back("offset 0x" + hex(offset) + ": " + what);
-}
-
 const OdDwgObject* OdDwgFile::find(uint64_t handle) const {
   auto it = m_byHandle.find(handle);
   return it == m_byHandle.end() ? nullptr : &m_objects[it->second];
+}
+
+void OdDwgFile::problem(size_t offset, const std::string& what) {
+  m_problems.push_back((m_section.empty() ? "" : m_section + " ") + "offset 0x" + hex(offset) + ": " + what);
+}
+
+int OdDwgFile::readCMC(OdDwgBitReader& r) const {
+  int index = r.readBS();
+  if (!atLeast(kDwgR2004)) return index;
+  const uint32_t rgb = static_cast<uint32_t>(r.readBL());
+  const uint8_t flags = r.readRC();
+  if (flags & 1) r.readTV(m_codePage);  // colour name
+  if (flags & 2) r.readTV(m_codePage);  // colour book name
+  // The high byte of the RGB value: 0xC0 ByLayer, 0xC1 ByBlock, 0xC3 an
+  // index in the low byte, 0xC2 a true colour (the index then stands beside it).
+  switch (rgb >> 24) {
+    case 0xC0: return 256;
+    case 0xC1: return 0;
+    case 0xC3: return index ? index : static_cast<int>(rgb & 0xFF);
+    default: return index;
+  }
 }
 
 bool OdDwgFile::open(std::vector<uint8_t> data) {
@@ -98,10 +116,38 @@ bool OdDwgFile::open(std::vector<uint8_t> data) {
     return false;
   }
   m_version.assign(reinterpret_cast<const char*>(m_data.data()), 6);
-  if (m_version != "AC1012" && m_version != "AC1014" && m_version != "AC1015") {
-    problem(0, "DWG version " + m_version + " is not read yet (R13 to R2000, AC1012 to AC1015, are)");
+  static const std::pair<const char*, OdDwgVersion> kVersions[] = {
+      {"AC1012", kDwgR13},   {"AC1014", kDwgR14},   {"AC1015", kDwgR2000}, {"AC1018", kDwgR2004},
+      {"AC1021", kDwgR2007}, {"AC1024", kDwgR2010}, {"AC1027", kDwgR2013}, {"AC1032", kDwgR2018}};
+  bool known = false;
+  for (const auto& [name, number] : kVersions) {
+    if (m_version == name) { m_versionNumber = number; known = true; }
+  }
+  // R2007 has a container of its own.
+  if (!known || m_versionNumber == kDwgR2007) {
+    problem(0, "DWG version " + m_version + " is not read yet (R13 to R2004, AC1012 to AC1018, are)");
     return false;
   }
+  if (!(atLeast(kDwgR2004) ? openPaged() : openLocated())) return false;
+  m_section = m_objectsSection;
+  for (OdDwgObject& object : m_objects) readObject(object);
+  m_section.clear();
+  // An anonymous block's record keeps only the prefix of its name ("*D");
+  // the whole name ("*D3") is the name of its BLOCK entity.
+  for (const OdDwgObject& object : m_objects) {
+    if (object.type != 0x04 || !object.decoded || object.recordName.isEmpty()) continue;
+    auto it = m_byHandle.find(object.owner);
+    if (it == m_byHandle.end()) continue;
+    OdDwgObject& record = m_objects[it->second];
+    if (record.type == 0x31 && record.recordName.getLength() < object.recordName.getLength() &&
+        object.recordName.left(record.recordName.getLength()) == record.recordName) {
+      record.recordName = object.recordName;
+    }
+  }
+  return true;
+}
+
+bool OdDwgFile::openLocated() {
   OdDwgBitReader header(m_data.data(), m_data.size());
   try {
     header.seekBit(0x13 * 8);
@@ -118,45 +164,76 @@ bool OdDwgFile::open(std::vector<uint8_t> data) {
       if (number == 2) { map = seeker; mapSize = size; }
     }
     if (!map) throw OdDwgDecodeError("no object map locator", header.bitPosition());
-    if (classes) readClasses(classes, classesSize);
+    if (classes) readClasses(m_data, classes, classesSize);
     else problem(0x15, "no classes section locator");
-    readObjectMap(map, mapSize);
-    if (headerAt) readHeader(headerAt, headerSize);
+    readObjectMap(m_data, map, mapSize);
+    if (headerAt) readHeader(m_data, headerAt, headerSize);
   } catch (const OdDwgDecodeError& e) {
     problem(e.bit / 8, std::string("file header: ") + e.what());
     return false;
   }
-  for (OdDwgObject& object : m_objects) readObject(object);
-  // An anonymous block's record keeps only the prefix of its name ("*D");
-  // the whole name ("*D3") is the name of its BLOCK entity.
-  for (const OdDwgObject& object : m_objects) {
-    if (object.type != 0x04 || !object.decoded || object.recordName.isEmpty()) continue;
-    auto it = m_byHandle.find(object.owner);
-    if (it == m_byHandle.end()) continue;
-    OdDwgObject& record = m_objects[it->second];
-    if (record.type == 0x31 && record.recordName.getLength() < object.recordName.getLength() &&
-        object.recordName.left(record.recordName.getLength()) == record.recordName) {
-      record.recordName = object.recordName;
-    }
-  }
   return true;
 }
 
-void OdDwgFile::readClasses(size_t seeker, size_t size) {
+bool OdDwgFile::openPaged() {
+  OdDwgPagedFile paged;
+  const bool opened = paged.open(m_data.data(), m_data.size());
+  size_t reported = 0;
+  auto report = [&] {
+    for (; reported < paged.problems().size(); ++reported) problem(paged.problems()[reported].first, paged.problems()[reported].second);
+  };
+  report();
+  if (!opened) return false;
+  m_codePage = odDwgCodePage(paged.codePage());
+  std::vector<uint8_t> objects = paged.section("AcDb:AcDbObjects");
+  const std::vector<uint8_t> handles = paged.section("AcDb:Handles");
+  const std::vector<uint8_t> classes = paged.section("AcDb:Classes");
+  const std::vector<uint8_t> header = paged.section("AcDb:Header");
+  report();
+  if (atLeast(kDwgR2007)) {
+    // The container is read; these versions' objects are of another form
+    // (strings apart, UTF-16 text, other type codes).
+    problem(0, "DWG version " + m_version + ": the sections are read, the objects of this version are not read yet");
+    return false;
+  }
+  if (objects.empty() || handles.empty()) {
+    problem(0, std::string("no ") + (objects.empty() ? "AcDb:AcDbObjects" : "AcDb:Handles") + " section");
+    return false;
+  }
+  // Object offsets count from the start of the objects section.
+  m_data = std::move(objects);
+  m_objectsSection = "AcDb:AcDbObjects";
+  m_section = "AcDb:Classes";
+  if (!classes.empty()) readClasses(classes, 0, classes.size());
+  m_section = "AcDb:Handles";
+  readObjectMap(handles, 0, handles.size());
+  m_section = "AcDb:Header";
+  if (!header.empty()) readHeader(header, 0, header.size());
+  m_section.clear();
+  return true;
+}
+
+void OdDwgFile::readClasses(const std::vector<uint8_t>& buf, size_t seeker, size_t size) {
   // A sentinel of 16 bytes, the size of the class data, the data, a CRC.
-  if (seeker + 20 > m_data.size()) {
+  if (seeker + 20 > buf.size()) {
     problem(seeker, "classes section outside the file");
     return;
   }
-  OdDwgBitReader r(m_data.data() + seeker, m_data.size() - seeker);
+  OdDwgBitReader r(buf.data() + seeker, buf.size() - seeker);
   r.seekBit(16 * 8);
-  const size_t bytes = r.readRL();
-  if (bytes > size || seeker + 20 + bytes > m_data.size()) {
+  const size_t length = r.readRL();
+  if (length > size || seeker + 20 + length > buf.size()) {
     problem(seeker, "classes section larger than its locator says");
     return;
   }
-  OdDwgBitReader c(m_data.data() + seeker + 20, bytes);
+  OdDwgBitReader c(buf.data() + seeker + 20, length);
   try {
+    if (atLeast(kDwgR2004)) {
+      c.readBS();  // the highest class number
+      c.readRC();
+      c.readRC();
+      c.readBit();
+    }
     while (c.bitPosition() + 13 <= c.bitSize()) {
       OdDwgClass cls;
       cls.number = static_cast<uint16_t>(c.readBS());
@@ -166,6 +243,13 @@ void OdDwgFile::readClasses(size_t seeker, size_t size) {
       cls.dxfName = c.readTV(m_codePage);
       cls.wasZombie = c.readBit();
       cls.isEntity = c.readBS() == 0x1F2;
+      if (atLeast(kDwgR2004)) {
+        c.readBL();  // objects of the class in the drawing
+        c.readBS();  // the file version and maintenance version that brought the class
+        c.readBS();
+        c.readBL();
+        c.readBL();
+      }
       if (cls.number < 500) break;  // padding after the last class
       m_classes.push_back(cls);
     }
@@ -174,13 +258,13 @@ void OdDwgFile::readClasses(size_t seeker, size_t size) {
   }
 }
 
-void OdDwgFile::readHeader(size_t seeker, size_t size) {
+void OdDwgFile::readHeader(const std::vector<uint8_t>& buf, size_t seeker, size_t size) {
   // A sentinel of 16 bytes, the size of the data, the variables in a fixed order.
-  if (seeker + 20 > m_data.size()) {
+  if (seeker + 20 > buf.size()) {
     problem(seeker, "header variables outside the file");
     return;
   }
-  OdDwgBitReader r(m_data.data() + seeker + 20, std::min(m_data.size() - seeker - 20, size));
+  OdDwgBitReader r(buf.data() + seeker + 20, std::min(buf.size() - seeker - 20, size));
   const bool r2000 = isR2000();
   OdDwgHeader& h = m_header;
   auto flag = [&](const wchar_t* name) { const bool v = r.readBit(); if (name) h.ints.emplace_back(name, v ? 1 : 0); };
@@ -192,7 +276,7 @@ void OdDwgFile::readHeader(size_t seeker, size_t size) {
     r.readBL();
     r.readBL();
     if (!r2000) r.readBS();
-    r.readH();  // the current viewport's entity header
+    if (!atLeast(kDwgR2004)) r.readH();  // the current viewport's entity header
     flag(L"$DIMASO");
     flag(L"$DIMSHO");
     if (!r2000) flag(nullptr);  // DIMSAV
@@ -204,6 +288,7 @@ void OdDwgFile::readHeader(size_t seeker, size_t size) {
     flag(L"$PSLTSCALE");
     flag(L"$LIMCHECK");
     if (!r2000) flag(L"$BLIPMODE");
+    if (atLeast(kDwgR2004)) flag(nullptr);  // undocumented
     flag(L"$USRTIMER");
     flag(L"$SKPOLY");
     flag(L"$ANGDIR");
@@ -230,6 +315,9 @@ void OdDwgFile::readHeader(size_t seeker, size_t size) {
     if (!r2000) shortVar(L"$COORDS");
     shortVar(L"$PDMODE");
     if (!r2000) shortVar(L"$PICKSTYLE");
+    if (atLeast(kDwgR2004)) {
+      for (int i = 0; i < 3; ++i) r.readBL();  // undocumented
+    }
     for (const wchar_t* name : {L"$USERI1", L"$USERI2", L"$USERI3", L"$USERI4", L"$USERI5", L"$SPLINESEGS", L"$SURFU",
                                 L"$SURFV", L"$SURFTYPE", L"$SURFTAB1", L"$SURFTAB2", L"$SPLINETYPE", L"$SHADEDGE",
                                 L"$SHADEDIF", L"$UNITMODE", L"$MAXACTVP", L"$ISOLINES", L"$CMLJUST", L"$TEXTQLTY"}) {
@@ -242,8 +330,10 @@ void OdDwgFile::readHeader(size_t seeker, size_t size) {
       real(name);
     }
     r.readTV(m_codePage);  // menu name
-    for (int i = 0; i < 8; ++i) r.readBL();  // creation, update, editing and user times
-    h.currentColor = r.readCMC();
+    // Creation and update dates, (R2004 on) three longs, time in the
+    // drawing and the user timer.
+    for (int i = 0; i < (atLeast(kDwgR2004) ? 11 : 8); ++i) r.readBL();
+    h.currentColor = readCMC(r);
     h.handseed = r.readH().value;
     h.currentLayer = r.readH().value;
     h.currentTextStyle = r.readH().value;
@@ -254,21 +344,21 @@ void OdDwgFile::readHeader(size_t seeker, size_t size) {
   }
 }
 
-void OdDwgFile::readObjectMap(size_t seeker, size_t size) {
+void OdDwgFile::readObjectMap(const std::vector<uint8_t>& buf, size_t seeker, size_t size) {
   // Pieces of at most 2032 bytes: a big-endian size (which counts itself),
   // pairs of (handle step, offset step) as modular chars, a CRC. Handle and
   // offset start again from zero in every piece; a piece of size 2 ends it.
   size_t at = seeker;
-  const size_t end = std::min(m_data.size(), seeker + size);
+  const size_t end = std::min(buf.size(), seeker + size);
   std::vector<std::pair<uint64_t, int64_t>> entries;
   while (at + 2 <= end) {
-    const size_t pieceSize = (static_cast<size_t>(m_data[at]) << 8) | m_data[at + 1];
+    const size_t pieceSize = (static_cast<size_t>(buf[at]) << 8) | buf[at + 1];
     if (pieceSize <= 2) break;
-    if (at + pieceSize > m_data.size()) {
-      problem(at, "object map piece runs past the end of the file");
+    if (at + pieceSize > buf.size()) {
+      problem(at, "object map piece runs past the end of the data");
       break;
     }
-    OdDwgBitReader r(m_data.data() + at + 2, pieceSize - 2);
+    OdDwgBitReader r(buf.data() + at + 2, pieceSize - 2);
     uint64_t handle = 0;
     int64_t offset = 0;
     try {
@@ -291,7 +381,7 @@ void OdDwgFile::readObjectMap(size_t seeker, size_t size) {
   std::sort(entries.begin(), entries.end());
   for (const auto& [handle, offset] : entries) {
     if (offset <= 0 || static_cast<size_t>(offset) >= m_data.size()) {
-      problem(seeker, "object " + hex(handle) + " placed outside the file, dropped");
+      problem(seeker, "object " + hex(handle) + " placed outside the " + (m_objectsSection.empty() ? "file" : "objects section") + ", dropped");
       continue;
     }
     if (m_byHandle.count(handle)) continue;
@@ -338,7 +428,8 @@ void OdDwgFile::readObject(OdDwgObject& o) {
       o.xdata.push_back(std::move(x));
     }
     int reactors = 0;
-    bool byLayerLinetype = true, noLinks = false;
+    bool byLayerLinetype = true, noLinks = false, noXdictionary = false, colorBook = false;
+    const bool r2004 = atLeast(kDwgR2004);
     if (o.entity) {
       if (r.readBit()) {
         const uint32_t picture = r.readRL();
@@ -347,9 +438,21 @@ void OdDwgFile::readObject(OdDwgObject& o) {
       if (!r2000) handleBit = r.readRL();
       o.entMode = static_cast<int>(r.readBB());
       reactors = r.readBL();
+      if (r2004) noXdictionary = r.readBit();
       if (!r2000) byLayerLinetype = r.readBit();
-      noLinks = r.readBit();
-      o.color = r.readCMC();
+      if (!r2004) {
+        noLinks = r.readBit();
+        o.color = r.readBS();
+      } else {
+        // The colour index with flags in its high bits: 0x8000 an RGB value
+        // follows, 0x4000 a colour-book reference is among the handles,
+        // 0x2000 a transparency follows.
+        const unsigned value = static_cast<uint16_t>(r.readBS());
+        o.color = static_cast<int>(value & 0x1FF);
+        if (value & 0x8000) o.trueColor = r.readRL();
+        if (value & 0x2000) o.transparency = r.readRL();
+        colorBook = value & 0x4000;
+      }
       o.linetypeScale = r.readBD();
       if (r2000) {
         o.linetypeFlags = static_cast<int>(r.readBB());
@@ -360,6 +463,7 @@ void OdDwgFile::readObject(OdDwgObject& o) {
     } else {
       if (!r2000) handleBit = r.readRL();
       reactors = r.readBL();
+      if (r2004) noXdictionary = r.readBit();
     }
     if (reactors < 0 || static_cast<size_t>(reactors) > o.size) throw OdDwgDecodeError("implausible reactor count", r.bitPosition());
     o.dataBit = r.bitPosition();
@@ -370,14 +474,18 @@ void OdDwgFile::readObject(OdDwgObject& o) {
     r.seekBit(handleBit);
     if (!o.entity || o.entMode == 0) o.owner = r.readH(o.handle).value;
     for (int i = 0; i < reactors; ++i) o.reactors.push_back(r.readH(o.handle).value);
-    o.xdictionary = r.readH(o.handle).value;
+    if (!noXdictionary) o.xdictionary = r.readH(o.handle).value;
     if (o.entity) {
       if (!r2000) {
         o.layer = r.readH(o.handle).value;
         if (!byLayerLinetype) o.linetype = r.readH(o.handle).value;
       }
+      // Up to R2000 the entities of a block are chained; from R2004 on
+      // the block record lists them.
       o.noLinks = noLinks;
-      if (noLinks) {
+      if (r2004) {
+        if (colorBook) r.readH(o.handle);
+      } else if (noLinks) {
         o.prevEntity = o.handle - 1;
         o.nextEntity = o.handle + 1;
       } else {

@@ -1,5 +1,6 @@
-// The structure of a DWG file of R13 to R2000 (AC1012 to AC1015): the file
-// header with its section locators, the classes, the object map (handle to
+// The structure of a DWG file: for R13 to R2000 (AC1012 to AC1015) the file
+// header with its section locators, from R2004 (AC1018) on the sections of
+// the paged container (DwgPagedFile.h); then the classes, the object map (handle to
 // file offset) and, for every object, its common data (type, handle,
 // extended data, reactors, extension dictionary, owner, layer…), with the
 // bit positions where its own data and its handle references start.
@@ -14,6 +15,19 @@
 #include <vector>
 
 #include "dwg/DwgBitReader.h"
+
+// The versions of the file format, by the number in their first bytes
+// ("AC1018" is 1018), for comparisons such as atLeast(kDwgR2004).
+enum OdDwgVersion : int {
+  kDwgR13 = 1012,
+  kDwgR14 = 1014,
+  kDwgR2000 = 1015,
+  kDwgR2004 = 1018,
+  kDwgR2007 = 1021,
+  kDwgR2010 = 1024,
+  kDwgR2013 = 1027,
+  kDwgR2018 = 1032,
+};
 
 struct OdDwgClass {
   int number = 0;       // the object type that stands for this class (500 on)
@@ -47,12 +61,14 @@ struct OdDwgObject {
   uint64_t xdictionary = 0;
   int entMode = 0;          // entities: 0 owner given, 1 paper space, 2 model space
   int color = 256;
+  uint32_t trueColor = 0;   // R2004 on: 0xC2RRGGBB when the entity has a true colour
+  uint32_t transparency = 0;  // R2004 on: the raw transparency value, 0 when none
   double linetypeScale = 1.0;
   int linetypeFlags = 0, plotStyleFlags = 0;  // 0 ByLayer, 1 ByBlock, 2 Continuous, 3 by handle
   int invisible = 0;
   int lineWeight = -1;      // R2000 on: the raw lineweight index
   uint64_t layer = 0, linetype = 0, plotStyle = 0;
-  uint64_t prevEntity = 0, nextEntity = 0;
+  uint64_t prevEntity = 0, nextEntity = 0;  // R13-R2000
   bool noLinks = false;     // entities: previous and next are the handles one below and above
 
   // Where the type's own data and its remaining handle references start
@@ -79,9 +95,18 @@ class OdDwgFile {
   // Returns false when the file cannot be read at all (problems says why).
   bool open(std::vector<uint8_t> data);
 
+  // The bytes the objects' offsets point into: the file up to R2000, the
+  // decoded AcDb:AcDbObjects section from R2004 on.
   const std::vector<uint8_t>& data() const { return m_data; }
   const std::string& versionName() const { return m_version; }
-  bool isR2000() const { return m_version == "AC1015"; }
+  OdDwgVersion version() const { return m_versionNumber; }
+  bool atLeast(OdDwgVersion v) const { return m_versionNumber >= v; }
+  // The R2000 forms (bit-coded thickness and extrusion, DD values…) hold
+  // from R2000 on.
+  bool isR2000() const { return atLeast(kDwgR2000); }
+  // Where object offsets are counted from, for messages: "" for the file
+  // itself, else the section's name ("AcDb:AcDbObjects").
+  const std::string& objectsSection() const { return m_objectsSection; }
   int codePage() const { return m_codePage; }
   const std::vector<OdDwgClass>& classes() const { return m_classes; }
   const OdDwgHeader& header() const { return m_header; }
@@ -96,19 +121,33 @@ class OdDwgFile {
     return OdDwgBitReader(m_data.data() + object.start, object.size);
   }
 
+  // A colour of tables and header variables: up to R2000 the colour index
+  // (BS); from R2004 on BS index, BL RGB value (its high byte says how the
+  // colour is given), RC flags and the names they announce. Returns the
+  // colour index (256 ByLayer, 0 ByBlock).
+  int readCMC(OdDwgBitReader& r) const;
+
   // The DXF name of a built-in object type (empty when unknown).
   static const wchar_t* builtinTypeName(unsigned type);
   static bool builtinIsEntity(unsigned type);
 
  private:
   void problem(size_t offset, const std::string& what);
-  void readClasses(size_t seeker, size_t size);
-  void readHeader(size_t seeker, size_t size);
-  void readObjectMap(size_t seeker, size_t size);
+  // The file header of R13-R2000 with its section locators.
+  bool openLocated();
+  // The paged container of R2004 on.
+  bool openPaged();
+  // Sections read from `bytes` (the file or a decoded section) at `seeker`.
+  void readClasses(const std::vector<uint8_t>& bytes, size_t seeker, size_t size);
+  void readHeader(const std::vector<uint8_t>& bytes, size_t seeker, size_t size);
+  void readObjectMap(const std::vector<uint8_t>& bytes, size_t seeker, size_t size);
   void readObject(OdDwgObject& object);
 
   std::vector<uint8_t> m_data;
   std::string m_version;
+  OdDwgVersion m_versionNumber = kDwgR13;
+  std::string m_section;         // the section being read, for messages ("" = the file)
+  std::string m_objectsSection;
   int m_codePage = 1252;
   std::vector<OdDwgClass> m_classes;
   OdDwgHeader m_header;

@@ -19,6 +19,12 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
       if (d.readBit()) info.flags |= 4;
       if (d.readBit()) info.flags |= 8;
       if (m_r2000) d.readBit();  // loaded
+      // From R2004 on the record lists its entities (not for external references).
+      int32_t owned = 0;
+      if (m_file.atLeast(kDwgR2004) && !(info.flags & 12)) {
+        owned = d.readBL();
+        if (owned < 0 || static_cast<size_t>(owned) > o.size) throw OdDwgDecodeError("implausible entity count", d.bitPosition());
+      }
       for (double& v : info.base) v = d.readBD();
       info.path = d.readTV(m_cp);
       size_t inserts = 0;
@@ -32,9 +38,12 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
         for (auto& b : preview) b = d.readRC();
       }
       // The handles after the (null) external reference: BLOCK, first and
-      // last entity unless an external reference, ENDBLK, then the inserts.
+      // last entity (R2004 on: every entity) unless an external reference,
+      // ENDBLK, then the inserts.
       h.readH(o.handle);
-      if (!(info.flags & 12)) {
+      if (m_file.atLeast(kDwgR2004)) {
+        for (int32_t i = 0; i < owned; ++i) info.entities.push_back(h.readH(o.handle).value);
+      } else if (!(info.flags & 12)) {
         info.first = h.readH(o.handle).value;
         info.last = h.readH(o.handle).value;
       }
@@ -73,7 +82,7 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
         if (d.readBit()) flags |= 2;
         if (d.readBit()) flags |= 4;
       }
-      int color = d.readCMC();
+      int color = m_file.readCMC(d);
       if (color < 0) { off = true; color = -color; }
       const uint64_t plotStyle = m_r2000 ? h.readH(o.handle).value : 0;
       const OdString linetype = nameOf(h.readH(o.handle).value);
