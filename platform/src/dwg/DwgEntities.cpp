@@ -437,7 +437,8 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
   // R13 and R14 keep light polylines as a class of their own.
   const unsigned type = o.type >= 500 && o.dxfName == L"LWPOLYLINE" ? 0x4D : o.type;
   auto known = kEntities.find(type);
-  if (known == kEntities.end()) {
+  const bool proxy = known == kEntities.end() && isProxy(o);
+  if (known == kEntities.end() && !proxy) {
     notRead(o);
     return false;
   }
@@ -445,10 +446,11 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
   try {
     d.seekBit(o.dataBit);
     h.seekBit(o.handleBit);
-    m_w.writeString(0, known->second);
+    m_w.writeString(0, proxy ? L"ACAD_PROXY_ENTITY" : known->second);
     const uint64_t owner = o.entMode == 2 ? m_modelSpace : o.entMode == 1 ? m_paperSpace : o.owner;
     commonEntity(o, owner);
-    switch (type) {
+    if (proxy) proxyData(o);
+    else switch (type) {
       case 0x01: text(o, d, h, 0); break;
       case 0x02: text(o, d, h, 1); break;
       case 0x03: text(o, d, h, 2); break;

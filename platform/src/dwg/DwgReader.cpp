@@ -92,6 +92,8 @@ std::string DwgToDxf::convert() {
     }
   }
   m_w.writeString(0, L"ENDSEC");
+  flush();
+  classes();
   m_w.writeString(0, L"SECTION");
   m_w.writeString(2, L"TABLES");
   flush();
@@ -194,6 +196,10 @@ std::string DwgToDxf::convert() {
   m_w.writeString(0, L"EOF");
   flush();
 
+  for (const auto& [name, count] : m_proxies) {
+    m_report.repairs.push_back(OdString().format(count == 1 ? L"%d %hs object kept as a proxy" : L"%d %hs objects kept as proxies",
+                                                 count, name.c_str()));
+  }
   for (const auto& [name, count] : m_notRead) {
     m_report.repairs.push_back(OdString().format(L"%d %hs object%ls not read yet; left out", count, name.c_str(), count == 1 ? L"" : L"s"));
   }

@@ -13,6 +13,7 @@
 #include "DwgRead.h"
 #include "OdCodePage.h"
 #include "dwg/DwgFile.h"
+#include "dxf/DxfStructure.h"
 #include "dxf/DxfTagWriter.h"
 
 namespace oddwg {
@@ -62,6 +63,15 @@ class DwgToDxf {
     return o ? o->recordName : OdString();
   }
   void notRead(const OdDwgObject& o) { ++m_notRead[o.dxfName.toUtf8()]; }
+  // An object whose type has no decoder here and no class in the platform is
+  // kept as a proxy: its class name, its common data and all its bytes.
+  bool isProxy(const OdDwgObject& o) const;
+  void proxyData(const OdDwgObject& o);
+  // The CLASSES section: the file's classes, then the built-in types kept as proxies.
+  void classes();
+  std::map<unsigned, int> m_proxyClasses;  // built-in type kept as a proxy: its class number
+  // Objects of the OBJECTS section decoded here (the rest are proxies or left out).
+  static bool objectDecoded(const OdDwgObject& o);
   void failed(const OdDwgObject& o, const OdDwgDecodeError& e) {
     m_report.repairs.push_back(OdString().format(L"offset 0x%llX: object %ls (%ls) could not be decoded (%hs at bit %zu); dropped",
                                                  static_cast<unsigned long long>(o.offset), hexOf(o.handle).c_str(),
@@ -79,12 +89,13 @@ class DwgToDxf {
     return o && o->decoded && (o->entity || isWritten(handle) || (o->type >= 0x30 && o->type <= 0x47));
   }
   void entityList(uint64_t block);
-  // Objects of the OBJECTS section read so far: dictionaries and placeholders.
+  // Objects of the OBJECTS section that are written: those decoded and the proxies.
   bool isWritten(uint64_t handle) const {
     const OdDwgObject* o = m_file.find(handle);
-    return o && o->decoded && (o->dxfName == L"DICTIONARY" || o->dxfName == L"ACDBPLACEHOLDER");
+    return o && o->decoded && !o->entity && (objectDecoded(*o) || isProxy(*o));
   }
   bool object(const OdDwgObject& o);
+  void xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void children(uint64_t parent);
 
   // Type decoders: `d` is at the type's own data, `h` after the common handles.
@@ -132,7 +143,8 @@ class DwgToDxf {
   bool m_r2000 = true;
   int m_cp = 1252;
   std::map<uint64_t, std::vector<const OdDwgObject*>> m_owned;  // entities by the block or entity that owns them
-  std::map<std::string, int> m_notRead;
+  std::map<std::string, int> m_notRead, m_proxies;
+  mutable std::map<std::wstring, bool> m_modeled;  // by DXF name: whether the platform has a class for it
   uint64_t m_modelSpace = 0, m_paperSpace = 0;
 };
 
