@@ -433,7 +433,9 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
       {0x11, L"ARC"},  {0x12, L"CIRCLE"}, {0x13, L"LINE"},   {0x1B, L"POINT"},  {0x4D, L"LWPOLYLINE"},
       {0x1C, L"3DFACE"}, {0x1F, L"SOLID"}, {0x20, L"TRACE"}, {0x23, L"ELLIPSE"}, {0x28, L"RAY"}, {0x29, L"XLINE"},
       {0x2C, L"MTEXT"}, {0x0F, L"POLYLINE"}, {0x10, L"POLYLINE"}, {0x0A, L"VERTEX"}, {0x0B, L"VERTEX"},
-      {0x1D, L"POLYLINE"}, {0x1E, L"POLYLINE"}, {0x0C, L"VERTEX"}, {0x0D, L"VERTEX"}, {0x0E, L"VERTEX"}};
+      {0x1D, L"POLYLINE"}, {0x1E, L"POLYLINE"}, {0x0C, L"VERTEX"}, {0x0D, L"VERTEX"}, {0x0E, L"VERTEX"},
+      {0x14, L"DIMENSION"}, {0x15, L"DIMENSION"}, {0x16, L"DIMENSION"}, {0x17, L"DIMENSION"}, {0x18, L"DIMENSION"},
+      {0x19, L"DIMENSION"}, {0x1A, L"DIMENSION"}};
   // R13 and R14 keep light polylines as a class of their own.
   const unsigned type = o.type >= 500 && o.dxfName == L"LWPOLYLINE" ? 0x4D : o.type;
   auto known = kEntities.find(type);
@@ -472,6 +474,7 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
       case 0x0A: case 0x0B: vertex(d, type == 0x0B); break;
       case 0x1D: case 0x1E: meshPolyline(d, type == 0x1D); break;
       case 0x0C: case 0x0D: case 0x0E: meshVertex(d, type); break;
+      case 0x14: case 0x15: case 0x16: case 0x17: case 0x18: case 0x19: case 0x1A: dimension(o, d, h); break;
     }
     xdata(o);
   } catch (const OdDwgDecodeError& e) {

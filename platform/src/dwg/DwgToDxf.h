@@ -117,6 +117,9 @@ class DwgToDxf {
   void mtext(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void point3(OdDwgBitReader& d, double xyz[3]) { for (int i = 0; i < 3; ++i) xyz[i] = d.readBD(); }
   void record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+  void dimStyle(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags);
+  // DwgDimensions.cpp
+  void dimension(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
 
   void extrusion(OdDwgBitReader& d, int code = 210) {
     double e[3];

@@ -33,7 +33,7 @@ class Context : public OdDbTagContext {
 bool decodedClass(const OdString& dxfName) {
   static const wchar_t* const kNames[] = {L"LINE",  L"CIRCLE", L"ARC",   L"POINT", L"TEXT",  L"ATTRIB",       L"ATTDEF",
                                           L"INSERT", L"LWPOLYLINE", L"LAYER", L"LTYPE", L"STYLE", L"APPID", L"BLOCK_RECORD",
-                                          L"3DFACE", L"SOLID", L"TRACE", L"ELLIPSE", L"RAY", L"XLINE", L"MTEXT", L"POLYLINE", L"VERTEX", L"XRECORD"};
+                                          L"3DFACE", L"SOLID", L"TRACE", L"ELLIPSE", L"RAY", L"XLINE", L"MTEXT", L"POLYLINE", L"VERTEX", L"XRECORD", L"DIMENSION", L"DIMSTYLE"};
   for (const wchar_t* name : kNames) {
     if (dxfName == name) return true;
   }
@@ -46,6 +46,12 @@ std::string firstDifference(OdDbObject* a, OdDbObject* b) {
   Context ca(a->database()), cb(b->database());
   OdDbSchemaIo::writeFields(a, ta, ca, true);
   OdDbSchemaIo::writeFields(b, tb, cb, true);
+  // Some twins give the dimension text colour where it is the default (0), others not.
+  if (a->dxfName() == L"DIMSTYLE") {
+    for (OdDxfTagList* list : {&ta, &tb}) {
+      list->erase(std::remove_if(list->begin(), list->end(), [](const OdDxfTag& t) { return t.code == 178 && t.i == 0; }), list->end());
+    }
+  }
   // Layouts are not read from DWG yet: a block's layout is made anew.
   if (a->dxfName() == L"BLOCK_RECORD") {
     for (OdDxfTagList* list : {&ta, &tb}) {
@@ -62,7 +68,10 @@ std::string firstDifference(OdDbObject* a, OdDbObject* b) {
     const std::string what = "group " + std::to_string(x.code) + ": '" + x.valueText().toUtf8() + "' vs " +
                              std::to_string(y.code) + ": '" + y.valueText().toUtf8() + "'";
     if (x.code != y.code) return what;
-    auto near = [](double p, double q) { return std::fabs(p - q) <= 1e-9 * std::max(1.0, std::fabs(p) + std::fabs(q)); };
+    // Some dimension variables are kept in single precision and the twins
+    // print them rounded to it (25.4 for 25.399999618530273).
+    const double tolerance = a->dxfName() == L"DIMSTYLE" ? 1e-7 : 1e-9;
+    auto near = [tolerance](double p, double q) { return std::fabs(p - q) <= tolerance * std::max(1.0, std::fabs(p) + std::fabs(q)); };
     // The R14 twin shortens long application names.
     const bool shortened = y.s.getLength() == 26 && x.s.left(26) == y.s && a->dxfName() == L"APPID";
     if (!near(x.x, y.x) || !near(x.y, y.y) || !near(x.z, y.z) || x.i != y.i || (x.s.iCompare(y.s) != 0 && !shortened)) return what;
