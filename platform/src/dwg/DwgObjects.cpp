@@ -97,11 +97,74 @@ void DwgToDxf::xdata(const OdDwgObject& o) {
 }
 
 bool DwgToDxf::objectDecoded(const OdDwgObject& o) {
-  return o.dxfName == L"DICTIONARY" || o.dxfName == L"ACDBPLACEHOLDER" || o.dxfName == L"XRECORD";
+  return o.dxfName == L"DICTIONARY" || o.dxfName == L"ACDBPLACEHOLDER" || o.dxfName == L"XRECORD" || o.type == 0x49;
+}
+
+void DwgToDxf::mlineStyle(const OdDwgObject& o, OdDwgBitReader& d) {
+  // TV name, TV description, BS flags, CMC fill colour, BD start and end
+  // angles, RC line count; per line BD offset, CMC colour, BS linetype
+  // (32767 ByLayer, 32766 ByBlock, else its place in the linetype table).
+  // The file's flags swap some bits of the DXF ones: 1 and 2, 32 and 64,
+  // 512 and 1024.
+  const OdString name = d.readTV(m_cp), description = d.readTV(m_cp);
+  const int bits = static_cast<uint16_t>(d.readBS());
+  const int fill = d.readCMC();
+  const double start = d.readBD(), end = d.readBD();
+  const int lines = d.readRC();
+  int flags = bits & ~(1 | 2 | 32 | 64 | 512 | 1024);
+  const int swaps[][2] = {{1, 2}, {32, 64}, {512, 1024}};
+  for (const auto& pair : swaps) {
+    if (bits & pair[0]) flags |= pair[1];
+    if (bits & pair[1]) flags |= pair[0];
+  }
+  m_w.writeString(0, L"MLINESTYLE");
+  header(o, o.owner);
+  m_w.writeString(100, L"AcDbMlineStyle");
+  m_w.writeString(2, name);
+  m_w.writeInt(70, flags);
+  m_w.writeString(3, description);
+  m_w.writeInt(62, fill);
+  degrees(51, start);
+  degrees(52, end);
+  m_w.writeInt(71, lines);
+  for (int i = 0; i < lines; ++i) {
+    const double offset = d.readBD();
+    const int color = d.readCMC();
+    const int linetype = d.readBS();
+    m_w.writeDouble(49, offset);
+    m_w.writeInt(62, color);
+    OdString ltName = linetype == 32767 ? OdString(L"BYLAYER") : linetype == 32766 ? OdString(L"BYBLOCK") : OdString();
+    if (ltName.isEmpty()) {
+      const std::vector<uint64_t>& listed = linetypes();
+      if (linetype >= 0 && static_cast<size_t>(linetype) < listed.size()) ltName = nameOf(listed[static_cast<size_t>(linetype)]);
+    }
+    m_w.writeString(6, ltName.isEmpty() ? OdString(L"BYLAYER") : ltName);
+  }
+}
+
+const std::vector<uint64_t>& DwgToDxf::linetypes() {
+  // The linetype table's records in the order its control lists them.
+  if (m_linetypesRead) return m_linetypes;
+  m_linetypesRead = true;
+  for (const OdDwgObject& control : m_file.objects()) {
+    if (control.type != 0x38 || !control.decoded) continue;
+    try {
+      OdDwgBitReader cd = m_file.objectReader(control), ch = m_file.objectReader(control);
+      cd.seekBit(control.dataBit);
+      ch.seekBit(control.handleBit);
+      const int32_t count = cd.readBL();
+      if (count < 0 || static_cast<size_t>(count) > control.size) break;
+      for (int32_t i = 0; i < count; ++i) m_linetypes.push_back(ch.readH(control.handle).value);
+    } catch (const OdDwgDecodeError&) {
+      m_linetypes.clear();
+    }
+    break;
+  }
+  return m_linetypes;
 }
 
 bool DwgToDxf::isProxy(const OdDwgObject& o) const {
-  if (!o.decoded || (o.type >= 0x30 && o.type <= 0x47)) return false;
+  if (!o.decoded || (o.type >= 0x30 && o.type <= 0x47) || (!o.entity && objectDecoded(o))) return false;
   auto known = m_modeled.find(o.dxfName.str());
   if (known == m_modeled.end()) {
     known = m_modeled.emplace(o.dxfName.str(), odDxfClassForObject(o.dxfName, nullptr, nullptr) != nullptr).first;
@@ -235,6 +298,8 @@ bool DwgToDxf::object(const OdDwgObject& o) {
       header(o, o.owner);
     } else if (o.dxfName == L"XRECORD") {
       xrecord(o, d, h);
+    } else if (o.type == 0x49) {
+      mlineStyle(o, d);
     } else if (o.dxfName != L"DICTIONARY") {
       m_w.writeString(0, L"ACAD_PROXY_OBJECT");
       header(o, o.owner);

@@ -96,6 +96,10 @@ class DwgToDxf {
   }
   bool object(const OdDwgObject& o);
   void xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+  void mlineStyle(const OdDwgObject& o, OdDwgBitReader& d);
+  const std::vector<uint64_t>& linetypes();
+  std::vector<uint64_t> m_linetypes;
+  bool m_linetypesRead = false;
   void children(uint64_t parent);
 
   // Type decoders: `d` is at the type's own data, `h` after the common handles.
@@ -118,6 +122,10 @@ class DwgToDxf {
   void point3(OdDwgBitReader& d, double xyz[3]) { for (int i = 0; i < 3; ++i) xyz[i] = d.readBD(); }
   void record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void dimStyle(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags);
+  // DwgCurves.cpp
+  void spline(const OdDwgObject& o, OdDwgBitReader& d);
+  void mline(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+  void modelerGeometry(const OdDwgObject& o, OdDwgBitReader& d);
   // DwgDimensions.cpp
   void dimension(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
 

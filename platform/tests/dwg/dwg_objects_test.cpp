@@ -33,7 +33,7 @@ class Context : public OdDbTagContext {
 bool decodedClass(const OdString& dxfName) {
   static const wchar_t* const kNames[] = {L"LINE",  L"CIRCLE", L"ARC",   L"POINT", L"TEXT",  L"ATTRIB",       L"ATTDEF",
                                           L"INSERT", L"LWPOLYLINE", L"LAYER", L"LTYPE", L"STYLE", L"APPID", L"BLOCK_RECORD",
-                                          L"3DFACE", L"SOLID", L"TRACE", L"ELLIPSE", L"RAY", L"XLINE", L"MTEXT", L"POLYLINE", L"VERTEX", L"XRECORD", L"DIMENSION", L"DIMSTYLE"};
+                                          L"3DFACE", L"SOLID", L"TRACE", L"ELLIPSE", L"RAY", L"XLINE", L"MTEXT", L"POLYLINE", L"VERTEX", L"XRECORD", L"DIMENSION", L"DIMSTYLE", L"SPLINE", L"MLINE", L"3DSOLID", L"REGION", L"BODY", L"MLINESTYLE"};
   for (const wchar_t* name : kNames) {
     if (dxfName == name) return true;
   }
@@ -50,6 +50,23 @@ std::string firstDifference(OdDbObject* a, OdDbObject* b) {
   if (a->dxfName() == L"DIMSTYLE") {
     for (OdDxfTagList* list : {&ta, &tb}) {
       list->erase(std::remove_if(list->begin(), list->end(), [](const OdDxfTag& t) { return t.code == 178 && t.i == 0; }), list->end());
+    }
+  }
+  // A spline by fit points without both end tangents has its control points
+  // made by an end condition the reader does not know: its fit data is compared.
+  if (a->dxfName() == L"SPLINE" && std::any_of(ta.begin(), ta.end(), [](const OdDxfTag& t) { return t.code == 73 && t.i == 0; })) {
+    for (OdDxfTagList* list : {&ta, &tb}) {
+      list->erase(std::remove_if(list->begin(), list->end(), [](const OdDxfTag& t) { return t.code == 72 || t.code == 73 || t.code == 40 || t.code == 10; }),
+                  list->end());
+    }
+  }
+  // The program that saved the twins writes its own product line (the
+  // second of the modeler data: product name, version, date) into them.
+  if (a->dxfName() == L"3DSOLID" || a->dxfName() == L"REGION" || a->dxfName() == L"BODY") {
+    for (OdDxfTagList* list : {&ta, &tb}) {
+      auto second = std::find_if(list->begin(), list->end(), [](const OdDxfTag& t) { return t.code == 1; });
+      if (second != list->end()) second = std::find_if(second + 1, list->end(), [](const OdDxfTag& t) { return t.code == 1; });
+      if (second != list->end()) list->erase(second);
     }
   }
   // Layouts are not read from DWG yet: a block's layout is made anew.
