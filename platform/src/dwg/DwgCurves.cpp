@@ -264,6 +264,216 @@ void DwgToDxf::mline(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h)
   }
 }
 
+void DwgToDxf::hatch(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
+  // (R2004) the gradient: BL gradient, BL, BD angle, BD shift, BL single
+  // colour, BD tint, BL colour count with BD and CMC each, TV name. Then
+  // BD elevation, 3BD normal, TV pattern name, B solid, B associative, BL
+  // loop count; per loop BL flags (2: a polyline) and its edges or
+  // vertices, BL boundary object count. BS style, BS pattern type; unless
+  // solid BD angle, BD scale, B double, BS line count and per line BD
+  // angle, 2BD base, 2BD offset, BS dash count, BD dashes; BD pixel size
+  // when a loop's flags have 4; BL seed count and 2RD seeds. The handles
+  // after the common ones: each loop's boundary objects.
+  const bool r2004 = m_file.versionName() >= "AC1018", r2010 = m_file.versionName() >= "AC1024";
+  const size_t room = o.size * 8;
+  auto count = [&](int32_t n) {
+    if (n < 0 || static_cast<size_t>(n) > room) throw OdDwgDecodeError("implausible hatch count", d.bitPosition());
+    return n;
+  };
+  struct Gradient {
+    bool on = false;
+    int32_t reserved = 0, singleColor = 0;
+    double angle = 0, shift = 0, tint = 0;
+    std::vector<std::pair<double, int>> colors;
+    OdString name;
+  } gradient;
+  if (r2004) {
+    gradient.on = d.readBL() != 0;
+    gradient.reserved = d.readBL();
+    gradient.angle = d.readBD();
+    gradient.shift = d.readBD();
+    gradient.singleColor = d.readBL();
+    gradient.tint = d.readBD();
+    const int32_t colors = count(d.readBL());
+    for (int32_t i = 0; i < colors; ++i) {
+      const double value = d.readBD();
+      gradient.colors.emplace_back(value, d.readCMC());
+    }
+    gradient.name = d.readTV(m_cp);
+  }
+  const double elevation = d.readBD();
+  double normal[3];
+  point3(d, normal);
+  const OdString name = d.readTV(m_cp);
+  const bool solid = d.readBit(), associative = d.readBit();
+  const int32_t loops = count(d.readBL());
+  // The groups of the loops are gathered first: the pixel size that comes
+  // after them depends on their flags.
+  OdDxfTagWriter& out = m_w;
+  std::vector<OdDxfTag> loopTags;
+  std::vector<int32_t> boundaryCounts;
+  bool pixelSize = false;
+  for (int32_t l = 0; l < loops; ++l) {
+    const int32_t flags = d.readBL();
+    if (flags & 4) pixelSize = true;
+    loopTags.push_back(OdDxfTag::integer(92, flags));
+    if (!(flags & 2)) {
+      const int32_t edges = count(d.readBL());
+      loopTags.push_back(OdDxfTag::integer(93, edges));
+      for (int32_t e = 0; e < edges; ++e) {
+        const int type = d.readRC();
+        loopTags.push_back(OdDxfTag::integer(72, type));
+        switch (type) {
+          case 1: {  // line: 2RD start, 2RD end
+            const double x0 = d.readRD(), y0 = d.readRD(), x1 = d.readRD(), y1 = d.readRD();
+            loopTags.push_back(OdDxfTag::point(10, x0, y0, 0, 2));
+            loopTags.push_back(OdDxfTag::point(11, x1, y1, 0, 2));
+            break;
+          }
+          case 2: {  // arc: 2RD centre, BD radius, BD start and end angles, B counter-clockwise
+            const double x = d.readRD(), y = d.readRD(), r = d.readBD(), a0 = d.readBD(), a1 = d.readBD();
+            const bool ccw = d.readBit();
+            loopTags.push_back(OdDxfTag::point(10, x, y, 0, 2));
+            loopTags.push_back(OdDxfTag::real(40, r));
+            loopTags.push_back(OdDxfTag::real(50, odRadiansToDegrees(a0)));
+            loopTags.push_back(OdDxfTag::real(51, odRadiansToDegrees(a1)));
+            loopTags.push_back(OdDxfTag::integer(73, ccw));
+            break;
+          }
+          case 3: {  // elliptic arc: 2RD centre, 2RD major axis end, BD ratio, BD angles, B counter-clockwise
+            const double x = d.readRD(), y = d.readRD(), mx = d.readRD(), my = d.readRD(), ratio = d.readBD(), a0 = d.readBD(),
+                         a1 = d.readBD();
+            const bool ccw = d.readBit();
+            loopTags.push_back(OdDxfTag::point(10, x, y, 0, 2));
+            loopTags.push_back(OdDxfTag::point(11, mx, my, 0, 2));
+            loopTags.push_back(OdDxfTag::real(40, ratio));
+            loopTags.push_back(OdDxfTag::real(50, odRadiansToDegrees(a0)));
+            loopTags.push_back(OdDxfTag::real(51, odRadiansToDegrees(a1)));
+            loopTags.push_back(OdDxfTag::integer(73, ccw));
+            break;
+          }
+          case 4: {  // spline: BL degree, B rational, B periodic, BL knots, BL control points, (R2010) fit data
+            const int32_t degree = d.readBL();
+            const bool rational = d.readBit(), periodic = d.readBit();
+            const int32_t knots = count(d.readBL()), controls = count(d.readBL());
+            loopTags.push_back(OdDxfTag::integer(94, degree));
+            loopTags.push_back(OdDxfTag::integer(73, rational));
+            loopTags.push_back(OdDxfTag::integer(74, periodic));
+            loopTags.push_back(OdDxfTag::integer(95, knots));
+            loopTags.push_back(OdDxfTag::integer(96, controls));
+            for (int32_t k = 0; k < knots; ++k) loopTags.push_back(OdDxfTag::real(40, d.readBD()));
+            for (int32_t c = 0; c < controls; ++c) {
+              const double x = d.readRD(), y = d.readRD();
+              loopTags.push_back(OdDxfTag::point(10, x, y, 0, 2));
+              if (rational) loopTags.push_back(OdDxfTag::real(42, d.readBD()));
+            }
+            if (r2010) {
+              const int32_t fits = count(d.readBL());
+              loopTags.push_back(OdDxfTag::integer(97, fits));
+              for (int32_t f = 0; f < fits; ++f) {
+                const double x = d.readRD(), y = d.readRD();
+                loopTags.push_back(OdDxfTag::point(11, x, y, 0, 2));
+              }
+              if (fits > 0) {
+                const double sx = d.readRD(), sy = d.readRD(), ex = d.readRD(), ey = d.readRD();
+                loopTags.push_back(OdDxfTag::point(12, sx, sy, 0, 2));
+                loopTags.push_back(OdDxfTag::point(13, ex, ey, 0, 2));
+              }
+            }
+            break;
+          }
+          default: throw OdDwgDecodeError("hatch edge of an unknown type " + std::to_string(type), d.bitPosition());
+        }
+      }
+    } else {
+      // A polyline: B bulges given, B closed, BL vertex count, 2RD and (bulges) BD each.
+      const bool bulges = d.readBit(), closed = d.readBit();
+      const int32_t vertices = count(d.readBL());
+      loopTags.push_back(OdDxfTag::integer(72, bulges));
+      loopTags.push_back(OdDxfTag::integer(73, closed));
+      loopTags.push_back(OdDxfTag::integer(93, vertices));
+      for (int32_t v = 0; v < vertices; ++v) {
+        const double x = d.readRD(), y = d.readRD();
+        loopTags.push_back(OdDxfTag::point(10, x, y, 0, 2));
+        if (bulges) loopTags.push_back(OdDxfTag::real(42, d.readBD()));
+      }
+    }
+    const int32_t boundary = count(d.readBL());
+    boundaryCounts.push_back(boundary);
+    loopTags.push_back(OdDxfTag::integer(97, boundary));
+    loopTags.push_back(OdDxfTag::integer(-1, 0));  // where this loop's boundary handles go
+  }
+  const int style = d.readBS(), patternType = d.readBS();
+  std::vector<OdDxfTag> pattern;
+  if (!solid) {
+    pattern.push_back(OdDxfTag::real(52, odRadiansToDegrees(d.readBD())));
+    pattern.push_back(OdDxfTag::real(41, d.readBD()));
+    pattern.push_back(OdDxfTag::integer(77, d.readBit()));
+    const int lines = d.readBS();
+    if (lines < 0 || static_cast<size_t>(lines) > room) throw OdDwgDecodeError("implausible hatch line count", d.bitPosition());
+    pattern.push_back(OdDxfTag::integer(78, lines));
+    for (int i = 0; i < lines; ++i) {
+      pattern.push_back(OdDxfTag::real(53, odRadiansToDegrees(d.readBD())));
+      pattern.push_back(OdDxfTag::real(43, d.readBD()));
+      pattern.push_back(OdDxfTag::real(44, d.readBD()));
+      pattern.push_back(OdDxfTag::real(45, d.readBD()));
+      pattern.push_back(OdDxfTag::real(46, d.readBD()));
+      const int dashes = d.readBS();
+      if (dashes < 0 || static_cast<size_t>(dashes) > room) throw OdDwgDecodeError("implausible hatch dash count", d.bitPosition());
+      pattern.push_back(OdDxfTag::integer(79, dashes));
+      for (int k = 0; k < dashes; ++k) pattern.push_back(OdDxfTag::real(49, d.readBD()));
+    }
+  }
+  double pixel = 0;
+  if (pixelSize) pixel = d.readBD();
+  const int32_t seeds = count(d.readBL());
+  std::vector<std::pair<double, double>> seedPoints;
+  for (int32_t i = 0; i < seeds; ++i) {
+    const double x = d.readRD(), y = d.readRD();
+    seedPoints.emplace_back(x, y);
+  }
+
+  out.writeString(100, L"AcDbHatch");
+  out.writePoint(10, 0, 0, elevation);
+  out.writePoint(210, normal[0], normal[1], normal[2]);
+  out.writeString(2, name);
+  out.writeInt(70, solid);
+  out.writeInt(71, associative);
+  out.writeInt(91, loops);
+  size_t loop = 0;
+  for (const OdDxfTag& tag : loopTags) {
+    if (tag.code != -1) {
+      out.writeTag(tag);
+      continue;
+    }
+    for (int32_t i = 0; i < boundaryCounts[loop]; ++i) {
+      const uint64_t object = h.readH(o.handle).value;
+      out.writeHandle(330, object);
+    }
+    ++loop;
+  }
+  out.writeInt(75, style);
+  out.writeInt(76, patternType);
+  for (const OdDxfTag& tag : pattern) out.writeTag(tag);
+  if (pixelSize) out.writeDouble(47, pixel);
+  out.writeInt(98, seeds);
+  for (const auto& [x, y] : seedPoints) out.writePoint(10, x, y);
+  if (gradient.on || gradient.reserved || !gradient.name.isEmpty()) {
+    out.writeInt(450, gradient.on);
+    out.writeInt(451, gradient.reserved);
+    out.writeDouble(460, gradient.angle);
+    out.writeDouble(461, gradient.shift);
+    out.writeInt(452, gradient.singleColor);
+    out.writeDouble(462, gradient.tint);
+    out.writeInt(453, static_cast<OdInt64>(gradient.colors.size()));
+    for (const auto& [value, color] : gradient.colors) {
+      out.writeDouble(463, value);
+      out.writeInt(63, color);
+    }
+    out.writeString(470, gradient.name);
+  }
+}
+
 void DwgToDxf::modelerGeometry(const OdDwgObject& o, OdDwgBitReader& d) {
   // B empty; B; BS format version; (version 1) blocks of BL size and that
   // many bytes, until a size of 0: the modeler's text, each character

@@ -126,6 +126,7 @@ class DwgToDxf {
   void spline(const OdDwgObject& o, OdDwgBitReader& d);
   void mline(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void modelerGeometry(const OdDwgObject& o, OdDwgBitReader& d);
+  void hatch(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   // DwgDimensions.cpp
   void dimension(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
 
