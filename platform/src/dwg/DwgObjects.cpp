@@ -97,7 +97,26 @@ void DwgToDxf::xdata(const OdDwgObject& o) {
 }
 
 bool DwgToDxf::objectDecoded(const OdDwgObject& o) {
-  return o.dxfName == L"DICTIONARY" || o.dxfName == L"ACDBPLACEHOLDER" || o.dxfName == L"XRECORD" || o.type == 0x49;
+  return o.dxfName == L"DICTIONARY" || o.dxfName == L"ACDBPLACEHOLDER" || o.dxfName == L"XRECORD" || o.type == 0x49 || o.type == 0x48;
+}
+
+void DwgToDxf::group(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
+  // TV description, BS unnamed, BS selectable, BL entry count; a handle per entry.
+  const OdString description = d.readTV(m_cp);
+  const int unnamed = d.readBS(), selectable = d.readBS();
+  const int32_t entries = d.readBL();
+  if (entries < 0 || static_cast<size_t>(entries) > o.size) throw OdDwgDecodeError("implausible group entry count", d.bitPosition());
+  m_w.writeString(0, L"GROUP");
+  header(o, o.owner);
+  m_w.writeString(100, L"AcDbGroup");
+  m_w.writeString(300, description);
+  m_w.writeInt(70, unnamed);
+  m_w.writeInt(71, selectable);
+  for (int32_t i = 0; i < entries; ++i) {
+    const uint64_t entity = h.readH(o.handle).value;
+    // Entities not read are left out of the group with them.
+    if (isWrittenAny(entity)) m_w.writeHandle(340, entity);
+  }
 }
 
 void DwgToDxf::mlineStyle(const OdDwgObject& o, OdDwgBitReader& d) {
@@ -228,7 +247,7 @@ void DwgToDxf::xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& 
   std::vector<OdDxfTag> items;
   while (d.bitPosition() < end) {
     const int code = static_cast<int16_t>(d.readRS());
-    if (code <= 0 || code == 5 || code == 105 || code >= 1000 || !OdDxf::isKnownCode(code)) {
+    if (code <= 0 || code == 5 || code == 105 || code > 1071 || !OdDxf::isKnownCode(code)) {
       throw OdDwgDecodeError("xrecord item of group " + std::to_string(code), d.bitPosition());
     }
     // 8-bit integers and flags (280-299) are one byte.
@@ -300,6 +319,8 @@ bool DwgToDxf::object(const OdDwgObject& o) {
       xrecord(o, d, h);
     } else if (o.type == 0x49) {
       mlineStyle(o, d);
+    } else if (o.type == 0x48) {
+      group(o, d, h);
     } else if (o.dxfName != L"DICTIONARY") {
       m_w.writeString(0, L"ACAD_PROXY_OBJECT");
       header(o, o.owner);

@@ -97,6 +97,7 @@ class DwgToDxf {
   bool object(const OdDwgObject& o);
   void xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void mlineStyle(const OdDwgObject& o, OdDwgBitReader& d);
+  void group(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   const std::vector<uint64_t>& linetypes();
   std::vector<uint64_t> m_linetypes;
   bool m_linetypesRead = false;

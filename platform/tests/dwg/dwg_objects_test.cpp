@@ -33,7 +33,7 @@ class Context : public OdDbTagContext {
 bool decodedClass(const OdString& dxfName) {
   static const wchar_t* const kNames[] = {L"LINE",  L"CIRCLE", L"ARC",   L"POINT", L"TEXT",  L"ATTRIB",       L"ATTDEF",
                                           L"INSERT", L"LWPOLYLINE", L"LAYER", L"LTYPE", L"STYLE", L"APPID", L"BLOCK_RECORD",
-                                          L"3DFACE", L"SOLID", L"TRACE", L"ELLIPSE", L"RAY", L"XLINE", L"MTEXT", L"POLYLINE", L"VERTEX", L"XRECORD", L"DIMENSION", L"DIMSTYLE", L"SPLINE", L"MLINE", L"3DSOLID", L"REGION", L"BODY", L"MLINESTYLE", L"HATCH"};
+                                          L"3DFACE", L"SOLID", L"TRACE", L"ELLIPSE", L"RAY", L"XLINE", L"MTEXT", L"POLYLINE", L"VERTEX", L"XRECORD", L"DIMENSION", L"DIMSTYLE", L"SPLINE", L"MLINE", L"3DSOLID", L"REGION", L"BODY", L"MLINESTYLE", L"HATCH", L"GROUP"};
   for (const wchar_t* name : kNames) {
     if (dxfName == name) return true;
   }
