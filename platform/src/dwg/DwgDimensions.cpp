@@ -1,5 +1,7 @@
 // Dimensions and leaders of a DWG file, written as the groups of their DXF
 // classes.
+#include <array>
+
 #include "dwg/DwgToDxf.h"
 
 namespace oddwg {
@@ -148,6 +150,69 @@ void DwgToDxf::dimension(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader
       m_w.writePoint(14, p14[0], p14[1], p14[2]);
       break;
   }
+}
+
+void DwgToDxf::leader(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
+  // B; BS annotation type; BS path type; BL point count and 3BD points;
+  // 3BD the end projected on the annotation; 3BD normal; 3BD horizontal
+  // direction; (R14) 3BD block offset and 3BD annotation offset; (R13,
+  // R14) BD gap; BD text height and width; B hook line along the
+  // direction; B arrowhead; (R13, R14) BS arrowhead type, BD arrow size, B,
+  // B, BS, BS block colour, B, B; (R2000) BS, B, B. Handles: the
+  // annotation, the style.
+  const bool r14 = m_file.versionName() >= "AC1014";
+  d.readBit();
+  const int annotationType = d.readBS(), pathType = d.readBS();
+  const int32_t points = d.readBL();
+  if (points < 0 || static_cast<size_t>(points) > o.size) throw OdDwgDecodeError("implausible leader point count", d.bitPosition());
+  std::vector<std::array<double, 3>> vertices(static_cast<size_t>(points));
+  for (auto& v : vertices) point3(d, v.data());
+  double end[3], normal[3], direction[3], blockOffset[3] = {0, 0, 0}, annotationOffset[3] = {0, 0, 0};
+  point3(d, end);
+  point3(d, normal);
+  point3(d, direction);
+  if (r14) {
+    point3(d, blockOffset);
+    point3(d, annotationOffset);
+  }
+  if (!m_r2000) d.readBD();  // the gap: the style's
+  const double height = d.readBD(), width = d.readBD();
+  const bool hookAlongDirection = d.readBit(), arrowhead = d.readBit();
+  int blockColor = -1;
+  if (!m_r2000) {
+    d.readBS();
+    d.readBD();
+    d.readBit();
+    d.readBit();
+    d.readBS();
+    blockColor = d.readBS();
+    d.readBit();
+    d.readBit();
+  } else {
+    d.readBS();
+    d.readBit();
+    d.readBit();
+  }
+  const uint64_t annotation = h.readH(o.handle).value;
+  const OdString style = nameOf(h.readH(o.handle).value);
+  m_w.writeString(100, L"AcDbLeader");
+  if (!style.isEmpty()) m_w.writeString(3, style);
+  m_w.writeInt(71, arrowhead);
+  m_w.writeInt(72, pathType);
+  m_w.writeInt(73, annotationType);
+  m_w.writeInt(74, hookAlongDirection);
+  m_w.writeDouble(40, height);
+  m_w.writeDouble(41, width);
+  m_w.writeInt(76, points);
+  for (const auto& v : vertices) m_w.writePoint(10, v[0], v[1], v[2]);
+  if (blockColor >= 0) m_w.writeInt(77, blockColor);
+  if (annotation && isWrittenAny(annotation)) m_w.writeHandle(340, annotation);
+  // DXF gives the vectors other than their defaults.
+  if (!isDefaultNormal(normal)) m_w.writePoint(210, normal[0], normal[1], normal[2]);
+  if (direction[0] != 1 || direction[1] != 0 || direction[2] != 0) m_w.writePoint(211, direction[0], direction[1], direction[2]);
+  if (blockOffset[0] != 0 || blockOffset[1] != 0 || blockOffset[2] != 0) m_w.writePoint(212, blockOffset[0], blockOffset[1], blockOffset[2]);
+  if (annotationOffset[0] != 0 || annotationOffset[1] != 0 || annotationOffset[2] != 0)
+    m_w.writePoint(213, annotationOffset[0], annotationOffset[1], annotationOffset[2]);
 }
 
 }  // namespace oddwg

@@ -130,6 +130,7 @@ class DwgToDxf {
   void hatch(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   // DwgDimensions.cpp
   void dimension(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+  void leader(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
 
   void extrusion(OdDwgBitReader& d, int code = 210) {
     double e[3];

@@ -141,7 +141,7 @@ TEST_P(DwgCorpusStructure, OpenedDrawingHoldsTheIndependentReadersEntities) {
   ASSERT_TRUE(theirs.ok);
   // The types decoded, and those kept as proxies (by their class).
   std::set<std::string> kRead = {"LINE", "CIRCLE", "ARC",   "POINT", "TEXT", "ATTDEF",   "INSERT",   "LWPOLYLINE", "SOLID",
-                                 "3DFACE", "ELLIPSE", "RAY", "XLINE", "MTEXT", "POLYLINE", "DIMENSION", "SPLINE", "MLINE", "3DSOLID", "REGION", "BODY", "HATCH"};
+                                 "3DFACE", "ELLIPSE", "RAY", "XLINE", "MTEXT", "POLYLINE", "DIMENSION", "SPLINE", "MLINE", "3DSOLID", "REGION", "BODY", "HATCH", "LEADER"};
   auto typeOf = [](const std::string& entity) { return entity.substr(0, entity.find(':')); };
   std::map<std::string, std::multiset<std::string>> ours;
   OdDbObjectPtr table = db->getBlockTableId().openObject();
