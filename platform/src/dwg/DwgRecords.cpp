@@ -46,6 +46,86 @@ constexpr DimVar kDimVarsR14[] = {
 };
 }  // namespace
 
+void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags) {
+  // BD view height, BD view width, 2RD centre, 3BD target, 3BD direction,
+  // BD twist, BD lens length, BD front and back clip, 4 bits of view mode
+  // (perspective, front clip, back clip, front clip at the eye: DXF's 16
+  // is its opposite), (R2000) RC render mode, 2RD lower left and upper
+  // right, B UCS follow, BS circle zoom, B fast zoom, 2 bits UCS icon, B
+  // grid, 2RD grid spacing, B snap, B snap style, BS isometric plane, BD
+  // snap rotation, 2RD snap base and spacing; (R2000) B, B UCS per
+  // viewport, 3BD UCS origin, x and y axes, BD elevation, BS orthographic type.
+  const double height = d.readBD(), width = d.readBD();
+  const double cx = d.readRD(), cy = d.readRD();
+  double target[3], direction[3];
+  point3(d, target);
+  point3(d, direction);
+  const double twist = d.readBD(), lens = d.readBD(), front = d.readBD(), back = d.readBD();
+  int mode = 0;
+  if (d.readBit()) mode |= 1;
+  if (d.readBit()) mode |= 2;
+  if (d.readBit()) mode |= 4;
+  if (!d.readBit()) mode |= 16;
+  const int render = m_r2000 ? d.readRC() : 0;
+  const double llx = d.readRD(), lly = d.readRD(), urx = d.readRD(), ury = d.readRD();
+  if (d.readBit()) mode |= 8;  // UCS follow
+  const int circleZoom = d.readBS();
+  const bool fastZoom = d.readBit();
+  const unsigned ucsIcon = d.readBB();
+  const bool grid = d.readBit();
+  const double gx = d.readRD(), gy = d.readRD();
+  const bool snap = d.readBit(), snapStyle = d.readBit();
+  const int isoPair = d.readBS();
+  const double snapRotation = d.readBD();
+  const double sbx = d.readRD(), sby = d.readRD(), ssx = d.readRD(), ssy = d.readRD();
+  bool perViewport = false;
+  double origin[3] = {0, 0, 0}, xAxis[3] = {1, 0, 0}, yAxis[3] = {0, 1, 0}, elevation = 0;
+  int ortho = 0;
+  if (m_r2000) {
+    d.readBit();
+    perViewport = d.readBit();
+    point3(d, origin);
+    point3(d, xAxis);
+    point3(d, yAxis);
+    elevation = d.readBD();
+    ortho = d.readBS();
+  }
+  commonRecord(o, L"AcDbViewportTableRecord");
+  m_w.writeInt(70, flags);
+  m_w.writePoint(10, llx, lly);
+  m_w.writePoint(11, urx, ury);
+  m_w.writePoint(12, cx, cy);
+  m_w.writePoint(13, sbx, sby);
+  m_w.writePoint(14, ssx, ssy);
+  m_w.writePoint(15, gx, gy);
+  m_w.writePoint(16, direction[0], direction[1], direction[2]);
+  m_w.writePoint(17, target[0], target[1], target[2]);
+  m_w.writeDouble(40, height);
+  m_w.writeDouble(41, height != 0 ? width / height : 0);
+  m_w.writeDouble(42, lens);
+  m_w.writeDouble(43, front);
+  m_w.writeDouble(44, back);
+  degrees(50, snapRotation);
+  degrees(51, twist);
+  m_w.writeInt(71, mode);
+  m_w.writeInt(72, circleZoom);
+  m_w.writeInt(73, fastZoom);
+  m_w.writeInt(74, ucsIcon);
+  m_w.writeInt(75, snap);
+  m_w.writeInt(76, grid);
+  m_w.writeInt(77, snapStyle);
+  m_w.writeInt(78, isoPair);
+  if (m_r2000) {
+    m_w.writeInt(281, render);
+    m_w.writeInt(65, perViewport);
+    m_w.writePoint(110, origin[0], origin[1], origin[2]);
+    m_w.writePoint(111, xAxis[0], xAxis[1], xAxis[2]);
+    m_w.writePoint(112, yAxis[0], yAxis[1], yAxis[2]);
+    m_w.writeInt(79, ortho);
+    m_w.writeDouble(146, elevation);
+  }
+}
+
 void DwgToDxf::dimStyle(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags) {
   // The variables in the file's order (versions add some: R2007 49, 50,
   // 69, 70, 90 and 290; R2010 295 and the sub-unit factors and suffixes);
@@ -267,6 +347,9 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
     }
     case 0x45:
       dimStyle(o, d, h, common);
+      return;
+    case 0x41:
+      viewportRecord(o, d, common);
       return;
     case 0x43:
       commonRecord(o, L"AcDbRegAppTableRecord");

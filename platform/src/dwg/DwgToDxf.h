@@ -123,6 +123,7 @@ class DwgToDxf {
   void point3(OdDwgBitReader& d, double xyz[3]) { for (int i = 0; i < 3; ++i) xyz[i] = d.readBD(); }
   void record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void dimStyle(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags);
+  void viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags);
   // DwgCurves.cpp
   void spline(const OdDwgObject& o, OdDwgBitReader& d);
   void mline(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
