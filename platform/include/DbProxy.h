@@ -1,5 +1,7 @@
 // Objects and entities of classes the platform does not model: the DXF name
-// and every group are kept as read and written back unchanged.
+// and every group are kept as read and written back unchanged. Those in the
+// proxy form (ACAD_PROXY_OBJECT / ACAD_PROXY_ENTITY) name their class by its
+// number in the classes section (group 91).
 #pragma once
 
 #include "DbEntity.h"
@@ -11,7 +13,7 @@ class OdDbProxyObject : public OdDbObject {
  public:
   OdString dxfName() const override { return m_dxfName; }
   void setDxfName(const OdString& name) { m_dxfName = name; }
-  OdString originalClassName() const { return m_dxfName; }
+  OdString originalClassName() const;
 
  protected:
   OdString m_dxfName;
@@ -24,7 +26,7 @@ class OdDbProxyEntity : public OdDbEntity {
  public:
   OdString dxfName() const override { return m_dxfName; }
   void setDxfName(const OdString& name) { m_dxfName = name; }
-  OdString originalClassName() const { return m_dxfName; }
+  OdString originalClassName() const;
   // Extents from the points found in the kept groups (10..18 of the entity's own parts).
   OdResult getGeomExtents(OdGeExtents3d& extents) const override;
 

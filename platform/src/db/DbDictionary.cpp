@@ -564,6 +564,27 @@ const OdDbClassSchema& OdDbProxyEntity::classSchema() {
   return schema;
 }
 
+namespace {
+// The class a proxy stands for: its own DXF name, or for the proxy form the
+// class its group 91 numbers (500 on: the database's class records in order).
+OdString proxyClassName(const OdDbObject* proxy, const OdString& dxfName) {
+  if (dxfName != L"ACAD_PROXY_OBJECT" && dxfName != L"ACAD_PROXY_ENTITY") return dxfName;
+  const OdDbObjectExtras* kept = proxy->extras();
+  OdDbDatabase* db = proxy->database();
+  if (!kept || !db) return dxfName;
+  for (const auto& u : kept->unknown) {
+    if (u.tag.code != 91) continue;
+    const OdInt64 index = u.tag.i - 500;
+    if (index >= 0 && index < static_cast<OdInt64>(db->classRecords().size())) return db->classRecords()[static_cast<size_t>(index)].dxfName;
+    break;
+  }
+  return dxfName;
+}
+}  // namespace
+
+OdString OdDbProxyObject::originalClassName() const { return proxyClassName(this, m_dxfName); }
+OdString OdDbProxyEntity::originalClassName() const { return proxyClassName(this, m_dxfName); }
+
 OdResult OdDbProxyEntity::getGeomExtents(OdGeExtents3d& extents) const {
   extents = OdGeExtents3d();
   if (const OdDbObjectExtras* kept = extras()) {

@@ -436,11 +436,15 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
       {0x11, L"ARC"},  {0x12, L"CIRCLE"}, {0x13, L"LINE"},   {0x1B, L"POINT"},  {0x4D, L"LWPOLYLINE"},
       {0x1C, L"3DFACE"}, {0x1F, L"SOLID"}, {0x20, L"TRACE"}, {0x23, L"ELLIPSE"}, {0x28, L"RAY"}, {0x29, L"XLINE"},
       {0x2C, L"MTEXT"}, {0x0F, L"POLYLINE"}, {0x10, L"POLYLINE"}, {0x0A, L"VERTEX"}, {0x0B, L"VERTEX"},
-      {0x1D, L"POLYLINE"}, {0x1E, L"POLYLINE"}, {0x0C, L"VERTEX"}, {0x0D, L"VERTEX"}, {0x0E, L"VERTEX"}};
+      {0x1D, L"POLYLINE"}, {0x1E, L"POLYLINE"}, {0x0C, L"VERTEX"}, {0x0D, L"VERTEX"}, {0x0E, L"VERTEX"},
+      {0x14, L"DIMENSION"}, {0x15, L"DIMENSION"}, {0x16, L"DIMENSION"}, {0x17, L"DIMENSION"}, {0x18, L"DIMENSION"},
+      {0x19, L"DIMENSION"}, {0x1A, L"DIMENSION"}, {0x24, L"SPLINE"}, {0x2F, L"MLINE"},
+      {0x25, L"REGION"}, {0x26, L"3DSOLID"}, {0x27, L"BODY"}, {0x4E, L"HATCH"}, {0x2D, L"LEADER"}};
   // R13 and R14 keep light polylines as a class of their own.
   const unsigned type = o.type >= 500 && o.dxfName == L"LWPOLYLINE" ? 0x4D : o.type;
   auto known = kEntities.find(type);
-  if (known == kEntities.end()) {
+  const bool proxy = known == kEntities.end() && isProxy(o);
+  if (known == kEntities.end() && !proxy) {
     notRead(o);
     return false;
   }
@@ -448,10 +452,11 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
   try {
     d.seekBit(o.dataBit);
     h.seekBit(o.handleBit);
-    m_w.writeString(0, known->second);
+    m_w.writeString(0, proxy ? L"ACAD_PROXY_ENTITY" : known->second);
     const uint64_t owner = o.entMode == 2 ? m_modelSpace : o.entMode == 1 ? m_paperSpace : o.owner;
     commonEntity(o, owner);
-    switch (type) {
+    if (proxy) proxyData(o);
+    else switch (type) {
       case 0x01: text(o, d, h, 0); break;
       case 0x02: text(o, d, h, 1); break;
       case 0x03: text(o, d, h, 2); break;
@@ -473,6 +478,12 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
       case 0x0A: case 0x0B: vertex(d, type == 0x0B); break;
       case 0x1D: case 0x1E: meshPolyline(d, type == 0x1D); break;
       case 0x0C: case 0x0D: case 0x0E: meshVertex(d, type); break;
+      case 0x14: case 0x15: case 0x16: case 0x17: case 0x18: case 0x19: case 0x1A: dimension(o, d, h); break;
+      case 0x24: spline(o, d); break;
+      case 0x2F: mline(o, d, h); break;
+      case 0x25: case 0x26: case 0x27: modelerGeometry(o, d); break;
+      case 0x4E: hatch(o, d, h); break;
+      case 0x2D: leader(o, d, h); break;
     }
     xdata(o);
   } catch (const OdDwgDecodeError& e) {

@@ -100,6 +100,217 @@ void DwgToDxf::xdata(const OdDwgObject& o) {
   }
 }
 
+bool DwgToDxf::objectDecoded(const OdDwgObject& o) {
+  return o.dxfName == L"DICTIONARY" || o.dxfName == L"ACDBPLACEHOLDER" || o.dxfName == L"XRECORD" || o.type == 0x49 || o.type == 0x48;
+}
+
+void DwgToDxf::group(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
+  // TV description, BS unnamed, BS selectable, BL entry count; a handle per entry.
+  const OdString description = d.readTV(m_cp);
+  const int unnamed = d.readBS(), selectable = d.readBS();
+  const int32_t entries = d.readBL();
+  if (entries < 0 || static_cast<size_t>(entries) > o.size) throw OdDwgDecodeError("implausible group entry count", d.bitPosition());
+  m_w.writeString(0, L"GROUP");
+  header(o, o.owner);
+  m_w.writeString(100, L"AcDbGroup");
+  m_w.writeString(300, description);
+  m_w.writeInt(70, unnamed);
+  m_w.writeInt(71, selectable);
+  for (int32_t i = 0; i < entries; ++i) {
+    const uint64_t entity = h.readH(o.handle).value;
+    // Entities not read are left out of the group with them.
+    if (isWrittenAny(entity)) m_w.writeHandle(340, entity);
+  }
+}
+
+void DwgToDxf::mlineStyle(const OdDwgObject& o, OdDwgBitReader& d) {
+  // TV name, TV description, BS flags, CMC fill colour, BD start and end
+  // angles, RC line count; per line BD offset, CMC colour, BS linetype
+  // (32767 ByLayer, 32766 ByBlock, else its place in the linetype table).
+  // The file's flags swap some bits of the DXF ones: 1 and 2, 32 and 64,
+  // 512 and 1024.
+  const OdString name = d.readTV(m_cp), description = d.readTV(m_cp);
+  const int bits = static_cast<uint16_t>(d.readBS());
+  const int fill = d.readCMC();
+  const double start = d.readBD(), end = d.readBD();
+  const int lines = d.readRC();
+  int flags = bits & ~(1 | 2 | 32 | 64 | 512 | 1024);
+  const int swaps[][2] = {{1, 2}, {32, 64}, {512, 1024}};
+  for (const auto& pair : swaps) {
+    if (bits & pair[0]) flags |= pair[1];
+    if (bits & pair[1]) flags |= pair[0];
+  }
+  m_w.writeString(0, L"MLINESTYLE");
+  header(o, o.owner);
+  m_w.writeString(100, L"AcDbMlineStyle");
+  m_w.writeString(2, name);
+  m_w.writeInt(70, flags);
+  m_w.writeString(3, description);
+  m_w.writeInt(62, fill);
+  degrees(51, start);
+  degrees(52, end);
+  m_w.writeInt(71, lines);
+  for (int i = 0; i < lines; ++i) {
+    const double offset = d.readBD();
+    const int color = d.readCMC();
+    const int linetype = d.readBS();
+    m_w.writeDouble(49, offset);
+    m_w.writeInt(62, color);
+    OdString ltName = linetype == 32767 ? OdString(L"BYLAYER") : linetype == 32766 ? OdString(L"BYBLOCK") : OdString();
+    if (ltName.isEmpty()) {
+      const std::vector<uint64_t>& listed = linetypes();
+      if (linetype >= 0 && static_cast<size_t>(linetype) < listed.size()) ltName = nameOf(listed[static_cast<size_t>(linetype)]);
+    }
+    m_w.writeString(6, ltName.isEmpty() ? OdString(L"BYLAYER") : ltName);
+  }
+}
+
+const std::vector<uint64_t>& DwgToDxf::linetypes() {
+  // The linetype table's records in the order its control lists them.
+  if (m_linetypesRead) return m_linetypes;
+  m_linetypesRead = true;
+  for (const OdDwgObject& control : m_file.objects()) {
+    if (control.type != 0x38 || !control.decoded) continue;
+    try {
+      OdDwgBitReader cd = m_file.objectReader(control), ch = m_file.objectReader(control);
+      cd.seekBit(control.dataBit);
+      ch.seekBit(control.handleBit);
+      const int32_t count = cd.readBL();
+      if (count < 0 || static_cast<size_t>(count) > control.size) break;
+      for (int32_t i = 0; i < count; ++i) m_linetypes.push_back(ch.readH(control.handle).value);
+    } catch (const OdDwgDecodeError&) {
+      m_linetypes.clear();
+    }
+    break;
+  }
+  return m_linetypes;
+}
+
+bool DwgToDxf::isProxy(const OdDwgObject& o) const {
+  if (!o.decoded || (o.type >= 0x30 && o.type <= 0x47) || (!o.entity && objectDecoded(o))) return false;
+  auto known = m_modeled.find(o.dxfName.str());
+  if (known == m_modeled.end()) {
+    known = m_modeled.emplace(o.dxfName.str(), odDxfClassForObject(o.dxfName, nullptr, nullptr) != nullptr).first;
+  }
+  return !known->second;
+}
+
+void DwgToDxf::proxyData(const OdDwgObject& o) {
+  // The proxy form of DXF: the class by its number in the classes section
+  // (built-in types kept as proxies get numbers after the file's classes),
+  // the size in bits and every byte of the object as stored (type, handle,
+  // extended data, common data, own data, handles), so nothing is lost.
+  auto number = m_proxyClasses.find(o.type);
+  m_w.writeString(100, o.entity ? L"AcDbProxyEntity" : L"AcDbProxyObject");
+  m_w.writeInt(90, o.entity ? 498 : 499);
+  m_w.writeInt(91, number != m_proxyClasses.end() ? number->second : static_cast<int>(o.type));
+  if (o.entity) m_w.writeInt(92, 0);
+  m_w.writeInt(93, static_cast<OdInt64>(o.size * 8));
+  const uint8_t* bytes = m_file.data().data() + o.start;
+  for (size_t at = 0; at < o.size; at += 127) m_w.writeBinary(310, bytes + at, std::min<size_t>(127, o.size - at));
+  m_w.writeInt(94, 0);
+  m_w.writeInt(70, 0);
+  ++m_proxies[o.dxfName.toUtf8()];
+}
+
+void DwgToDxf::classes() {
+  // The file's classes keep their numbers (500 on, in order); built-in
+  // types that become proxies follow, so every proxy names its class.
+  m_w.writeString(0, L"SECTION");
+  m_w.writeString(2, L"CLASSES");
+  auto record = [&](const OdString& dxfName, const OdString& cppName, const OdString& app, int flags, bool zombie, bool entity) {
+    m_w.writeString(0, L"CLASS");
+    m_w.writeString(1, dxfName);
+    m_w.writeString(2, cppName);
+    m_w.writeString(3, app);
+    m_w.writeInt(90, flags);
+    m_w.writeInt(280, zombie ? 1 : 0);
+    m_w.writeInt(281, entity ? 1 : 0);
+  };
+  for (const OdDwgClass& c : m_file.classes()) record(c.dxfName, c.cppName, c.appName, c.proxyFlags, c.wasZombie, c.isEntity);
+  int next = 500 + static_cast<int>(m_file.classes().size());
+  for (const OdDwgObject& o : m_file.objects()) {
+    if (o.type >= 500 || m_proxyClasses.count(o.type) || !isProxy(o)) continue;
+    m_proxyClasses[o.type] = next++;
+    record(o.dxfName, o.dxfName, OdString(), 0, false, o.entity);
+  }
+  m_w.writeString(0, L"ENDSEC");
+  flush();
+}
+
+void DwgToDxf::xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
+  // BL byte count, then items until that many bytes are read: RS group
+  // code and its value in the form the code's type asks (strings RS length,
+  // RC code page and bytes; reals RD; points 3 RD; 8-, 16-, 32- and 64-bit
+  // integers RC, RS, RL, 8 bytes; binary RC length and bytes; handles 8
+  // bytes). R2000 adds BS cloning. Handles after the common ones: the
+  // objects the record refers to.
+  const int32_t bytes = d.readBL();
+  if (bytes < 0 || static_cast<size_t>(bytes) > o.size) throw OdDwgDecodeError("implausible xrecord size", d.bitPosition());
+  const size_t end = d.bitPosition() + static_cast<size_t>(bytes) * 8;
+  std::vector<OdDxfTag> items;
+  while (d.bitPosition() < end) {
+    const int code = static_cast<int16_t>(d.readRS());
+    if (code <= 0 || code == 5 || code == 105 || code > 1071 || !OdDxf::isKnownCode(code)) {
+      throw OdDwgDecodeError("xrecord item of group " + std::to_string(code), d.bitPosition());
+    }
+    // 8-bit integers and flags (280-299) are one byte.
+    if (code >= 280 && code <= 299) {
+      items.push_back(OdDxfTag::integer(code, d.readRC()));
+      continue;
+    }
+    switch (OdDxf::valueTypeOf(code)) {
+      case OdDxf::ValueType::kString: {
+        const uint16_t length = d.readRS();
+        d.readRC();  // the string's code page: the drawing's
+        std::string text(length, '\0');
+        for (auto& c : text) c = static_cast<char>(d.readRC());
+        items.push_back(OdDxfTag::str(code, OdString(odDecodeCodePage(text, m_cp).c_str())));
+        break;
+      }
+      case OdDxf::ValueType::kDouble: {
+        // Angles (50-58) are radians in the file, degrees in DXF.
+        const double value = d.readRD();
+        items.push_back(OdDxfTag::real(code, code >= 50 && code <= 58 ? odRadiansToDegrees(value) : value));
+        break;
+      }
+      case OdDxf::ValueType::kPoint: {
+        const double x = d.readRD(), y = d.readRD(), z = d.readRD();
+        items.push_back(OdDxfTag::point(code, x, y, z));
+        break;
+      }
+      case OdDxf::ValueType::kInt16: items.push_back(OdDxfTag::integer(code, static_cast<int16_t>(d.readRS()))); break;
+      case OdDxf::ValueType::kInt32: items.push_back(OdDxfTag::integer(code, static_cast<int32_t>(d.readRL()))); break;
+      case OdDxf::ValueType::kInt64: {
+        const uint64_t low = d.readRL(), high = d.readRL();
+        items.push_back(OdDxfTag::integer(code, static_cast<OdInt64>(low | (high << 32))));
+        break;
+      }
+      case OdDxf::ValueType::kBinary: {
+        OdBinaryData data(d.readRC());
+        for (auto& b : data) b = d.readRC();
+        items.push_back(OdDxfTag::binary(code, data));
+        break;
+      }
+      case OdDxf::ValueType::kHandle: {
+        uint64_t handle = 0;
+        for (int i = 0; i < 8; ++i) handle |= static_cast<uint64_t>(d.readRC()) << (8 * i);
+        items.push_back(OdDxfTag::handle(code, handle));
+        break;
+      }
+      default: throw OdDwgDecodeError("xrecord item of group " + std::to_string(code), d.bitPosition());
+    }
+  }
+  if (d.bitPosition() != end) throw OdDwgDecodeError("xrecord items overrun their size", d.bitPosition());
+  const int cloning = m_r2000 ? d.readBS() : 1;
+  m_w.writeString(0, L"XRECORD");
+  header(o, o.owner);
+  m_w.writeString(100, L"AcDbXrecord");
+  m_w.writeInt(280, cloning);
+  for (const OdDxfTag& item : items) m_w.writeTag(item);
+  (void)h;
+}
+
 bool DwgToDxf::object(const OdDwgObject& o) {
   OdDwgBitReader d = m_file.objectReader(o), h = m_file.objectReader(o);
   try {
@@ -108,8 +319,17 @@ bool DwgToDxf::object(const OdDwgObject& o) {
     if (o.dxfName == L"ACDBPLACEHOLDER") {
       m_w.writeString(0, L"ACDBPLACEHOLDER");
       header(o, o.owner);
-    } else {
-      // Item count, (R14) a byte, (R2000) cloning and hard-owner flags, the names; then one handle per item.
+    } else if (o.dxfName == L"XRECORD") {
+      xrecord(o, d, h);
+    } else if (o.type == 0x49) {
+      mlineStyle(o, d);
+    } else if (o.type == 0x48) {
+      group(o, d, h);
+    } else if (o.dxfName != L"DICTIONARY") {
+      m_w.writeString(0, L"ACAD_PROXY_OBJECT");
+      header(o, o.owner);
+      proxyData(o);
+    } else {      // Item count, (R14) a byte, (R2000) cloning and hard-owner flags, the names; then one handle per item.
       const int32_t items = d.readBL();
       if (items < 0 || static_cast<size_t>(items) > o.size) throw OdDwgDecodeError("implausible item count", d.bitPosition());
       int cloning = 1;

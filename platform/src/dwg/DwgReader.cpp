@@ -96,6 +96,8 @@ OdDxfTagStream DwgToDxf::convert() {
     }
   }
   m_w.writeString(0, L"ENDSEC");
+  flush();
+  classes();
   m_w.writeString(0, L"SECTION");
   m_w.writeString(2, L"TABLES");
   flush();
@@ -135,7 +137,7 @@ OdDxfTagStream DwgToDxf::convert() {
       }
       OdDwgBitReader d = m_file.objectReader(o), h = m_file.objectReader(o);
       try {
-        if (o.type != 0x31 && o.type != 0x33 && o.type != 0x35 && o.type != 0x39 && o.type != 0x43) {
+        if (o.type != 0x31 && o.type != 0x33 && o.type != 0x35 && o.type != 0x39 && o.type != 0x43 && o.type != 0x45 && o.type != 0x41) {
           notRead(o);
           continue;
         }
@@ -198,6 +200,10 @@ OdDxfTagStream DwgToDxf::convert() {
   m_w.writeString(0, L"EOF");
   flush();
 
+  for (const auto& [name, count] : m_proxies) {
+    m_report.repairs.push_back(OdString().format(count == 1 ? L"%d %hs object kept as a proxy" : L"%d %hs objects kept as proxies",
+                                                 count, name.c_str()));
+  }
   for (const auto& [name, count] : m_notRead) {
     // Class names come from the file (UTF-8 here): formatted as wide text,
     // never through %hs, which fails on bytes outside ASCII.

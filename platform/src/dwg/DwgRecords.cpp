@@ -1,7 +1,201 @@
 // Symbol-table records of a DWG file, written as the groups of their tables.
+#include <algorithm>
+
 #include "dwg/DwgToDxf.h"
 
 namespace oddwg {
+
+namespace {
+// One dimension variable of a DIMSTYLE record: its DXF group, how the file
+// codes it, and the value DXF leaves out (the drawing defaults).
+enum class Dv { B, RC, BS, BD, TV, CMC };
+struct DimVar {
+  int code;
+  Dv kind;
+  double otherwise;
+};
+constexpr DimVar kDimVarsR2000[] = {
+    {3, Dv::TV, 0},     {4, Dv::TV, 0},     {40, Dv::BD, 1},      {41, Dv::BD, 0.18},   {42, Dv::BD, 0.0625},
+    {43, Dv::BD, 0.38}, {44, Dv::BD, 0.18}, {45, Dv::BD, 0},      {46, Dv::BD, 0},      {47, Dv::BD, 0},
+    {48, Dv::BD, 0},    {49, Dv::BD, 1},    {50, Dv::BD, 0.7853981633974483},           {69, Dv::BS, 0},
+    {70, Dv::CMC, 0},   {71, Dv::B, 0},     {72, Dv::B, 0},       {73, Dv::B, 1},       {74, Dv::B, 1},
+    {75, Dv::B, 0},     {76, Dv::B, 0},     {77, Dv::BS, 0},      {78, Dv::BS, 0},      {79, Dv::BS, 0},
+    {90, Dv::BS, 0},    {140, Dv::BD, 0.18}, {141, Dv::BD, 0.09}, {142, Dv::BD, 0},     {143, Dv::BD, 25.4},
+    {144, Dv::BD, 1},   {145, Dv::BD, 0},   {146, Dv::BD, 1},     {147, Dv::BD, 0.09},  {148, Dv::BD, 0},
+    {170, Dv::B, 0},    {171, Dv::BS, 2},   {172, Dv::B, 0},      {173, Dv::B, 0},      {174, Dv::B, 0},
+    {175, Dv::B, 0},    {176, Dv::BS, 0},   {177, Dv::BS, 0},     {178, Dv::BS, 0},     {179, Dv::BS, 0},
+    {271, Dv::BS, 4},   {272, Dv::BS, 4},   {273, Dv::BS, 2},     {274, Dv::BS, 2},     {275, Dv::BS, 0},
+    {276, Dv::BS, 0},   {277, Dv::BS, 2},   {278, Dv::BS, 46},    {279, Dv::BS, 0},     {280, Dv::BS, 0},
+    {281, Dv::B, 0},    {282, Dv::B, 0},    {283, Dv::BS, 1},     {284, Dv::BS, 0},     {285, Dv::BS, 0},
+    {286, Dv::BS, 0},   {288, Dv::B, 0},    {289, Dv::BS, 3},     {290, Dv::B, 0},      {295, Dv::B, 0},
+    {371, Dv::BS, -2},  {372, Dv::BS, -2},
+};
+// R13 and R14 keep them in another order, some in bytes, the arrow blocks by name.
+constexpr DimVar kDimVarsR14[] = {
+    {71, Dv::B, 0},     {72, Dv::B, 0},     {73, Dv::B, 1},     {74, Dv::B, 1},     {75, Dv::B, 0},
+    {76, Dv::B, 0},     {170, Dv::B, 0},    {172, Dv::B, 0},    {173, Dv::B, 0},    {174, Dv::B, 0},
+    {175, Dv::B, 0},    {171, Dv::RC, 2},   {78, Dv::RC, 0},    {281, Dv::B, 0},    {282, Dv::B, 0},
+    {283, Dv::RC, 1},   {280, Dv::RC, 0},   {287, Dv::RC, 3},   {288, Dv::B, 0},    {284, Dv::RC, 0},
+    {285, Dv::RC, 0},   {286, Dv::RC, 0},   {77, Dv::RC, 0},    {270, Dv::BS, 2},   {275, Dv::BS, 0},
+    {271, Dv::BS, 4},   {272, Dv::BS, 4},   {273, Dv::BS, 2},   {274, Dv::BS, 2},   {40, Dv::BD, 1},
+    {41, Dv::BD, 0.18}, {42, Dv::BD, 0.0625}, {43, Dv::BD, 0.38}, {44, Dv::BD, 0.18}, {45, Dv::BD, 0},
+    {46, Dv::BD, 0},    {47, Dv::BD, 0},    {48, Dv::BD, 0},    {140, Dv::BD, 0.18}, {141, Dv::BD, 0.09},
+    {142, Dv::BD, 0},   {143, Dv::BD, 25.4}, {144, Dv::BD, 1},  {145, Dv::BD, 0},   {146, Dv::BD, 1},
+    {147, Dv::BD, 0.09}, {3, Dv::TV, 0},    {4, Dv::TV, 0},     {5, Dv::TV, 0},     {6, Dv::TV, 0},
+    {7, Dv::TV, 0},     {176, Dv::BS, 0},   {177, Dv::BS, 0},   {178, Dv::BS, 0},
+};
+}  // namespace
+
+void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags) {
+  // BD view height, BD view width, 2RD centre, 3BD target, 3BD direction,
+  // BD twist, BD lens length, BD front and back clip, 4 bits of view mode
+  // (perspective, front clip, back clip, front clip at the eye: DXF's 16
+  // is its opposite), (R2000) RC render mode, 2RD lower left and upper
+  // right, B UCS follow, BS circle zoom, B fast zoom, 2 bits UCS icon, B
+  // grid, 2RD grid spacing, B snap, B snap style, BS isometric plane, BD
+  // snap rotation, 2RD snap base and spacing; (R2000) B, B UCS per
+  // viewport, 3BD UCS origin, x and y axes, BD elevation, BS orthographic type.
+  const double height = d.readBD(), width = d.readBD();
+  const double cx = d.readRD(), cy = d.readRD();
+  double target[3], direction[3];
+  point3(d, target);
+  point3(d, direction);
+  const double twist = d.readBD(), lens = d.readBD(), front = d.readBD(), back = d.readBD();
+  int mode = 0;
+  if (d.readBit()) mode |= 1;
+  if (d.readBit()) mode |= 2;
+  if (d.readBit()) mode |= 4;
+  if (!d.readBit()) mode |= 16;
+  const int render = m_r2000 ? d.readRC() : 0;
+  const double llx = d.readRD(), lly = d.readRD(), urx = d.readRD(), ury = d.readRD();
+  if (d.readBit()) mode |= 8;  // UCS follow
+  const int circleZoom = d.readBS();
+  const bool fastZoom = d.readBit();
+  const unsigned ucsIcon = d.readBB();
+  const bool grid = d.readBit();
+  const double gx = d.readRD(), gy = d.readRD();
+  const bool snap = d.readBit(), snapStyle = d.readBit();
+  const int isoPair = d.readBS();
+  const double snapRotation = d.readBD();
+  const double sbx = d.readRD(), sby = d.readRD(), ssx = d.readRD(), ssy = d.readRD();
+  bool perViewport = false;
+  double origin[3] = {0, 0, 0}, xAxis[3] = {1, 0, 0}, yAxis[3] = {0, 1, 0}, elevation = 0;
+  int ortho = 0;
+  if (m_r2000) {
+    d.readBit();
+    perViewport = d.readBit();
+    point3(d, origin);
+    point3(d, xAxis);
+    point3(d, yAxis);
+    elevation = d.readBD();
+    ortho = d.readBS();
+  }
+  commonRecord(o, L"AcDbViewportTableRecord");
+  m_w.writeInt(70, flags);
+  m_w.writePoint(10, llx, lly);
+  m_w.writePoint(11, urx, ury);
+  m_w.writePoint(12, cx, cy);
+  m_w.writePoint(13, sbx, sby);
+  m_w.writePoint(14, ssx, ssy);
+  m_w.writePoint(15, gx, gy);
+  m_w.writePoint(16, direction[0], direction[1], direction[2]);
+  m_w.writePoint(17, target[0], target[1], target[2]);
+  m_w.writeDouble(40, height);
+  m_w.writeDouble(41, height != 0 ? width / height : 0);
+  m_w.writeDouble(42, lens);
+  m_w.writeDouble(43, front);
+  m_w.writeDouble(44, back);
+  degrees(50, snapRotation);
+  degrees(51, twist);
+  m_w.writeInt(71, mode);
+  m_w.writeInt(72, circleZoom);
+  m_w.writeInt(73, fastZoom);
+  m_w.writeInt(74, ucsIcon);
+  m_w.writeInt(75, snap);
+  m_w.writeInt(76, grid);
+  m_w.writeInt(77, snapStyle);
+  m_w.writeInt(78, isoPair);
+  if (m_r2000) {
+    m_w.writeInt(281, render);
+    m_w.writeInt(65, perViewport);
+    m_w.writePoint(110, origin[0], origin[1], origin[2]);
+    m_w.writePoint(111, xAxis[0], xAxis[1], xAxis[2]);
+    m_w.writePoint(112, yAxis[0], yAxis[1], yAxis[2]);
+    m_w.writeInt(79, ortho);
+    m_w.writeDouble(146, elevation);
+  }
+}
+
+void DwgToDxf::dimStyle(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags) {
+  // The variables in the file's order (versions add some: R2007 49, 50,
+  // 69, 70, 90 and 290; R2010 295 and the sub-unit factors and suffixes);
+  // then the handles of the text style and the arrow blocks.
+  const std::string& v = m_file.versionName();
+  const bool r2007 = v >= "AC1021", r2010 = v >= "AC1024";
+  struct Value {
+    int code;
+    double number;
+    OdString text;
+    bool isText;
+  };
+  std::vector<Value> values;
+  auto readAll = [&](const DimVar* begin, const DimVar* end) {
+    for (const DimVar* var = begin; var != end; ++var) {
+      if (!r2007 && (var->code == 49 || var->code == 50 || var->code == 69 || var->code == 70 || var->code == 90 || var->code == 290)) continue;
+      if (!r2010 && var->code == 295) continue;
+      Value value{var->code, 0, OdString(), var->kind == Dv::TV};
+      switch (var->kind) {
+        case Dv::B: value.number = d.readBit(); break;
+        case Dv::RC: value.number = d.readRC(); break;
+        case Dv::BS: value.number = d.readBS(); break;
+        case Dv::BD: value.number = d.readBD(); break;
+        case Dv::CMC: value.number = d.readCMC(); break;
+        case Dv::TV: value.text = d.readTV(m_cp); break;
+      }
+      if (var->code == 295 && r2010) {
+        d.readBD();  // sub-unit factors and suffixes: not kept by the platform
+        d.readTV(m_cp);
+        d.readBD();
+        d.readTV(m_cp);
+      }
+      // R2000 on, DXF gives the values other than the defaults; R13 and R14 give them all.
+      const bool r14 = !m_r2000 && !r2007;
+      if (r14 || (value.isText ? !value.text.isEmpty() : value.number != var->otherwise)) values.push_back(value);
+    }
+  };
+  if (m_r2000 || r2007) readAll(std::begin(kDimVarsR2000), std::end(kDimVarsR2000));
+  else readAll(std::begin(kDimVarsR14), std::end(kDimVarsR14));
+  std::vector<std::pair<int, uint64_t>> handles;
+  const int count = m_r2000 || r2007 ? (r2007 ? 8 : 5) : 1;
+  for (int i = 0; i < count; ++i) {
+    const uint64_t handle = h.readH(o.handle).value;
+    if (handle) handles.emplace_back(340 + i, handle);
+  }
+  std::sort(values.begin(), values.end(), [](const Value& a, const Value& b) { return a.code < b.code; });
+  commonRecord(o, L"AcDbDimStyleTableRecord");
+  m_w.writeInt(70, flags);
+  // DXF orders them (R2000 on): texts, reals 40-50, flags 69-90, reals
+  // 140-148, 170-179, 270-295, handles, lineweights; (R13, R14) texts,
+  // reals, flags, 170-178, 270-274, the text style, 275-288.
+  const bool r14 = !m_r2000 && !r2007;
+  auto rank = [r14](int code) {
+    if (r14) return code < 10 ? 0 : code < 60 ? 1 : code < 100 ? 3 : code < 150 ? 2 : code < 200 ? 4 : code < 275 ? 5 : 7;
+    return code < 10 ? 0 : code < 60 ? 1 : code < 100 ? 2 : code < 150 ? 3 : code < 200 ? 4 : code < 300 ? 5 : 7;
+  };
+  std::stable_sort(values.begin(), values.end(), [&](const Value& a, const Value& b) { return rank(a.code) < rank(b.code); });
+  bool handlesWritten = false;
+  auto writeHandles = [&] {
+    for (const auto& [code, handle] : handles) m_w.writeHandle(code, handle);
+    handlesWritten = true;
+  };
+  for (const Value& value : values) {
+    if (!handlesWritten && rank(value.code) == 7) writeHandles();
+    if (value.isText) m_w.writeString(value.code, value.text);
+    else if (OdDxf::valueTypeOf(value.code) == OdDxf::ValueType::kDouble) m_w.writeDouble(value.code, value.number);
+    else m_w.writeInt(value.code, static_cast<OdInt64>(value.number));
+  }
+  if (!handlesWritten) writeHandles();
+}
 
 void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
   d.readTV(m_cp);  // the name, already known
@@ -160,6 +354,12 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
       }
       return;
     }
+    case 0x45:
+      dimStyle(o, d, h, common);
+      return;
+    case 0x41:
+      viewportRecord(o, d, common);
+      return;
     case 0x43:
       commonRecord(o, L"AcDbRegAppTableRecord");
       m_w.writeInt(70, common);

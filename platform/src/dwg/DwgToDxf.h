@@ -15,6 +15,7 @@
 #include "OdCodePage.h"
 #include "dwg/DwgFile.h"
 #include "dxf/DxfTagStream.h"
+#include "dxf/DxfStructure.h"
 
 namespace oddwg {
 
@@ -65,6 +66,15 @@ class DwgToDxf {
     return o ? o->recordName : kNone;
   }
   void notRead(const OdDwgObject& o) { ++m_notRead[o.dxfName.toUtf8()]; }
+  // An object whose type has no decoder here and no class in the platform is
+  // kept as a proxy: its class name, its common data and all its bytes.
+  bool isProxy(const OdDwgObject& o) const;
+  void proxyData(const OdDwgObject& o);
+  // The CLASSES section: the file's classes, then the built-in types kept as proxies.
+  void classes();
+  std::map<unsigned, int> m_proxyClasses;  // built-in type kept as a proxy: its class number
+  // Objects of the OBJECTS section decoded here (the rest are proxies or left out).
+  static bool objectDecoded(const OdDwgObject& o);
   void failed(const OdDwgObject& o, const OdDwgDecodeError& e) {
     // Texts that may hold bytes of the file go in as wide strings (%hs fails outside ASCII).
     const OdString section(m_file.objectsSection().empty() ? "" : (m_file.objectsSection() + " ").c_str());
@@ -84,12 +94,18 @@ class DwgToDxf {
     return o && o->decoded && (o->entity || isWritten(handle) || (o->type >= 0x30 && o->type <= 0x47));
   }
   void entityList(uint64_t block);
-  // Objects of the OBJECTS section read so far: dictionaries and placeholders.
+  // Objects of the OBJECTS section that are written: those decoded and the proxies.
   bool isWritten(uint64_t handle) const {
     const OdDwgObject* o = m_file.find(handle);
-    return o && o->decoded && (o->dxfName == L"DICTIONARY" || o->dxfName == L"ACDBPLACEHOLDER");
+    return o && o->decoded && !o->entity && (objectDecoded(*o) || isProxy(*o));
   }
   bool object(const OdDwgObject& o);
+  void xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+  void mlineStyle(const OdDwgObject& o, OdDwgBitReader& d);
+  void group(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+  const std::vector<uint64_t>& linetypes();
+  std::vector<uint64_t> m_linetypes;
+  bool m_linetypesRead = false;
   void children(uint64_t parent);
 
   // Type decoders: `d` is at the type's own data, `h` after the common handles.
@@ -111,6 +127,16 @@ class DwgToDxf {
   void mtext(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void point3(OdDwgBitReader& d, double xyz[3]) { for (int i = 0; i < 3; ++i) xyz[i] = d.readBD(); }
   void record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+  void dimStyle(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags);
+  void viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags);
+  // DwgCurves.cpp
+  void spline(const OdDwgObject& o, OdDwgBitReader& d);
+  void mline(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+  void modelerGeometry(const OdDwgObject& o, OdDwgBitReader& d);
+  void hatch(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+  // DwgDimensions.cpp
+  void dimension(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+  void leader(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
 
   void extrusion(OdDwgBitReader& d, int code = 210) {
     double e[3];
@@ -138,7 +164,8 @@ class DwgToDxf {
   bool m_r2000 = true;
   int m_cp = 1252;
   std::map<uint64_t, std::vector<const OdDwgObject*>> m_owned;  // entities by the block or entity that owns them
-  std::map<std::string, int> m_notRead;
+  std::map<std::string, int> m_notRead, m_proxies;
+  mutable std::map<std::wstring, bool> m_modeled;  // by DXF name: whether the platform has a class for it
   uint64_t m_modelSpace = 0, m_paperSpace = 0;
 };
 

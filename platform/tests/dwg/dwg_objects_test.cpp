@@ -13,6 +13,7 @@
 #include "DbDatabase.h"
 #include "DbObject.h"
 #include "DbSchema.h"
+#include "DbProxy.h"
 #include "DbSymbolTable.h"
 #include "DwgRead.h"
 #include "DxfFile.h"
@@ -34,7 +35,7 @@ class Context : public OdDbTagContext {
 bool decodedClass(const OdString& dxfName) {
   static const wchar_t* const kNames[] = {L"LINE",  L"CIRCLE", L"ARC",   L"POINT", L"TEXT",  L"ATTRIB",       L"ATTDEF",
                                           L"INSERT", L"LWPOLYLINE", L"LAYER", L"LTYPE", L"STYLE", L"APPID", L"BLOCK_RECORD",
-                                          L"3DFACE", L"SOLID", L"TRACE", L"ELLIPSE", L"RAY", L"XLINE", L"MTEXT", L"POLYLINE", L"VERTEX"};
+                                          L"3DFACE", L"SOLID", L"TRACE", L"ELLIPSE", L"RAY", L"XLINE", L"MTEXT", L"POLYLINE", L"VERTEX", L"XRECORD", L"DIMENSION", L"DIMSTYLE", L"SPLINE", L"MLINE", L"3DSOLID", L"REGION", L"BODY", L"MLINESTYLE", L"HATCH", L"GROUP", L"LEADER", L"VPORT"};
   for (const wchar_t* name : kNames) {
     if (dxfName == name) return true;
   }
@@ -47,6 +48,44 @@ std::string firstDifference(OdDbObject* a, OdDbObject* b) {
   Context ca(a->database()), cb(b->database());
   OdDbSchemaIo::writeFields(a, ta, ca, true);
   OdDbSchemaIo::writeFields(b, tb, cb, true);
+  // Some twins give the dimension text colour where it is the default (0), others not.
+  if (a->dxfName() == L"DIMSTYLE") {
+    for (OdDxfTagList* list : {&ta, &tb}) {
+      list->erase(std::remove_if(list->begin(), list->end(), [](const OdDxfTag& t) { return t.code == 178 && t.i == 0; }), list->end());
+    }
+  }
+  // A spline by fit points without both end tangents has its control points
+  // made by an end condition the reader does not know: its fit data is compared.
+  if (a->dxfName() == L"SPLINE" && std::any_of(ta.begin(), ta.end(), [](const OdDxfTag& t) { return t.code == 73 && t.i == 0; })) {
+    for (OdDxfTagList* list : {&ta, &tb}) {
+      list->erase(std::remove_if(list->begin(), list->end(), [](const OdDxfTag& t) { return t.code == 72 || t.code == 73 || t.code == 40 || t.code == 10; }),
+                  list->end());
+    }
+  }
+  // The program that saved the twins writes its own product line (the
+  // second of the modeler data: product name, version, date) into them.
+  if (a->dxfName() == L"3DSOLID" || a->dxfName() == L"REGION" || a->dxfName() == L"BODY") {
+    for (OdDxfTagList* list : {&ta, &tb}) {
+      auto second = std::find_if(list->begin(), list->end(), [](const OdDxfTag& t) { return t.code == 1; });
+      if (second != list->end()) second = std::find_if(second + 1, list->end(), [](const OdDxfTag& t) { return t.code == 1; });
+      if (second != list->end()) list->erase(second);
+    }
+  }
+  // The R14 twin measures a leader's annotation width anew (0.8284 where its
+  // DWG file and the R2000 file and twin of the same drawing hold 0.8251).
+  if (a->dxfName() == L"LEADER" && a->database()->headerString(L"$ACADVER") == L"AC1014") {
+    for (OdDxfTagList* list : {&ta, &tb}) {
+      list->erase(std::remove_if(list->begin(), list->end(), [](const OdDxfTag& t) { return t.code == 41; }), list->end());
+    }
+  }
+  // The active viewport's view (centre, height, aspect) is the window the
+  // twin was saved from, not the one the DWG file was.
+  if (a->dxfName() == L"VPORT") {
+    for (OdDxfTagList* list : {&ta, &tb}) {
+      list->erase(std::remove_if(list->begin(), list->end(), [](const OdDxfTag& t) { return t.code == 12 || t.code == 40 || t.code == 41; }),
+                  list->end());
+    }
+  }
   // Layouts are not read from DWG yet: a block's layout is made anew.
   if (a->dxfName() == L"BLOCK_RECORD") {
     for (OdDxfTagList* list : {&ta, &tb}) {
@@ -63,7 +102,10 @@ std::string firstDifference(OdDbObject* a, OdDbObject* b) {
     const std::string what = "group " + std::to_string(x.code) + ": '" + x.valueText().toUtf8() + "' vs " +
                              std::to_string(y.code) + ": '" + y.valueText().toUtf8() + "'";
     if (x.code != y.code) return what;
-    auto near = [](double p, double q) { return std::fabs(p - q) <= 1e-9 * std::max(1.0, std::fabs(p) + std::fabs(q)); };
+    // Some dimension variables are kept in single precision and the twins
+    // print them rounded to it (25.4 for 25.399999618530273).
+    const double tolerance = a->dxfName() == L"DIMSTYLE" ? 1e-7 : 1e-9;
+    auto near = [tolerance](double p, double q) { return std::fabs(p - q) <= tolerance * std::max(1.0, std::fabs(p) + std::fabs(q)); };
     // The R14 twin shortens long application names.
     const bool shortened = y.s.getLength() == 26 && x.s.left(26) == y.s && a->dxfName() == L"APPID";
     if (!near(x.x, y.x) || !near(x.y, y.y) || !near(x.z, y.z) || x.i != y.i || (x.s.iCompare(y.s) != 0 && !shortened)) return what;
@@ -79,10 +121,33 @@ TEST_P(DwgTwin, ObjectsEqualTheDxfTwins) {
   OdDxfReadReport report;
   OdDbDatabasePtr fromDwg = odDxfReadFile(OdString(dwg.c_str()), &report);
   OdDbDatabasePtr fromDxf = odDxfReadFile(OdString(dxf.c_str()));
-  int compared = 0;
+  int compared = 0, xrecords = 0;
+  std::map<std::string, int> proxies;
   fromDwg->forEachObjectId([&](const OdDbObjectId& id) {
     OdDbObjectPtr ours = id.openObject();
-    if (ours.isNull() || !decodedClass(ours->dxfName())) return;
+    if (ours.isNull()) return;
+    // A proxy stands for the class the twin has at its handle.
+    // (Proxies of the reader's own, not the DXF reader's of unknown names.)
+    OdString proxyClass;
+    const bool proxyForm = ours->dxfName() == L"ACAD_PROXY_OBJECT" || ours->dxfName() == L"ACAD_PROXY_ENTITY";
+    if (auto* p = dynamic_cast<OdDbProxyObject*>(ours.get()); p && proxyForm) proxyClass = p->originalClassName();
+    if (auto* p = dynamic_cast<OdDbProxyEntity*>(ours.get()); p && proxyForm) proxyClass = p->originalClassName();
+    if (!proxyClass.isEmpty()) {
+      ++proxies[proxyClass.toUtf8()];
+      OdDbObjectPtr twin = fromDxf->getOdDbObjectId(id.handle(), false).openObject();
+      if (twin.isNull()) return;
+      const OdString twinClass = dynamic_cast<OdDbProxyObject*>(twin.get()) ? static_cast<OdDbProxyObject*>(twin.get())->originalClassName()
+                                 : dynamic_cast<OdDbProxyEntity*>(twin.get()) ? static_cast<OdDbProxyEntity*>(twin.get())->originalClassName()
+                                                                               : twin->dxfName();
+      EXPECT_EQ(proxyClass.toUtf8(), twinClass.toUtf8()) << id.handle().ascii().toUtf8();
+      // The program that saved the twins moves some objects under xrecords of its own.
+      OdDbObjectPtr twinOwner = twin->ownerId().openObject();
+      if (twinOwner.isNull() || twinOwner->dxfName() != L"XRECORD") {
+        EXPECT_EQ(ours->ownerId().handle(), twin->ownerId().handle()) << id.handle().ascii().toUtf8();
+      }
+      return;
+    }
+    if (!decodedClass(ours->dxfName())) return;
     OdDbObjectId twinId = fromDxf->getOdDbObjectId(id.handle(), false);
     // The twins leave out the registered applications of dimension-style
     // overrides; the drawing keeps them.
@@ -95,6 +160,11 @@ TEST_P(DwgTwin, ObjectsEqualTheDxfTwins) {
         static_cast<OdDbSymbolTableRecord*>(ours.get())->getName().left(12).iCompare(L"*Paper_Space") == 0) {
       return;
     }
+    // The twins were saved apart from the drawings and hold other xrecords
+    // (those of the program's session state); the ones both hold are compared.
+    if (twinId.isNull() && ours->dxfName() == L"XRECORD") return;
+    // Some twins hold no viewport record: the program writes the one of the window it saved from.
+    if (twinId.isNull() && ours->dxfName() == L"VPORT") return;
     ASSERT_FALSE(twinId.isNull()) << ours->dxfName().toUtf8() << " " << id.handle().ascii().toUtf8() << " not in the twin";
     OdDbObjectPtr twin = twinId.openObject();
     ASSERT_FALSE(twin.isNull());
@@ -113,8 +183,15 @@ TEST_P(DwgTwin, ObjectsEqualTheDxfTwins) {
       EXPECT_TRUE(found) << "reactor " << reactor.handle().ascii().toUtf8() << " of " << id.handle().ascii().toUtf8();
     }
     ++compared;
+    if (ours->dxfName() == L"XRECORD") ++xrecords;
   });
   EXPECT_GT(compared, 5);
+  std::printf("%d objects compared, %d of them xrecords\n", compared, xrecords);
+  // The read report counts the proxies by class, as the drawing holds them.
+  for (const auto& [name, count] : proxies) {
+    const OdString line = OdString().format(count == 1 ? L"%d %hs object kept as a proxy" : L"%d %hs objects kept as proxies", count, name.c_str());
+    EXPECT_NE(std::find(report.repairs.begin(), report.repairs.end(), line), report.repairs.end()) << line.toUtf8();
+  }
 
   // The drawing order of model space, for the entities both hold.
   auto order = [](OdDbDatabase* db, const std::set<OdUInt64>* keep) {
