@@ -20,10 +20,12 @@
 
 #include "DbSymbolTable.h"
 #include "DbText.h"
+#include "Ge/GeOcs.h"
 #include "core/Host.h"
 #include "rydb.h"
 #include "ryed.h"
 #include "ryut.h"
+#include "sdk/EntityLists.h"
 #include "sdk/Input.h"
 
 using ryhost::Host;
@@ -738,6 +740,42 @@ int ryedTrans(const ads_point point, const resbuf* from, const resbuf* to, int d
     result[0] = p.x, result[1] = p.y, result[2] = p.z;
   }
   return RTNORM;
+}
+
+// ---------------------------------------------------------------- object coordinate systems
+
+namespace {
+
+int convertOcs(const ads_point point, const ads_point normal, bool vector, ads_point result, bool toOcs) {
+  if (!point || !normal || !result) {
+    ryhost::setErrno(kErrnoBadTransform);
+    return RTERROR;
+  }
+  const OdGeVector3d n(normal[0], normal[1], normal[2]);
+  if (vector) {
+    const OdGeVector3d v(point[0], point[1], point[2]);
+    const OdGeVector3d out = toOcs ? odgeWcsToOcs(v, n) : odgeOcsToWcs(v, n);
+    result[0] = out.x;
+    result[1] = out.y;
+    result[2] = out.z;
+  } else {
+    const OdGePoint3d p(point[0], point[1], point[2]);
+    const OdGePoint3d out = toOcs ? odgeWcsToOcs(p, n) : odgeOcsToWcs(p, n);
+    result[0] = out.x;
+    result[1] = out.y;
+    result[2] = out.z;
+  }
+  return RTNORM;
+}
+
+}  // namespace
+
+int rydbWcs2Ecs(const ads_point point, const ads_point normal, bool vector, ads_point result) {
+  return convertOcs(point, normal, vector, result, true);
+}
+
+int rydbEcs2Wcs(const ads_point point, const ads_point normal, bool vector, ads_point result) {
+  return convertOcs(point, normal, vector, result, false);
 }
 
 // ---------------------------------------------------------------- text box

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "dwg/DwgBitReader.h"
@@ -112,7 +113,7 @@ class OdDwgFile {
   std::vector<OdDwgClass> m_classes;
   OdDwgHeader m_header;
   std::vector<OdDwgObject> m_objects;
-  std::map<uint64_t, size_t> m_byHandle;
+  std::unordered_map<uint64_t, size_t> m_byHandle;  // looked up for every reference
   std::vector<std::string> m_problems;
 };
 

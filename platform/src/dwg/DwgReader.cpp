@@ -1,6 +1,7 @@
 // Turns the objects of a DWG file into the platform's own objects. Each
 // decoded object is written as the DXF groups of its class (exact doubles,
-// handles and owners as in the DWG file) and read by the DXF reader, so the
+// handles and owners as in the DWG file), held in memory as values, and read
+// by the DXF reader from there, so the
 // class's field table builds the object and every repair pass of a DXF read
 // (missing tables, standard records, dictionaries) applies unchanged.
 #include <algorithm>
@@ -47,7 +48,7 @@ void DwgToDxf::entityList(uint64_t block) {
   }
 }
 
-std::string DwgToDxf::convert() {
+OdDxfTagStream DwgToDxf::convert() {
   uint64_t seed = 1;
   for (const OdDwgObject& o : m_file.objects()) {
     seed = std::max(seed, o.handle + 1);
@@ -213,7 +214,8 @@ OdDbDatabasePtr odDwgReadBuffer(std::string_view data, OdDxfReadReport* report) 
   OdDxfReadReport local;
   OdDxfReadReport& out = report ? *report : local;
   OdDwgFile file;
-  if (!file.open(std::vector<uint8_t>(data.begin(), data.end()))) {
+  const auto* bytes = reinterpret_cast<const uint8_t*>(data.data());
+  if (!file.open(std::vector<uint8_t>(bytes, bytes + data.size()))) {
     const std::string why = file.problems().empty() ? "unreadable" : file.problems().front();
     const bool version = why.find("DWG version") != std::string::npos;
     throw OdError(version ? eInvalidDwgVersion : eDwgNotRecoverable, OdString(why.c_str()));
@@ -221,10 +223,10 @@ OdDbDatabasePtr odDwgReadBuffer(std::string_view data, OdDxfReadReport* report) 
   std::vector<OdString> problems;
   for (const std::string& p : file.problems()) problems.push_back(OdString(p.c_str()));
   DwgToDxf converter(file, out);
-  const std::string dxf = converter.convert();
+  const OdDxfTagStream tags = converter.convert();
   std::vector<OdString> conversion = std::move(out.repairs);
   out.repairs.clear();
-  OdDbDatabasePtr db = odDxfReadBuffer(dxf, &out);
+  OdDbDatabasePtr db = odDxfReadTags(tags, &out);
   // What the file itself lacked comes first, then what was left out, then the DXF-level repairs.
   std::vector<OdString> all = std::move(problems);
   all.insert(all.end(), conversion.begin(), conversion.end());

@@ -13,7 +13,7 @@
 #include "DwgRead.h"
 #include "OdCodePage.h"
 #include "dwg/DwgFile.h"
-#include "dxf/DxfTagWriter.h"
+#include "dxf/DxfTagStream.h"
 
 namespace oddwg {
 
@@ -49,17 +49,17 @@ class DwgToDxf {
   DwgToDxf(const OdDwgFile& file, OdDxfReadReport& report) : m_file(file), m_report(report) {
     m_r2000 = file.isR2000();
     m_cp = file.codePage();
-    m_w = OdDxfTagWriter(OdDxf::stringCodePageOf(OdString(file.versionName().c_str()).c_str(), odDxfNameOfCodePage(m_cp).c_str()),
-                         OdDxfTagWriter::LineEnding::kLf);
   }
-  std::string convert();
+  // The drawing as the DXF groups of its objects, held as values (no text).
+  OdDxfTagStream convert();
 
  private:
   using Decoder = std::function<bool(const OdDwgObject&, OdDwgBitReader&, OdDwgBitReader&)>;
 
-  OdString nameOf(uint64_t handle) const {
+  const OdString& nameOf(uint64_t handle) const {
+    static const OdString kNone;
     const OdDwgObject* o = m_file.find(handle);
-    return o ? o->recordName : OdString();
+    return o ? o->recordName : kNone;
   }
   void notRead(const OdDwgObject& o) { ++m_notRead[o.dxfName.toUtf8()]; }
   void failed(const OdDwgObject& o, const OdDwgDecodeError& e) {
@@ -126,8 +126,8 @@ class DwgToDxf {
 
   const OdDwgFile& m_file;
   OdDxfReadReport& m_report;
-  OdDxfTagWriter m_w;
-  std::string m_out;
+  OdDxfTagStream m_w;
+  OdDxfTagStream m_out;
   std::map<uint64_t, BlockInfo> m_blocks;
   bool m_r2000 = true;
   int m_cp = 1252;

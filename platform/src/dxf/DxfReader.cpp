@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <set>
+#include <optional>
 #include <unordered_map>
 #include <sstream>
 
@@ -21,8 +21,10 @@
 #include "DxfFile.h"
 #include "DwgRead.h"
 #include "db/DbDefaults.h"
+#include "dxf/DxfAudit.h"
 #include "dxf/DxfStructure.h"
 #include "dxf/DxfTagReader.h"
+#include "dxf/DxfTagStream.h"
 
 namespace {
 
@@ -32,15 +34,9 @@ std::string narrow(const OdString& s) { return s.toUtf8(); }
 // names that cannot be resolved yet are kept for the end of the read.
 class ReadContext : public OdDbTagContext {
  public:
-  struct Deferred {
-    OdDbObject* object;
-    const OdDbField* field;
-    OdString name;
-  };
-
   OdDbDatabase* db = nullptr;
   OdDb::DwgVersion fileVersion = OdDb::kDHL_CURRENT;
-  std::vector<Deferred> deferred;
+  std::vector<OdDxfDeferredName> deferred;
 
   OdDbDatabase* database() const override { return db; }
   OdDb::DwgVersion version() const override { return fileVersion; }
@@ -75,9 +71,35 @@ class ReadContext : public OdDbTagContext {
   std::unordered_map<std::wstring, OdDbObjectId> m_names;
 };
 
+// Where the reader's tags come from: a file's data (ASCII or binary), or
+// tags held in memory as values. Either source is a concrete class; one
+// well-predicted branch per tag chooses it, with no virtual call.
+class TagInput {
+ public:
+  explicit TagInput(std::string_view data) { m_text.emplace(data); }
+  explicit TagInput(const OdDxfTagStream& tags) { m_tags.emplace(tags); }
+
+  bool next(OdDxfTag& tag) { return m_tags ? m_tags->next(tag) : m_text->next(tag); }
+  void pushBack() { m_tags ? m_tags->pushBack() : m_text->pushBack(); }
+  int line() const { return m_tags ? m_tags->line() : m_text->line(); }
+  std::string where() const { return m_tags ? m_tags->where() : m_text->where(); }
+  bool hasError() const { return m_tags ? m_tags->hasError() : m_text->hasError(); }
+  const std::string& errorMessage() const { return m_tags ? m_tags->errorMessage() : m_text->errorMessage(); }
+  bool atEnd() const { return m_tags ? m_tags->atEnd() : m_text->atEnd(); }
+  size_t bytesAfterEof() const { return m_tags ? m_tags->bytesAfterEof() : m_text->bytesAfterEof(); }
+  bool isBinary() const { return m_tags ? m_tags->isBinary() : m_text->isBinary(); }
+  void setCodePage(int codePage) { m_tags ? m_tags->setCodePage(codePage) : m_text->setCodePage(codePage); }
+  void setStopAtEof(bool stop) { m_tags ? m_tags->setStopAtEof(stop) : m_text->setStopAtEof(stop); }
+
+ private:
+  std::optional<OdDxfTagReader> m_text;
+  std::optional<OdDxfTagStreamReader> m_tags;
+};
+
 class DxfReader {
  public:
   DxfReader(std::string_view data, OdDxfReadReport& report) : m_data(data), m_in(data), m_report(report) {}
+  DxfReader(const OdDxfTagStream& tags, OdDxfReadReport& report) : m_tags(&tags), m_in(tags), m_report(report) {}
   OdDbDatabasePtr read();
 
  private:
@@ -92,6 +114,8 @@ class DxfReader {
 
   // ---- sections
   void scanHeaderForEncoding();
+  template <class Tags>
+  void scanHeaderForEncoding(Tags& scan);
   void readHeader();
   void readClasses();
   void readTables();
@@ -119,7 +143,6 @@ class DxfReader {
   // Creates the object of the current tags, adds it to the database and
   // reads its fields. The object comes back open for write.
   OdDbObjectPtr makeObject(OdRxClass* cls, const OdString& dxfName, const OdDbObjectId& owner, bool dimStyleHandle = false);
-  OdDbObjectId addWithHandle(OdDbObject* object, const Header& header, const OdDbObjectId& owner, const OdString& what);
   // Entities of a block or of a section until the "0 ENDBLK"/"0 ENDSEC".
   // Outside any section (loose), the list ends before the next section, at
   // 0 EOF, at a stray 0 ENDSEC or at the end of the file.
@@ -128,24 +151,15 @@ class DxfReader {
   void readLooseHeader();
   OdDbObjectId spaceFor(bool paperSpace);
 
-  // ---- objects the file lacks: they get handles once every handle of the file is known
-  OdDbObjectId addMissing(OdDbObject* object, const OdDbObjectId& owner = OdDbObjectId());
-  OdDbObjectId addMissingTable(const OdDxfTableKind& kind);
-  // Also enters the record in its table (and a block in m_blocksByName).
-  OdDbObjectId addMissingRecord(OdDbNameTable table, OdDbSymbolTableRecord* record);
-
-  // ---- after reading
+  // ---- after reading: the audit, then the header as the file will have it
   void finish();
-  void ensureTables();
-  void ensureStandardRecords();
-  void ensureSpaces();
-  void resolveDeferredNames();
-  void ensureRootDictionaries();
-  void reportBlockCycles();
 
   std::string_view m_data;
-  OdDxfTagReader m_in;
+  const OdDxfTagStream* m_tags = nullptr;  // reading tags from memory instead of data
+  TagInput m_in;
   OdDxfReadReport& m_report;
+  OdDxfReadState m_state{m_report};
+  OdDxfAudit m_audit{m_state};
   OdDbDatabasePtr m_db;
   ReadContext m_ctx;
   OdDxfTag m_tag;
@@ -153,13 +167,8 @@ class DxfReader {
   OdDxfTagList m_body;
   size_t m_bodyCount = 0;
   int m_bodyLine = 0;
-  bool m_hasHeader = false;
   bool m_sawEof = false;
-  OdDbObjectId m_modelSpace, m_paperSpace;
-  std::map<OdString, OdDbObjectId, OdStringLessNoCase> m_blocksByName;
-  OdUInt64 m_nextPlaceholder = 1;
   bool m_unknownCodePage = false;
-  std::set<OdUInt64> m_duplicateHandles;
 };
 
 bool DxfReader::nextTag() {
@@ -199,7 +208,17 @@ void DxfReader::readBody() {
 
 void DxfReader::scanHeaderForEncoding() {
   // The code page of strings is known only from the header: look at it first.
-  OdDxfTagReader scan(m_data);
+  if (m_tags) {
+    OdDxfTagStreamReader scan(*m_tags);
+    scanHeaderForEncoding(scan);
+  } else {
+    OdDxfTagReader scan(m_data);
+    scanHeaderForEncoding(scan);
+  }
+}
+
+template <class Tags>
+void DxfReader::scanHeaderForEncoding(Tags& scan) {
   OdString acadver, codepage;
   OdDxfTag tag;
   OdString variable;
@@ -236,7 +255,7 @@ void DxfReader::scanHeaderForEncoding() {
 }
 
 void DxfReader::readHeader() {
-  m_hasHeader = true;
+  m_state.hasHeader = true;
   OdDbHeaderVariable* current = nullptr;
   std::vector<OdDbHeaderVariable> variables;
   while (nextTag()) {
@@ -295,7 +314,7 @@ void DxfReader::readTables() {
       if (!kind) expected("0 TABLE");
       repair(OdString().format(L"line %d: %ls records without a table head; table added", m_tagLine, kind->name));
       m_in.pushBack();
-      if (m_db->tableId(kind->table).isNull()) addMissingTable(*kind);
+      if (m_db->tableId(kind->table).isNull()) m_audit.addMissingTable(*kind);
       readTableRecords(kind, m_db->tableId(kind->table), kind->name);
       continue;
     }
@@ -360,12 +379,17 @@ void DxfReader::readTableRecords(const OdDxfTableKind* kind, const OdDbObjectId&
     OdDbObjectPtr object = makeObject(kind->recordClass(), recordType, tableId, dimStyle);
     auto* record = static_cast<OdDbSymbolTableRecord*>(object.get());
     auto* table = static_cast<OdDbSymbolTable*>(tableId.stub()->object);
-    if (record->getName().isEmpty() && kind->table != OdDbNameTable::kBlock) {
+    // A text style that stands for a shape file has no name, and a file may
+    // hold several: each is kept with its handle (linetypes refer to them).
+    const bool shapeFile = kind->table == OdDbNameTable::kTextStyle &&
+                           static_cast<OdDbTextStyleTableRecord*>(record)->isShapeFile();
+    const bool nameless = record->getName().isEmpty();
+    if (nameless && kind->table != OdDbNameTable::kBlock && !shapeFile) {
       repair(OdString().format(L"line %d: %ls record without a name dropped", m_bodyLine, recordType.c_str()));
       object->erase();
       continue;
     }
-    if (!table->getAt(record->getName()).isNull()) {
+    if (!(nameless && shapeFile) && !table->getAt(record->getName()).isNull()) {
       repair(OdString().format(L"line %d: duplicate %ls record '%ls' dropped", m_bodyLine, recordType.c_str(),
                                record->getName().c_str()));
       object->erase();
@@ -373,12 +397,12 @@ void DxfReader::readTableRecords(const OdDxfTableKind* kind, const OdDbObjectId&
     }
     table->appendRecordId(object->objectId());
     if (object->ownerId() != tableId) object->setOwnerId(tableId);
-    if (kind->table == OdDbNameTable::kBlock) m_blocksByName[record->getName()] = object->objectId();
+    if (kind->table == OdDbNameTable::kBlock) m_state.blocksByName[record->getName()] = object->objectId();
   }
   expected("0 ENDTAB");
 }
 
-OdDbObjectId DxfReader::spaceFor(bool paperSpace) { return paperSpace ? m_paperSpace : m_modelSpace; }
+OdDbObjectId DxfReader::spaceFor(bool paperSpace) { return paperSpace ? m_state.paperSpace : m_state.modelSpace; }
 
 void DxfReader::readBlocks() {
   while (nextTag()) {
@@ -414,16 +438,16 @@ void DxfReader::readBlocks() {
     if (name.iCompare(L"$MODEL_SPACE") == 0) name = L"*Model_Space";
     if (name.iCompare(L"$PAPER_SPACE") == 0) name = L"*Paper_Space";
     if (name.isEmpty()) {
-      name = OdString().format(L"*U%d", static_cast<int>(m_blocksByName.size()) + 1);
-      while (m_blocksByName.count(name)) name += L"_";
+      name = OdString().format(L"*U%d", static_cast<int>(m_state.blocksByName.size()) + 1);
+      while (m_state.blocksByName.count(name)) name += L"_";
       repair(OdString().format(L"line %d: block without a name named '%ls'", blockLine, name.c_str()));
       flags |= OdDbBlockTableRecord::kAnonymous;
     }
 
     // The record: from the BLOCK_RECORD table, or made now (files before R13 have none).
     OdDbObjectId blockId;
-    auto found = m_blocksByName.find(name);
-    if (found != m_blocksByName.end()) {
+    auto found = m_state.blocksByName.find(name);
+    if (found != m_state.blocksByName.end()) {
       blockId = found->second;
       OdDbObjectPtr existing = blockId.openObject();
       if (auto* record = static_cast<OdDbBlockTableRecord*>(existing.get()); record && !record->blockBeginId().isNull()) {
@@ -434,18 +458,18 @@ void DxfReader::readBlocks() {
     } else {
       OdSmartPtr<OdDbBlockTableRecord> record = OdDbBlockTableRecord::createObject();
       record->setName(name);
-      if (m_db->getBlockTableId().isNull()) ensureTables();
+      if (m_db->getBlockTableId().isNull()) m_audit.ensureTables();
       OdDbObjectPtr table = m_db->getBlockTableId().openObject(OdDb::kForWrite);
       m_db->blockUndoRecording(true);
-      blockId = addMissing(record.get(), m_db->getBlockTableId());
+      blockId = m_audit.addMissing(record.get(), m_db->getBlockTableId());
       static_cast<OdDbSymbolTable*>(table.get())->appendRecordId(blockId);
-      m_blocksByName[name] = blockId;
-      if (m_report.version >= OdDb::vAC12 && m_hasHeader) {
+      m_state.blocksByName[name] = blockId;
+      if (m_report.version >= OdDb::vAC12 && m_state.hasHeader) {
         repair(OdString().format(L"line %d: block '%ls' had no block record; record added", blockLine, name.c_str()));
       }
     }
-    if (name.iCompare(L"*Model_Space") == 0) m_modelSpace = blockId;
-    if (name.iCompare(L"*Paper_Space") == 0) m_paperSpace = blockId;
+    if (name.iCompare(L"*Model_Space") == 0) m_state.modelSpace = blockId;
+    if (name.iCompare(L"*Paper_Space") == 0) m_state.paperSpace = blockId;
     {
       OdDbObjectPtr object = blockId.openObject(OdDb::kForWrite);
       auto* record = static_cast<OdDbBlockTableRecord*>(object.get());
@@ -670,25 +694,6 @@ OdRxClass* DxfReader::classFor(const OdString& dxfName, bool entity) {
   return entity ? OdDbProxyEntity::desc() : OdDbProxyObject::desc();
 }
 
-OdDbObjectId DxfReader::addWithHandle(OdDbObject* object, const Header& header, const OdDbObjectId& owner,
-                                      const OdString& what) {
-  if (header.hasHandle && header.handleValid && header.handle >= kOdDxfPlaceholderHandles) {
-    repair(OdString().format(L"line %d: %ls had the handle %ls, beyond the handles a drawing may use; given a new one",
-                             m_bodyLine, what.c_str(), OdDbHandle(header.handle).ascii().c_str()));
-  } else if (header.hasHandle && header.handleValid) {
-    OdDbStub* stub = m_db->stubFor(header.handle);
-    if (!stub || !stub->object) return m_db->addOdDbObject(object, owner, OdDbHandle(header.handle));
-    repair(OdString().format(L"line %d: %ls has the handle %ls of another object; given a new handle", m_bodyLine,
-                             what.c_str(), OdDbHandle(header.handle).ascii().c_str()));
-    m_duplicateHandles.insert(header.handle);
-  } else if (header.hasHandle && !header.handleValid) {
-    repair(OdString().format(L"line %d: %ls had an empty handle; given a new one", m_bodyLine, what.c_str()));
-  } else if (m_report.version >= OdDb::vAC12 && m_hasHeader) {
-    repair(OdString().format(L"line %d: %ls had no handle; given a new one", m_bodyLine, what.c_str()));
-  }
-  return addMissing(object, owner);
-}
-
 OdDbObjectPtr DxfReader::makeObject(OdRxClass* cls, const OdString& dxfName, const OdDbObjectId& owner, bool dimStyleHandle) {
   Header header = splitHeader(dimStyleHandle);
   OdRxObjectPtr created = cls->create();
@@ -699,7 +704,7 @@ OdDbObjectPtr DxfReader::makeObject(OdRxClass* cls, const OdString& dxfName, con
   else if (cls == OdDbProxyObject::desc()) static_cast<OdDbProxyObject*>(object)->setDxfName(dxfName);
   OdDbObjectId ownerId = owner;
   if (ownerId.isNull() && header.owner) ownerId = m_ctx.idFromHandle(header.owner);
-  addWithHandle(object, header, ownerId, dxfName);
+  m_audit.addWithHandle(object, {header.hasHandle, header.handleValid, header.handle}, ownerId, dxfName, m_bodyLine);
   if (!header.reactors.empty() || header.xdictionary || !header.appData.empty() || header.xdataBegin < m_bodyCount) {
     OdDbObjectExtras& extras = object->extrasForWrite();
     extras.persistentReactors = header.reactors;
@@ -732,9 +737,10 @@ OdDbDatabasePtr DxfReader::read() {
   m_db->setHandseed(OdDbHandle(kOdDxfPlaceholderHandles + (OdUInt64{1} << 31)));
   m_db->blockUndoRecording(true);
   m_ctx.db = m_db.get();
+  m_state.db = m_db.get();
   m_in.setStopAtEof(true);
 
-  if (m_data.find_first_not_of(" \t\r\n") == std::string_view::npos) refuse("the file is empty");
+  if (m_tags ? m_tags->empty() : m_data.find_first_not_of(" \t\r\n") == std::string_view::npos) refuse("the file is empty");
   bool any = false;
   while (nextTag()) {
     if (m_tag.code == 0 && m_tag.s == L"EOF") {
@@ -756,8 +762,8 @@ OdDbDatabasePtr DxfReader::read() {
       repair(OdString().format(L"line %d: entities outside a section read into model space", m_tagLine));
       m_in.pushBack();
       any = true;
-      ensureTables();
-      ensureSpaces();
+      m_audit.ensureTables();
+      m_audit.ensureSpaces();
       readEntityList(OdDbObjectId(), true, true);
       continue;
     }
@@ -769,11 +775,11 @@ OdDbDatabasePtr DxfReader::read() {
     else if (name == L"CLASSES") readClasses();
     else if (name == L"TABLES") readTables();
     else if (name == L"BLOCKS") {
-      if (m_modelSpace.isNull() || m_paperSpace.isNull()) ensureSpaces();
+      if (m_state.modelSpace.isNull() || m_state.paperSpace.isNull()) m_audit.ensureSpaces();
       readBlocks();
     } else if (name == L"ENTITIES") {
-      ensureTables();
-      ensureSpaces();
+      m_audit.ensureTables();
+      m_audit.ensureSpaces();
       readEntitiesSection();
     } else if (name == L"OBJECTS") readObjects();
     else readRawSection(name);
@@ -787,315 +793,30 @@ OdDbDatabasePtr DxfReader::read() {
   return m_db;
 }
 
-}  // namespace
-
-namespace {
-
-// New handles are handed out once every handle of the file is known; until
-// then the object holds a placeholder.
-OdDbObjectId DxfReader::addMissing(OdDbObject* object, const OdDbObjectId& owner) {
-  while (m_db->stubFor(kOdDxfPlaceholderHandles + m_nextPlaceholder)) ++m_nextPlaceholder;
-  return m_db->addOdDbObject(object, owner, OdDbHandle(kOdDxfPlaceholderHandles + m_nextPlaceholder++));
-}
-
-OdDbObjectId DxfReader::addMissingTable(const OdDxfTableKind& kind) {
-  OdRxObjectPtr table = kind.tableClass()->create();
-  OdDbObjectId id = addMissing(static_cast<OdDbObject*>(table.get()));
-  m_db->setTableId(kind.table, id);
-  return id;
-}
-
-OdDbObjectId DxfReader::addMissingRecord(OdDbNameTable table, OdDbSymbolTableRecord* record) {
-  auto* symbolTable = static_cast<OdDbSymbolTable*>(m_db->tableId(table).stub()->object);
-  OdDbObjectId id = addMissing(record, symbolTable->objectId());
-  symbolTable->appendRecordId(id);
-  if (table == OdDbNameTable::kBlock) m_blocksByName[record->getName()] = id;
-  return id;
-}
-
-void DxfReader::ensureTables() {
-  for (const OdDxfTableKind& kind : odDxfTableKinds()) {
-    if (!m_db->tableId(kind.table).isNull()) continue;
-    addMissingTable(kind);
-    if (m_hasHeader && m_report.version >= OdDb::vAC12) {
-      repair(OdString().format(L"missing %ls table added", kind.name));
-    }
-  }
-}
-
-void DxfReader::ensureSpaces() {
-  ensureTables();
-  auto makeSpace = [&](const wchar_t* name) {
-    auto found = m_blocksByName.find(name);
-    if (found != m_blocksByName.end()) return found->second;
-    OdSmartPtr<OdDbBlockTableRecord> record = OdDbBlockTableRecord::createObject();
-    record->setName(name);
-    return addMissingRecord(OdDbNameTable::kBlock, record.get());
-  };
-  if (m_modelSpace.isNull()) m_modelSpace = makeSpace(L"*Model_Space");
-  if (m_paperSpace.isNull()) m_paperSpace = makeSpace(L"*Paper_Space");
-}
-
-
-// ---------------------------------------------------------------- after reading
-
-void DxfReader::ensureStandardRecords() {
-  const bool report = m_hasHeader && m_report.version >= OdDb::vAC12;
-  auto ensure = [&](OdDbNameTable kind, const wchar_t* name, auto setup) {
-    if (!m_db->findRecord(kind, name).isNull()) return;
-    const OdDxfTableKind* tableKind = odDxfTableKind(kind);
-    OdRxObjectPtr created = tableKind->recordClass()->create();
-    auto* record = static_cast<OdDbSymbolTableRecord*>(created.get());
-    record->setName(name);
-    setup(record);
-    addMissingRecord(kind, record);
-    if (report) repair(OdString().format(L"missing %ls record '%ls' added", tableKind->name, name));
-  };
-  auto none = [](OdDbSymbolTableRecord*) {};
-  ensure(OdDbNameTable::kLinetype, L"ByBlock", none);
-  ensure(OdDbNameTable::kLinetype, L"ByLayer", none);
-  ensure(OdDbNameTable::kLinetype, L"Continuous", [](OdDbSymbolTableRecord* r) {
-    static_cast<OdDbLinetypeTableRecord*>(r)->setComments(L"Solid line");
-  });
-  ensure(OdDbNameTable::kLayer, L"0", [&](OdDbSymbolTableRecord* r) {
-    static_cast<OdDbLayerTableRecord*>(r)->setLinetypeObjectId(m_db->getLinetypeContinuousId());
-  });
-  ensure(OdDbNameTable::kTextStyle, L"Standard", none);
-  ensure(OdDbNameTable::kRegApp, L"ACAD", none);
-  // R13 and R14 drawings are written in their own version, which needs no more.
-  if (m_report.version >= OdDb::vAC12 && m_report.version < OdDb::vAC15) return;
-  // A dimension style and an active viewport only when the table has none at all.
-  auto emptyTable = [&](OdDbNameTable kind) {
-    auto* table = static_cast<OdDbSymbolTable*>(m_db->tableId(kind).stub()->object);
-    for (const OdDbObjectId& id : table->recordIds()) {
-      if (!id.isErased()) return false;
-    }
-    return true;
-  };
-  if (emptyTable(OdDbNameTable::kDimStyle)) ensure(OdDbNameTable::kDimStyle, L"Standard", none);
-  if (emptyTable(OdDbNameTable::kVport)) ensure(OdDbNameTable::kVport, L"*Active", none);
-}
-
-void DxfReader::resolveDeferredNames() {
-  for (const auto& d : m_ctx.deferred) {
-    OdDbObjectId id = m_db->findRecord(d.field->table, d.name);
-    OdString what = d.object->dxfName();
-    if (id.isNull()) {
-      switch (d.field->table) {
-        case OdDbNameTable::kLayer: {
-          OdSmartPtr<OdDbLayerTableRecord> layer = OdDbLayerTableRecord::createObject();
-          layer->setName(d.name);
-          layer->setLinetypeObjectId(m_db->getLinetypeContinuousId());
-          id = addMissingRecord(OdDbNameTable::kLayer, layer.get());
-          if (m_hasHeader && m_report.version >= OdDb::vAC12) {
-            repair(OdString().format(L"layer '%ls' used by %ls was missing; added", d.name.c_str(), what.c_str()));
-          }
-          break;
-        }
-        case OdDbNameTable::kBlock: {
-          OdSmartPtr<OdDbBlockTableRecord> block = OdDbBlockTableRecord::createObject();
-          block->setName(d.name);
-          id = addMissingRecord(OdDbNameTable::kBlock, block.get());
-          repair(OdString().format(L"block '%ls' used by %ls was missing; an empty block added", d.name.c_str(), what.c_str()));
-          break;
-        }
-        case OdDbNameTable::kLinetype:
-          id = m_db->getLinetypeByLayerId();
-          repair(OdString().format(L"linetype '%ls' used by %ls was missing; ByLayer used", d.name.c_str(), what.c_str()));
-          break;
-        case OdDbNameTable::kTextStyle:
-          id = m_db->getTextStyleStandardId();
-          repair(OdString().format(L"text style '%ls' used by %ls was missing; Standard used", d.name.c_str(), what.c_str()));
-          break;
-        case OdDbNameTable::kDimStyle:
-          id = m_db->getDimStyleStandardId();
-          if (id.isNull()) {
-            // No "Standard": the first style of the table stands in.
-            auto* table = static_cast<OdDbSymbolTable*>(m_db->getDimStyleTableId().stub()->object);
-            for (const OdDbObjectId& record : table->recordIds()) {
-              if (!record.isErased()) { id = record; break; }
-            }
-          }
-          repair(OdString().format(L"dimension style '%ls' used by %ls was missing; Standard used", d.name.c_str(), what.c_str()));
-          break;
-        default: continue;
-      }
-    }
-    *static_cast<OdDbObjectId*>(d.field->ref(d.object)) = id;
-  }
-  m_ctx.deferred.clear();
-}
-
-void DxfReader::ensureRootDictionaries() {
-  const bool report = m_hasHeader && m_report.version >= OdDb::vAC12;
-  OdDbObjectId nodId = m_db->getNamedObjectsDictionaryId();
-  if (nodId.isNull()) {
-    OdDbDictionaryPtr nod = OdDbDictionary::createObject();
-    nodId = addMissing(nod.get());
-    m_db->setNamedObjectsDictionaryId(nodId);
-    if (report) repair(L"missing named-object dictionary added");
-  }
-  auto* nod = static_cast<OdDbDictionary*>(nodId.stub()->object);
-  auto subDictionary = [&](const wchar_t* name) {
-    OdDbObjectId id = nod->getAt(name);
-    if (!id.isNull() && id.isValid() && id.objectClass()->isDerivedFrom(OdDbDictionary::desc())) return id;
-    OdDbDictionaryPtr dict = OdDbDictionary::createObject();
-    id = addMissing(dict.get(), nodId);
-    nod->appendEntryInternal(name, id);
-    if (report) repair(OdString().format(L"missing dictionary %ls added", name));
-    return id;
-  };
-  subDictionary(L"ACAD_GROUP");
-  // Layouts exist from R2000 on; R13 and R14 drawings are written as they are.
-  if (m_report.version >= OdDb::vAC12 && m_report.version < OdDb::vAC15) return;
-  OdDbObjectId layoutsId = subDictionary(L"ACAD_LAYOUT");
-  auto* layouts = static_cast<OdDbDictionary*>(layoutsId.stub()->object);
-
-  // Every space has a layout that points back at it.
-  auto linkLayout = [&](const OdDbObjectId& blockId, const wchar_t* layoutName, int tabOrder) {
-    auto* block = static_cast<OdDbBlockTableRecord*>(blockId.stub()->object);
-    OdDbObjectId layoutId = block->getLayoutId();
-    auto* layout = layoutId.isValid() && !layoutId.isErased() ? dynamic_cast<OdDbLayout*>(layoutId.stub()->object) : nullptr;
-    if (!layout) {
-      // A layout that names this block may exist without the back link.
-      for (const auto& entry : layouts->entries()) {
-        auto* candidate = entry.id.isValid() ? dynamic_cast<OdDbLayout*>(entry.id.stub()->object) : nullptr;
-        if (candidate && candidate->getBlockTableRecordId() == blockId) { layout = candidate; break; }
-      }
-      // Else the layout of the space's own name whose block is gone.
-      OdDbObjectId byName = layouts->getAt(layoutName);
-      auto* named = byName.isValid() ? dynamic_cast<OdDbLayout*>(byName.stub()->object) : nullptr;
-      if (!layout && named) {
-        OdDbObjectId itsBlock = named->getBlockTableRecordId();
-        if (!itsBlock.isValid() || itsBlock.isErased() || !itsBlock.objectClass()->isDerivedFrom(OdDbBlockTableRecord::desc())) {
-          layout = named;
-        }
-      }
-      if (layout && report && layout->getBlockTableRecordId() == blockId) {
-        repair(OdString().format(L"layout link of block %ls restored", block->getName().c_str()));
-      }
-    }
-    if (!layout) {
-      OdSmartPtr<OdDbLayout> created = OdDbLayout::createObject();
-      created->setLayoutName(layouts->getAt(layoutName).isNull() ? OdString(layoutName) : layouts->nextAnonymousName(layoutName));
-      created->setTabOrder(tabOrder);
-      OdDbObjectId id = addMissing(created.get(), layoutsId);
-      layouts->appendEntryInternal(created->getLayoutName(), id);
-      layout = created.get();
-      if (report) repair(OdString().format(L"missing layout of block %ls added", block->getName().c_str()));
-    }
-    OdDbObjectPtr open(layout);
-    layout->setOpenModeInternal(OdDb::kForWrite);
-    if (layout->getBlockTableRecordId() != blockId) {
-      if (report && !layout->getBlockTableRecordId().isNull()) {
-        repair(OdString().format(L"layout %ls pointed at the wrong block; relinked", layout->getLayoutName().c_str()));
-      }
-      layout->setBlockTableRecordId(blockId);
-    }
-    layout->setModifiedInternal(false);
-    block->setOpenModeInternal(OdDb::kForWrite);
-    OdDbObjectPtr openBlock(block);
-    if (block->getLayoutId() != layout->objectId()) block->setLayoutId(layout->objectId());
-    block->setModifiedInternal(false);
-  };
-  linkLayout(m_modelSpace, L"Model", 0);
-  linkLayout(m_paperSpace, L"Layout1", 1);
-
-  // Other layouts need a paper-space block of their own.
-  auto* blocks = static_cast<OdDbSymbolTable*>(m_db->getBlockTableId().stub()->object);
-  for (const auto& entry : std::vector<OdDbDictionary::Entry>(layouts->entries())) {
-    auto* layout = entry.id.isValid() && !entry.id.isErased() ? dynamic_cast<OdDbLayout*>(entry.id.stub()->object) : nullptr;
-    if (!layout) continue;
-    OdDbObjectId blockId = layout->getBlockTableRecordId();
-    auto* block = blockId.isValid() && !blockId.isErased() ? dynamic_cast<OdDbBlockTableRecord*>(blockId.stub()->object) : nullptr;
-    if (block && block->getLayoutId() == entry.id) continue;
-    if (block && !block->getLayoutId().isNull() && block->getLayoutId() != entry.id) block = nullptr;  // the block has its own layout
-    if (!block) {
-      OdString name;
-      for (int n = 0; name.isEmpty() || !blocks->getAt(name).isNull(); ++n) name.format(L"*Paper_Space%d", n);
-      OdSmartPtr<OdDbBlockTableRecord> created = OdDbBlockTableRecord::createObject();
-      created->setName(name);
-      blockId = addMissingRecord(OdDbNameTable::kBlock, created.get());
-      created->createBlockMarkersInternal();
-      block = created.get();
-      repair(OdString().format(L"layout %ls had no block; empty block %ls added", layout->getLayoutName().c_str(), name.c_str()));
-    } else {
-      repair(OdString().format(L"layout link of block %ls restored", block->getName().c_str()));
-    }
-    OdDbObjectPtr openLayout = entry.id.openObject(OdDb::kForWrite);
-    layout->setBlockTableRecordId(blockId);
-    layout->setModifiedInternal(false);
-    OdDbObjectPtr openBlock = blockId.openObject(OdDb::kForWrite);
-    block->setLayoutId(entry.id);
-    block->setModifiedInternal(false);
-  }
-}
-
-// A block that reaches itself through its references cannot be drawn in
-// full; it is kept as read (walks into blocks stop where they come back).
-void DxfReader::reportBlockCycles() {
-  for (const std::vector<OdString>& cycle : odDbBlockCycles(m_db.get())) {
-    OdString chain;
-    for (const OdString& name : cycle) chain += (chain.isEmpty() ? L"" : L" -> ") + name;
-    repair(OdString().format(L"block '%ls' contains a reference to itself (%ls); its references show it once",
-                             cycle.front().c_str(), chain.c_str()));
-  }
-}
-
 void DxfReader::finish() {
-  ensureTables();
-  ensureSpaces();
-  ensureStandardRecords();
-  resolveDeferredNames();
-  // Blocks known from their record alone get their BLOCK and ENDBLK.
-  auto* blocks = static_cast<OdDbSymbolTable*>(m_db->getBlockTableId().stub()->object);
-  for (const OdDbObjectId& id : blocks->recordIds()) {
-    auto* block = static_cast<OdDbBlockTableRecord*>(id.stub()->object);
-    if (!block || !block->blockBeginId().isNull()) continue;
-    OdDbObjectPtr open = id.openObject(OdDb::kForWrite);
-    block->createBlockMarkersInternal();
-    block->setModifiedInternal(false);
-    if (m_hasHeader && m_report.version >= OdDb::vAC12 && !block->isModelSpace() && !block->isPaperSpace()) {
-      repair(OdString().format(L"block %ls had a record but no definition; an empty definition added", block->getName().c_str()));
-    }
-  }
-  ensureRootDictionaries();
-  reportBlockCycles();
-
-  // Final handles for every object in the placeholder range (those the file
-  // gave none, an empty, a repeated or an impossible one, and those added
-  // here, also by the objects themselves), in the order they were made, above
-  // every handle of the file. The file's own unique handles stay as they are.
-  OdUInt64 next = 1;
-  std::vector<OdDbObjectId> placeholders;
-  m_db->forEachObjectId([&](const OdDbObjectId& id) {
-    if (id.handle().value() < kOdDxfPlaceholderHandles) next = std::max(next, id.handle().value() + 1);
-    else placeholders.push_back(id);
-  });
-  std::sort(placeholders.begin(), placeholders.end(),
-            [](const OdDbObjectId& a, const OdDbObjectId& b) { return a.handle().value() < b.handle().value(); });
-  std::vector<std::pair<OdDbObjectId, OdUInt64>> changes;
-  for (const OdDbObjectId& id : placeholders) {
-    while (m_db->stubFor(next)) ++next;  // a handle referred to but never defined stays unused
-    changes.emplace_back(id, next++);
-  }
-  m_db->rehandleInternal(changes);
-
+  m_audit.run(m_ctx.deferred);
   // The header: version and handle seed as the file will have them; a seed
   // the file gives above the next free handle is kept, one in the placeholder
   // range is not.
   OdDb::DwgVersion version = m_report.version;
   m_db->setOriginalFileVersion(version);
-  if (!m_hasHeader) odDbSetDefaultHeader(m_db.get());
+  if (!m_state.hasHeader) odDbSetDefaultHeader(m_db.get());
   const OdUInt64 fileSeed = static_cast<OdUInt64>(m_db->headerInt(L"$HANDSEED", 0));
   if (fileSeed < kOdDxfPlaceholderHandles) m_db->setHandseed(OdDbHandle(fileSeed));
   m_db->blockUndoRecording(false);
 }
+
 }  // namespace
 
 OdDbDatabasePtr odDxfReadBuffer(std::string_view data, OdDxfReadReport* report) {
   OdDxfReadReport local;
   DxfReader reader(data, report ? *report : local);
+  return reader.read();
+}
+
+OdDbDatabasePtr odDxfReadTags(const OdDxfTagStream& tags, OdDxfReadReport* report) {
+  OdDxfReadReport local;
+  DxfReader reader(tags, report ? *report : local);
   return reader.read();
 }
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include "dxf/DxfNumberFormat.h"
+#include "base/DxfNumberFormat.h"
 
 namespace {
 

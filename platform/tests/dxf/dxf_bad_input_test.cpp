@@ -18,6 +18,7 @@
 #include "DbCurves.h"
 #include "DbDatabase.h"
 #include "DbPolyline.h"
+#include "DbSymbolTable.h"
 #include "DxfFile.h"
 #include "Ge/GeCircArc3d.h"
 #include "Ge/GeEllipArc3d.h"
@@ -361,4 +362,47 @@ TEST(BadInput, WhatStandsOutsideASectionIsReadAndReported) {
       EXPECT_GE(error.description().find(L"empty"), 0) << error.what();
     }
   }
+}
+
+// Text styles that stand for shape files have no name, and a file may hold
+// several: each is kept with its own handle, and so written that an
+// independent reader finds it.
+TEST(BadInput, NamelessShapeFileStylesKeepTheirHandles) {
+  const std::string text = groups(
+      "0 SECTION\n2 HEADER\n9 $ACADVER\n1 AC1014\n9 $HANDSEED\n5 40\n0 ENDSEC\n"
+      "0 SECTION\n2 TABLES\n0 TABLE\n2 STYLE\n5 3\n100 AcDbSymbolTable\n70 3\n"
+      "0 STYLE\n5 11\n100 AcDbSymbolTableRecord\n100 AcDbTextStyleTableRecord\n2 Standard\n70 0\n3 txt\n"
+      "0 STYLE\n5 2A\n100 AcDbSymbolTableRecord\n100 AcDbTextStyleTableRecord\n2 \n70 1\n3 ltypeshp.shx\n"
+      "0 STYLE\n5 2B\n100 AcDbSymbolTableRecord\n100 AcDbTextStyleTableRecord\n2 \n70 1\n3 other.shx\n"
+      "0 STYLE\n5 2C\n100 AcDbSymbolTableRecord\n100 AcDbTextStyleTableRecord\n2 \n70 0\n3 lost.shx\n"
+      "0 ENDTAB\n0 ENDSEC\n0 EOF\n");
+  OdDxfReadReport report;
+  OdDbDatabasePtr db = odDxfReadBuffer(text, &report);
+  // Only the style that has neither a name nor the shape-file flag is dropped.
+  ASSERT_EQ(repairsWith(report, L"without a name").size(), 1u);
+  EXPECT_NE(repairsWith(report, L"without a name")[0].find(L"STYLE"), -1);
+  for (const auto& [handle, font] : {std::pair{0x2Au, L"ltypeshp.shx"}, std::pair{0x2Bu, L"other.shx"}}) {
+    OdDbObjectId id = db->getOdDbObjectId(OdDbHandle(handle));
+    ASSERT_FALSE(id.isNull()) << handle;
+    OdSmartPtr<OdDbTextStyleTableRecord> style = OdDbTextStyleTableRecord::cast(id.safeOpenObject());
+    ASSERT_FALSE(style.isNull());
+    EXPECT_TRUE(style->isShapeFile());
+    EXPECT_EQ(style->getName(), OdString());
+    EXPECT_EQ(style->fileName(), OdString(font));
+  }
+  EXPECT_TRUE(db->getOdDbObjectId(OdDbHandle(0x2Cu)).isNull() || db->getOdDbObjectId(OdDbHandle(0x2Cu)).isErased());
+
+  const auto path = std::filesystem::temp_directory_path() / ("kestrix-shapes-" + std::to_string(getpid()) + ".dxf");
+  odDxfWriteFile(db.get(), OdString(path.string().c_str()));
+  const std::string command =
+      "/usr/bin/python3 -c \"import ezdxf, sys; d = ezdxf.readfile(sys.argv[1]); "
+      "print(sorted((e.dxf.handle, e.dxf.font) for e in d.entitydb.values() "
+      "if e.dxftype() == 'STYLE' and e.dxf.name == ''))\" '" + path.string() + "'";
+  FILE* pipe = popen(command.c_str(), "r");
+  ASSERT_NE(pipe, nullptr);
+  char buffer[512] = {};
+  const size_t size = fread(buffer, 1, sizeof buffer - 1, pipe);
+  pclose(pipe);
+  std::filesystem::remove(path);
+  EXPECT_EQ(std::string(buffer, size), "[('2A', 'ltypeshp.shx'), ('2B', 'other.shx')]\n");
 }

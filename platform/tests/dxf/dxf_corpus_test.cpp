@@ -5,12 +5,14 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <map>
 
 #include "DbDatabase.h"
 #include "DbProxy.h"
 #include "DxfFile.h"
 #include "corpus_files.h"
+#include "dxf/DxfTagReader.h"
 
 namespace {
 
@@ -69,6 +71,17 @@ bool isBinaryDxf(const std::string& path) {
 }
 
 class CorpusFile : public testing::TestWithParam<std::string> {};
+class CorpusHandles : public testing::TestWithParam<std::string> {};
+
+// The DXF twins of the DWG drawings, as "dwg/NAME.dxf".
+std::vector<std::string> twinFiles() {
+  std::vector<std::string> files;
+  for (const auto& entry : std::filesystem::directory_iterator(std::string(KESTRIX_CORPUS_DIR) + "/dwg")) {
+    if (entry.path().extension() == ".dxf") files.push_back("dwg/" + entry.path().filename().string());
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
 
 }  // namespace
 
@@ -127,4 +140,62 @@ TEST_P(CorpusFile, IndependentReaderSeesTheSameEntities) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Corpus, CorpusFile, testing::ValuesIn(corpusFiles()),
+                         [](const testing::TestParamInfo<std::string>& info) { return testNameOf(info.param); });
+
+// From R13 on every object of a file has a handle: each one that is unique in
+// the file stays the handle of that object, and no object is said to have
+// another one's handle unless the file repeats it.
+TEST_P(CorpusHandles, EveryUniqueHandleOfTheFileIsKept) {
+  const std::string path = corpusPath(GetParam());
+  std::ifstream in(path, std::ios::binary);
+  const std::string data((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  OdDxfReadReport report;
+  OdDbDatabasePtr db;
+  try {
+    db = odDxfReadBuffer(data, &report);
+  } catch (const OdError& error) {
+    GTEST_SKIP() << "refused: " << error.what();
+  }
+  if (report.versionName.left(3) != L"AC1" || report.version < OdDb::vAC12) GTEST_SKIP() << "handles are optional before R13";
+  // The handle of each object: its first 5 group (105 in a DIMSTYLE record).
+  std::map<OdUInt64, std::pair<std::wstring, int>> handles;  // handle -> DXF name, times seen
+  OdDxfTagReader reader(data);
+  OdDxfTag tag;
+  std::wstring name;
+  bool seen = true;
+  while (reader.next(tag)) {
+    if (tag.code == 0) {
+      name = tag.s.str();
+      seen = name == L"SECTION" || name == L"ENDSEC" || name == L"ENDTAB" || name == L"CLASS" || name == L"EOF";
+      continue;
+    }
+    const bool handleCode = name == L"DIMSTYLE" ? tag.code == 105 : tag.code == 5;
+    if (seen || !handleCode || tag.type != OdDxf::ValueType::kHandle) continue;
+    seen = true;
+    auto& entry = handles[static_cast<OdUInt64>(tag.i)];
+    entry.first = name;
+    ++entry.second;
+  }
+  ASSERT_FALSE(handles.empty());
+  bool repeated = false;
+  std::vector<std::string> lost;
+  for (const auto& [handle, entry] : handles) {
+    if (entry.second > 1) {
+      repeated = true;
+      continue;
+    }
+    OdDbObjectId id = db->getOdDbObjectId(OdDbHandle(handle));
+    if (id.isNull() || id.isErased() || !id.stub()->object) {
+      lost.push_back(OdDbHandle(handle).ascii().toUtf8() + " " + OdString(entry.first.c_str()).toUtf8());
+    }
+  }
+  EXPECT_TRUE(lost.empty()) << lost.size() << " handles lost, first: " << lost.front();
+  if (!repeated) {
+    for (const OdString& repair : report.repairs) EXPECT_EQ(repair.find(L"of another object"), -1) << repair.toUtf8();
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Corpus, CorpusHandles, testing::ValuesIn(corpusFiles()),
+                         [](const testing::TestParamInfo<std::string>& info) { return testNameOf(info.param); });
+INSTANTIATE_TEST_SUITE_P(Twins, CorpusHandles, testing::ValuesIn(twinFiles()),
                          [](const testing::TestParamInfo<std::string>& info) { return testNameOf(info.param); });

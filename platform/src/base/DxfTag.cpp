@@ -5,7 +5,7 @@
 #include <bit>
 
 #include "OdCodePage.h"
-#include "dxf/DxfNumberFormat.h"
+#include "base/DxfNumberFormat.h"
 
 namespace OdDxf {
 namespace {
