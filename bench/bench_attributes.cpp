@@ -124,9 +124,7 @@ std::string lastLineWith(const OdString& transcript, const char* text) {
 
 int main(int argc, char** argv) {
   const int count = argc > 1 ? std::atoi(argv[1]) : 100000;
-  const std::string folder =
-      std::filesystem::temp_directory_path() / ("bench-attributes-" + std::to_string(getpid()));
-  std::filesystem::create_directories(folder);
+  const std::string folder = benchScratchFolder("attributes");
   const std::string exported = folder + "/exported.txt", edited = folder + "/edited.txt";
 
   BenchTimer step;

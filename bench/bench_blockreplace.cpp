@@ -57,8 +57,7 @@ OdDbDatabasePtr buildDrawing(int count) {
 int main(int argc, char** argv) {
   std::vector<int> sizes = {1000, 10000, 100000};
   if (argc > 1) sizes = {std::atoi(argv[1])};
-  const std::string folder = std::filesystem::temp_directory_path() / ("bench-blockreplace-" + std::to_string(getpid()));
-  std::filesystem::create_directories(folder);
+  const std::string folder = benchScratchFolder("blockreplace");
   ryhost::Host& host = ryhost::Host::instance();
   ryhost::ListInput input;
   ryhost::StringTranscript transcript;

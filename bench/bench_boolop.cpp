@@ -66,8 +66,7 @@ int main(int argc, char** argv) {
   std::vector<int> sizes;
   for (int i = 1; i < argc; ++i) sizes.push_back(std::atoi(argv[i]));
   if (sizes.empty()) sizes = {250, 500, 1000, 2000};
-  const std::string folder = std::filesystem::temp_directory_path() / ("bench-boolop-" + std::to_string(getpid()));
-  std::filesystem::create_directories(folder);
+  const std::string folder = benchScratchFolder("boolop");
 
   for (int count : sizes) {
     OdDbDatabasePtr db = buildDrawing(count);

@@ -75,9 +75,7 @@ void series(const std::string& folder, const char* what, int from, int to, std::
 int main(int argc, char** argv) {
   const int bcountTo = argc > 1 ? std::atoi(argv[1]) : 128000;
   const int burstTo = argc > 2 ? std::atoi(argv[2]) : 8000;
-  const std::string folder =
-      std::filesystem::temp_directory_path() / ("bench-burst-" + std::to_string(getpid()));
-  std::filesystem::create_directories(folder);
+  const std::string folder = benchScratchFolder("burst");
   series(folder, "bcount", 8000, bcountTo, {"bcount", ""});
   series(folder, "BURST", 500, burstTo, {"BURST", "ALL", ""});
   std::printf("%-28s %7.1f MB\n", "peak resident", benchPeakResident() / 1e6);

@@ -8,6 +8,7 @@
 #include "DbCurves.h"
 #include "DbDatabase.h"
 #include "DbText.h"
+#include "bench_entities.h"
 #include "bench_util.h"
 
 int main(int argc, char** argv) {
@@ -37,21 +38,12 @@ int main(int argc, char** argv) {
     const double x = (i % 1000) * 10.0, y = (i / 1000) * 10.0;
     switch (i % 4) {
       case 0:
-      case 1: {
-        OdDbLinePtr line = OdDbLine::createObject();
-        line->setStartPoint({x, y, 0});
-        line->setEndPoint({x + 5, y + 5, 0});
-        space->appendOdDbEntity(line.get());
+      case 1:
+        space->appendOdDbEntity(benchLine({x, y, 0}, {x + 5, y + 5, 0}).get());
         break;
-      }
-      case 2: {
-        OdDbTextPtr text = OdDbText::createObject();
-        text->setPosition({x, y, 0});
-        text->setHeight(2.5);
-        text->setTextString(L"ROOM 12");
-        space->appendOdDbEntity(text.get());
+      case 2:
+        space->appendOdDbEntity(benchText({x, y, 0}, 2.5, L"ROOM 12").get());
         break;
-      }
       default: {
         OdDbMTextPtr text = OdDbMText::createObject();
         text->setLocation({x, y, 0});

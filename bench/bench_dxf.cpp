@@ -19,6 +19,7 @@
 #include "DbSymbolTable.h"
 #include "DbText.h"
 #include "DxfFile.h"
+#include "bench_entities.h"
 #include "bench_util.h"
 
 namespace {
@@ -44,22 +45,12 @@ void build(OdDbDatabase* db, int count) {
   for (int i = 0; i < count; ++i) {
     const double x = (i % 1000) * 10.0 + 0.123456789, y = (i / 1000) * 10.0 + 0.987654321;
     switch (i % 5) {
-      case 0: {
-        OdDbLinePtr line = OdDbLine::createObject();
-        line->setStartPoint({x, y, 0});
-        line->setEndPoint({x + 5.5, y + 3.25, 0});
-        space->appendOdDbEntity(line.get());
+      case 0:
+        space->appendOdDbEntity(benchLine({x, y, 0}, {x + 5.5, y + 3.25, 0}).get());
         break;
-      }
-      case 1: {
-        OdDbArcPtr arc = OdDbArc::createObject();
-        arc->setCenter({x, y, 0});
-        arc->setRadius(2.75);
-        arc->setStartAngle(0.5);
-        arc->setEndAngle(2.5);
-        space->appendOdDbEntity(arc.get());
+      case 1:
+        space->appendOdDbEntity(benchArc({x, y, 0}, 2.75, 0.5, 2.5).get());
         break;
-      }
       case 2: {
         OdDbPolylinePtr polyline = OdDbPolyline::createObject();
         polyline->addVertexAt(0, OdGePoint2d(x, y));

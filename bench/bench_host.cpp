@@ -14,6 +14,7 @@
 #include "DbDatabase.h"
 #include "DbSymbolTable.h"
 #include "DbText.h"
+#include "bench_entities.h"
 #include "bench_util.h"
 #include "core/Host.h"
 #include "core/SpatialIndex.h"
@@ -30,42 +31,22 @@ constexpr double kCell = 10.0;
 OdDbDatabasePtr buildDrawing(int count) {
   OdDbDatabasePtr db = OdDbDatabase::createNew();
   OdDbObjectId layers[kLayers];
-  {
-    OdDbObjectPtr table = db->getLayerTableId().openObject(OdDb::kForWrite);
-    for (int i = 0; i < kLayers; ++i) {
-      OdSmartPtr<OdDbLayerTableRecord> layer = OdDbLayerTableRecord::createObject();
-      layer->setName(OdString().format(L"LAYER%d", i));
-      layers[i] = static_cast<OdDbSymbolTable*>(table.get())->add(layer.get());
-    }
-  }
+  for (int i = 0; i < kLayers; ++i) layers[i] = benchAddLayer(db.get(), OdString().format(L"LAYER%d", i));
   OdSmartPtr<OdDbBlockTableRecord> space =
       OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
   for (int i = 0; i < count; ++i) {
     const double x = (i % kGrid) * kCell, y = (i / kGrid) * kCell;
     OdDbEntityPtr entity;
     switch (i % 3) {
-      case 0: {
-        OdDbLinePtr line = OdDbLine::createObject();
-        line->setStartPoint({x, y, 0});
-        line->setEndPoint({x + 5, y + 5, 0});
-        entity = line;
+      case 0:
+        entity = benchLine({x, y, 0}, {x + 5, y + 5, 0});
         break;
-      }
-      case 1: {
-        OdSmartPtr<OdDbCircle> circle = OdDbCircle::createObject();
-        circle->setCenter({x + 4, y + 4, 0});
-        circle->setRadius(3);
-        entity = circle;
+      case 1:
+        entity = benchCircle({x + 4, y + 4, 0}, 3);
         break;
-      }
-      default: {
-        OdSmartPtr<OdDbText> text = OdDbText::createObject();
-        text->setPosition({x, y, 0});
-        text->setHeight(1.5);
-        text->setTextString(L"R12");
-        entity = text;
+      default:
+        entity = benchText({x, y, 0}, 1.5, L"R12");
         break;
-      }
     }
     space->appendOdDbEntity(entity.get());
     entity->setLayer(layers[(i / 3) % kLayers]);
@@ -102,6 +83,14 @@ long selectionLength(int result, ads_name ss) {
   return length;
 }
 
+// How many entities ssget "X" finds through the filter, which it releases.
+long countAll(resbuf* filter) {
+  ads_name ss;
+  const long found = selectionLength(ryedSSGet(L"X", nullptr, nullptr, filter, ss), ss);
+  ryutRelRb(filter);
+  return found;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -113,28 +102,13 @@ int main(int argc, char** argv) {
   ryhost::Host& host = ryhost::Host::instance();
   ryhost::Document* doc = host.addDocument(db, OdString());
 
-  measure("ssget X (0 . LINE) (8 . LAYER3)", 0.3, [] {
-    resbuf* filter = ryutBuildList(RTDXF0, L"LINE", 8, L"LAYER3", RTNONE);
-    ads_name ss;
-    const long found = selectionLength(ryedSSGet(L"X", nullptr, nullptr, filter, ss), ss);
-    ryutRelRb(filter);
-    return found;
-  });
-  measure("ssget X (0 . CIRCLE,TEXT) (8 . LAYER[2-4])", 0.3, [] {
-    resbuf* filter = ryutBuildList(RTDXF0, L"CIRCLE,TEXT", 8, L"LAYER[2-4]", RTNONE);
-    ads_name ss;
-    const long found = selectionLength(ryedSSGet(L"X", nullptr, nullptr, filter, ss), ss);
-    ryutRelRb(filter);
-    return found;
-  });
+  measure("ssget X (0 . LINE) (8 . LAYER3)", 0.3,
+          [] { return countAll(ryutBuildList(RTDXF0, L"LINE", 8, L"LAYER3", RTNONE)); });
+  measure("ssget X (0 . CIRCLE,TEXT) (8 . LAYER[2-4])", 0.3,
+          [] { return countAll(ryutBuildList(RTDXF0, L"CIRCLE,TEXT", 8, L"LAYER[2-4]", RTNONE)); });
   // A radius test needs each circle's groups.
-  measure("ssget X (0 . CIRCLE) (-4 . >=) (40 . 3.0)", 0, [] {
-    resbuf* filter = ryutBuildList(RTDXF0, L"CIRCLE", -4, L">=", 40, 3.0, RTNONE);
-    ads_name ss;
-    const long found = selectionLength(ryedSSGet(L"X", nullptr, nullptr, filter, ss), ss);
-    ryutRelRb(filter);
-    return found;
-  });
+  measure("ssget X (0 . CIRCLE) (-4 . >=) (40 . 3.0)", 0,
+          [] { return countAll(ryutBuildList(RTDXF0, L"CIRCLE", -4, L">=", 40, 3.0, RTNONE)); });
 
   step.restart();
   doc->spatialIndex().rebuild();

@@ -44,8 +44,7 @@ OdDbDatabasePtr buildDrawing(int count) {
 
 int main(int argc, char** argv) {
   const int to = argc > 1 ? std::atoi(argv[1]) : 64000;
-  const std::string folder = std::filesystem::temp_directory_path() / ("bench-layers-" + std::to_string(getpid()));
-  std::filesystem::create_directories(folder);
+  const std::string folder = benchScratchFolder("layers");
   const struct {
     const char* name;
     std::initializer_list<const char*> replies;

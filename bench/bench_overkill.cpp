@@ -14,9 +14,7 @@
 #include "DbCurves.h"
 #include "DbDatabase.h"
 #include "DbPolyline.h"
-#include "bench_util.h"
-#include "core/Host.h"
-#include "core/Modules.h"
+#include "bench_module_command.h"
 
 namespace {
 
@@ -93,26 +91,15 @@ std::string lastLineWith(const std::string& all, const char* text) {
 int main(int argc, char** argv) {
   std::vector<int> sizes = {10000, 100000, 1000000};
   if (argc > 1) sizes = {std::atoi(argv[1])};
-  const std::string folder = std::filesystem::temp_directory_path() / ("bench-overkill-" + std::to_string(getpid()));
-  std::filesystem::create_directories(folder);
+  const std::string folder = benchScratchFolder("overkill");
   ryhost::Host& host = ryhost::Host::instance();
   double firstPerObject = 0, lastPerObject = 0, lastSeconds = 0, lastProcessor = 0;
   for (int count : sizes) {
-    host.reset();
     ryhost::ListInput input;
     ryhost::StringTranscript transcript;
-    host.setDataFolder(OdString(folder));
-    host.setProgramFolder(OdString(std::string(KESTRIX_BIN_DIR) + "/"));
-    host.setInput(&input);
-    host.setTranscript(&transcript);
     BenchTimer step;
-    host.addDocument(buildDrawing(count), OdString());
+    startModuleSession(buildDrawing(count), folder, input, transcript);
     const double built = step.seconds();
-    OdString reason;
-    if (!host.modules().load(OdString(std::string(KESTRIX_BIN_DIR) + "/kestrix.yrx"), &reason)) {
-      std::fprintf(stderr, "the module did not load: %s\n", reason.toUtf8().c_str());
-      return 1;
-    }
     for (const char* reply : {"Overkill", "ALL", "", "OK"}) input.add(OdString(reply));
     step.restart();
     const std::clock_t cpu = std::clock();

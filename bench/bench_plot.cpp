@@ -11,6 +11,7 @@
 #include "DbDatabase.h"
 #include "DbPolyline.h"
 #include "DbSymbolTable.h"
+#include "bench_entities.h"
 #include "bench_util.h"
 #include "plot/Plotter.h"
 
@@ -21,14 +22,8 @@ constexpr int kLayers = 8;
 OdDbDatabasePtr buildDrawing(int count) {
   OdDbDatabasePtr db = OdDbDatabase::createNew();
   OdDbObjectId layers[kLayers];
-  {
-    OdDbObjectPtr table = db->getLayerTableId().openObject(OdDb::kForWrite);
-    for (int i = 0; i < kLayers; ++i) {
-      OdSmartPtr<OdDbLayerTableRecord> layer = OdDbLayerTableRecord::createObject();
-      layer->setName(OdString().format(L"L%d", i));
-      layer->setColorIndex(static_cast<OdInt16>(1 + i));
-      layers[i] = static_cast<OdDbSymbolTable*>(table.get())->add(layer.get());
-    }
+  for (int i = 0; i < kLayers; ++i) {
+    layers[i] = benchAddLayer(db.get(), OdString().format(L"L%d", i), static_cast<OdInt16>(1 + i));
   }
   OdDbObjectId dashed;
   {
@@ -48,29 +43,15 @@ OdDbDatabasePtr buildDrawing(int count) {
     const double x = (i % columns) * 10.0, y = (i / columns) * 10.0 * 600.0 / (count / columns + 1);
     OdDbEntityPtr entity;
     switch (i % 4) {
-      case 0: {
-        OdDbLinePtr line = OdDbLine::createObject();
-        line->setStartPoint({x, y, 0});
-        line->setEndPoint({x + 8, y + 3, 0});
-        entity = line;
+      case 0:
+        entity = benchLine({x, y, 0}, {x + 8, y + 3, 0});
         break;
-      }
-      case 1: {
-        OdSmartPtr<OdDbCircle> circle = OdDbCircle::createObject();
-        circle->setCenter({x + 4, y + 4, 0});
-        circle->setRadius(3);
-        entity = circle;
+      case 1:
+        entity = benchCircle({x + 4, y + 4, 0}, 3);
         break;
-      }
-      case 2: {
-        OdSmartPtr<OdDbArc> arc = OdDbArc::createObject();
-        arc->setCenter({x + 4, y + 4, 0});
-        arc->setRadius(4);
-        arc->setStartAngle(0.3);
-        arc->setEndAngle(2.5);
-        entity = arc;
+      case 2:
+        entity = benchArc({x + 4, y + 4, 0}, 4, 0.3, 2.5);
         break;
-      }
       default: {
         OdSmartPtr<OdDbPolyline> pline = OdDbPolyline::createObject();
         pline->addVertexAt(0, OdGePoint2d(x, y));

@@ -36,8 +36,7 @@ OdDbDatabasePtr buildDrawing(int count) {
 
 int main(int argc, char** argv) {
   const int base = argc > 1 ? std::atoi(argv[1]) : 10000;
-  const std::string folder = std::filesystem::temp_directory_path() / ("bench-text-adjust-" + std::to_string(getpid()));
-  std::filesystem::create_directories(folder);
+  const std::string folder = benchScratchFolder("text-adjust");
   ryhost::Host& host = ryhost::Host::instance();
   ryhost::ListInput input;
   ryhost::StringTranscript transcript;

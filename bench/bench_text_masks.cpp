@@ -13,9 +13,7 @@
 #include "DbDatabase.h"
 #include "DbText.h"
 #include "RyWindows.h"
-#include "bench_util.h"
-#include "core/Host.h"
-#include "core/Modules.h"
+#include "bench_module_command.h"
 
 namespace {
 
@@ -38,25 +36,13 @@ OdDbDatabasePtr buildDrawing(int count) {
 
 int main(int argc, char** argv) {
   const int largest = argc > 1 ? std::atoi(argv[1]) : 32000;
-  const std::string folder = std::filesystem::temp_directory_path() / ("bench-text-" + std::to_string(getpid()));
-  std::filesystem::create_directories(folder);
-  ryhost::Host& host = ryhost::Host::instance();
+  const std::string folder = benchScratchFolder("text");
   ryhost::ListInput input;
   ryhost::StringTranscript transcript;
-  host.setDataFolder(OdString(folder));
-  host.setProgramFolder(OdString(std::string(KESTRIX_BIN_DIR) + "/"));
-  host.setInput(&input);
-  host.setTranscript(&transcript);
-  OdString reason;
-  if (!host.modules().load(OdString(std::string(KESTRIX_BIN_DIR) + "/kestrix.yrx"), &reason)) {
-    std::fprintf(stderr, "the module did not load: %s\n", reason.toUtf8().c_str());
-    return 1;
-  }
-  WritePrivateProfileStringW(L"RYADEXCMD", L"TXT2MTXT_MERGEMTEXT", L"TRUE", L"RYAD.INI");
   auto run = [&](std::initializer_list<const char*> replies) {
     for (const char* reply : replies) input.add(OdString(reply));
     BenchTimer timer;
-    host.runCommandLine();
+    ryhost::Host::instance().runCommandLine();
     return timer.seconds();
   };
 
@@ -64,7 +50,8 @@ int main(int argc, char** argv) {
               "txt2mtxt s", "ratio");
   double previous[3] = {0, 0, 0};
   for (int count = 1000; count <= largest; count *= 2) {
-    host.addDocument(buildDrawing(count), OdString());
+    startModuleSession(buildDrawing(count), folder, input, transcript);
+    WritePrivateProfileStringW(L"RYADEXCMD", L"TXT2MTXT_MERGEMTEXT", L"TRUE", L"RYAD.INI");
     const double times[3] = {run({"textmask", "ALL", ""}), run({"textunmask", "ALL", ""}),
                              run({"txt2mtxt", "ALL", ""})};
     std::printf("%8d", count);
@@ -74,9 +61,8 @@ int main(int argc, char** argv) {
     }
     std::printf("\n");
     std::fflush(stdout);
-    host.closeDocument(host.current());
   }
-  host.reset();
+  ryhost::Host::instance().reset();
   std::filesystem::remove_all(folder);
   return 0;
 }

@@ -1,13 +1,15 @@
-// Small helpers shared by the benchmark programs: wall-clock timing and
-// memory figures from the kernel. Programs print processor time beside wall
+// Small helpers shared by the benchmark programs: wall-clock timing,
+// memory figures from the kernel and a scratch folder. Programs print processor time beside wall
 // time where other work on the machine may slow them.
 #pragma once
 
 #include <malloc.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -41,4 +43,13 @@ inline size_t benchResidentNow() {
   size_t pages = 0, resident = 0;
   statm >> pages >> resident;
   return resident * 4096;
+}
+
+// A new folder of the program's own in the temporary folder,
+// bench-NAME-PID, for the settings and files a benchmark writes.
+inline std::string benchScratchFolder(const std::string& name) {
+  const std::filesystem::path folder =
+      std::filesystem::temp_directory_path() / ("bench-" + name + "-" + std::to_string(getpid()));
+  std::filesystem::create_directories(folder);
+  return folder.string();
 }

@@ -15,6 +15,7 @@
 #include "DxfTag.h"
 #include "frame/Guards.h"
 #include "frame/ResourceString.h"
+#include "frame/Selection.h"
 #include "frame/commands.h"
 #include "layers/LayerSupport.h"
 #include "rydb.h"
@@ -36,13 +37,8 @@ struct LayerLists {
 };
 
 void collectChosen(const ads_name ss, LayerLists& lists) {
-  OdInt32 length = 0;
-  ryedSSLength(ss, &length);
   std::unordered_set<OdDbObjectId> seen;
-  for (OdInt32 i = 0; i < length; ++i) {
-    ads_name entity;
-    OdDbObjectId id;
-    if (ryedSSName(ss, i, entity) != RTNORM || rydbGetObjectId(id, entity) != RTNORM) continue;
+  for (const OdDbObjectId& id : kestrix::selectionIds(ss)) {
     OdDbObjectPtr object = id.openObject();
     auto* placed = dynamic_cast<const OdDbEntity*>(object.get());
     if (placed && seen.insert(placed->layerId()).second) lists.chosen.push_back(placed->layerId());
@@ -69,17 +65,25 @@ void saveStateOnce(OdDbLayerTableRecord* layer) {
                    OdDxfTag::integer(1070, layer->isLocked() ? 1 : 0)});
 }
 
+// The layer record open for write (held by `holder`), or null once the
+// failure to open it is reported.
+OdDbLayerTableRecord* openLayerForWrite(const OdDbObjectId& id, OdDbObjectPtr& holder) {
+  const OdResult status = id.openObject(holder, OdDb::kForWrite);
+  auto* layer = dynamic_cast<OdDbLayerTableRecord*>(holder.get());
+  if (status != eOk || !layer) {
+    ryutPrintf(ResourceString(625, L"\n"), static_cast<int>(status));
+    return nullptr;
+  }
+  return layer;
+}
+
 // Saves each layer's state where it has none yet and applies the mode.
 void setLayerStates(std::vector<OdDbObjectId> layers, LayerMode mode) {
   if (mode == kFreeze) std::erase(layers, currentLayer());
   for (const OdDbObjectId& id : layers) {
     OdDbObjectPtr object;
-    const OdResult status = id.openObject(object, OdDb::kForWrite);
-    auto* layer = dynamic_cast<OdDbLayerTableRecord*>(object.get());
-    if (status != eOk || !layer) {
-      ryutPrintf(ResourceString(625, L"\n"), static_cast<int>(status));
-      continue;
-    }
+    OdDbLayerTableRecord* layer = openLayerForWrite(id, object);
+    if (!layer) continue;
     saveStateOnce(layer);
     switch (mode) {
       case kTurnOff: layer->setIsOff(true); break;
@@ -105,12 +109,8 @@ void restoreLayerStates() {
       if (reader->xData(kLayerManage).empty()) continue;
     }
     OdDbObjectPtr object;
-    const OdResult status = id.openObject(object, OdDb::kForWrite);
-    auto* layer = dynamic_cast<OdDbLayerTableRecord*>(object.get());
-    if (status != eOk || !layer) {
-      ryutPrintf(ResourceString(625, L"\n"), static_cast<int>(status));
-      continue;
-    }
+    OdDbLayerTableRecord* layer = openLayerForWrite(id, object);
+    if (!layer) continue;
     std::vector<OdInt64> saved;
     for (const OdDxfTag& tag : layer->xData(kLayerManage)) {
       if (tag.code == 1070) saved.push_back(tag.i);

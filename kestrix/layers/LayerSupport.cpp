@@ -1,21 +1,15 @@
 #include "layers/LayerSupport.h"
 
+#include "frame/Selection.h"
 #include "ryed.h"
 #include "rydb.h"
 
 namespace kestrix::layers {
 
 std::vector<OdDbObjectId> selectEntities(const wchar_t* mode) {
-  std::vector<OdDbObjectId> ids;
   ads_name ss = {0, 0};
-  if (ryedSSGet(mode, nullptr, nullptr, nullptr, ss) != RTNORM) return ids;
-  OdInt32 length = 0;
-  ryedSSLength(ss, &length);
-  for (OdInt32 i = 0; i < length; ++i) {
-    ads_name entity;
-    OdDbObjectId id;
-    if (ryedSSName(ss, i, entity) == RTNORM && rydbGetObjectId(id, entity) == RTNORM) ids.push_back(id);
-  }
+  if (ryedSSGet(mode, nullptr, nullptr, nullptr, ss) != RTNORM) return {};
+  std::vector<OdDbObjectId> ids = selectionIds(ss);
   ryedSSFree(ss);
   return ids;
 }

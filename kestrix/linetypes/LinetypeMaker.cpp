@@ -19,6 +19,7 @@
 #include "DbPolyline.h"
 #include "DbText.h"
 #include "RyDialogs.h"
+#include "frame/Coordinates.h"
 #include "frame/Guards.h"
 #include "frame/ModuleWide.h"
 #include "frame/Names.h"
@@ -361,16 +362,6 @@ resbuf* selectionFilter() {
                        RTDXF0, L"TEXT", -4, L"OR>", RTNONE);
 }
 
-OdGePoint3d toWorld(const ads_point ucs) {
-  resbuf from{}, to{};
-  from.restype = to.restype = RTSHORT;
-  from.resval.rint = 1;
-  to.resval.rint = 0;
-  ads_point world;
-  ryedTrans(ucs, &from, &to, 0, world);
-  return OdGePoint3d(world[0], world[1], world[2]);
-}
-
 // Loads the definition with the host's linetype command; a linetype already
 // in the drawing is reloaded (the command asks for that).
 bool loadLinetype(const OdString& name, const OdString& path, bool existed) {
@@ -425,8 +416,8 @@ void mkltypeCommand() {
     ryutPrintf(L"%ls", L"\n*无效*点之间的距离必须非零!");
   }
   DefinitionLine line;
-  line.start = toWorld(start);
-  const OdGePoint3d endWorld = toWorld(end);
+  line.start = kestrix::ucsToWorld(start);
+  const OdGePoint3d endWorld = kestrix::ucsToWorld(end);
   line.along = endWorld - line.start;
   line.length = line.along.length();
   line.along.normalize();

@@ -7,6 +7,7 @@
 #include "frame/HostSettings.h"
 #include "frame/ResourceString.h"
 #include "frame/ResultLists.h"
+#include "frame/Selection.h"
 #include "rydb.h"
 #include "ryed.h"
 #include "ryerrno.h"
@@ -44,15 +45,8 @@ OdInt32 SelectionSet::length() const {
 }
 
 std::vector<OdDbObjectId> SelectionSet::ids() const {
-  std::vector<OdDbObjectId> result;
-  const OdInt32 count = length();
-  result.reserve(static_cast<size_t>(count));
-  for (OdInt32 i = 0; i < count; ++i) {
-    ads_name entity;
-    OdDbObjectId id;
-    if (ryedSSName(m_name, i, entity) == RTNORM && rydbGetObjectId(id, entity) == RTNORM) result.push_back(id);
-  }
-  return result;
+  if (!held) return {};
+  return selectionIds(m_name);
 }
 
 bool selectTexts(TextKinds kinds, SelectionSet& set) {

@@ -6,6 +6,7 @@
 // The start point is the box's lower left corner unless the user gives a
 // new one, which moves the text there first.
 #include "DbText.h"
+#include "frame/Coordinates.h"
 #include "frame/Guards.h"
 #include "frame/ResourceString.h"
 #include "frame/commands.h"
@@ -40,41 +41,20 @@ bool chooseText(OdDbObjectId& id) {
   return true;
 }
 
-OdGePoint3d worldOf(const ads_point ucs) {
-  resbuf from{}, to{};
-  from.restype = to.restype = RTSHORT;
-  from.resval.rint = 1;
-  to.resval.rint = 0;
-  ads_point world;
-  if (ryedTrans(ucs, &from, &to, 0, world) != RTNORM) return OdGePoint3d(ucs[0], ucs[1], ucs[2]);
-  return OdGePoint3d(world[0], world[1], world[2]);
-}
-
-void ucsOf(const OdGePoint3d& point, ads_point ucs) {
-  resbuf from{}, to{};
-  from.restype = to.restype = RTSHORT;
-  from.resval.rint = 0;
-  to.resval.rint = 1;
-  const ads_point world = {point.x, point.y, point.z};
-  if (ryedTrans(world, &from, &to, 0, ucs) != RTNORM) {
-    ucs[0] = point.x, ucs[1] = point.y, ucs[2] = point.z;
-  }
-}
-
 // Asks the end point, or a new start point and then the end point; false on Esc or an empty answer.
 bool askPoints(OdGePoint3d& start, OdGePoint3d& end) {
   ads_point base, reply;
-  ucsOf(start, base);
+  kestrix::worldToUcs(start, base);
   ryedInitGet(0, L"Startpoint _Startpoint");
   int status = ryedGetPoint(base, L"\n指定结束点 或 [起点(S)]:", reply);
   if (status == RTKWORD) {
     if (ryedGetPoint(base, L"\n指定新起点:", reply) != RTNORM) return false;
-    start = worldOf(reply);
-    ucsOf(start, base);
+    start = kestrix::ucsToWorld(reply);
+    kestrix::worldToUcs(start, base);
     status = ryedGetPoint(base, L"\n终点:", reply);
   }
   if (status != RTNORM) return false;
-  end = worldOf(reply);
+  end = kestrix::ucsToWorld(reply);
   return true;
 }
 

@@ -1,14 +1,15 @@
-// Circular arc (or full circle) of space. The parameter is the angle, counter-clockwise about
-// the normal, from the reference vector; the arc runs from startAng() to endAng(), with
-// startAng() <= endAng() <= startAng() + 2π.
+// Circular arc (or full circle) of space (see Ge/GeCircArc.h). The parameter is the angle,
+// counter-clockwise about the normal, from the reference vector.
 #pragma once
 
-#include "Ge/GeConst.h"
+#include "Ge/GeCircArc.h"
 #include "Ge/GeCurve3d.h"
 
-class OdGeLinearEnt3d;
+template <>
+OdGeVector3d OdGeCircArcT<OdGeSpace3d>::yAxis() const;
+extern template class OdGeCircArcT<OdGeSpace3d>;
 
-class OdGeCircArc3d : public OdGeCurve3d {
+class OdGeCircArc3d : public OdGeCircArcT<OdGeSpace3d> {
  public:
   OdGeCircArc3d() = default;  // unit circle about the origin in the x-y plane
   // Full circle; the reference vector is the x axis of the normal's object coordinate system.
@@ -33,33 +34,12 @@ class OdGeCircArc3d : public OdGeCurve3d {
   // As above without throwing: status tells why no arc was made (the arc is then unchanged).
   OdGeCircArc3d& set(const OdGePoint3d& startPoint, const OdGePoint3d& pointOnArc, const OdGePoint3d& endPoint,
                      OdGe::ErrorCondition& status);
-  OdGeCircArc3d& setCenter(const OdGePoint3d& center) { m_center = center; return *this; }
-  OdGeCircArc3d& setRadius(double radius) { m_radius = radius; return *this; }
-  OdGeCircArc3d& setAngles(double startAng, double endAng);
   OdGeCircArc3d& setAxes(const OdGeVector3d& normal, const OdGeVector3d& refVec);
 
-  const OdGePoint3d& center() const { return m_center; }
-  double radius() const { return m_radius; }
   const OdGeVector3d& normal() const { return m_normal; }
-  const OdGeVector3d& refVec() const { return m_refVec; }
-  double startAng() const { return m_startAng; }
-  double endAng() const { return m_endAng; }
-  double sweepAngle() const { return m_endAng - m_startAng; }
-  OdGePoint3d startPoint() const { return evalPoint(m_startAng); }
-  OdGePoint3d endPoint() const { return evalPoint(m_endAng); }
 
-  // Full turn (start and end coincide and the sweep is more than half a turn).
-  bool isClosed(const OdGeTol& tol = OdGeContext::gTol) const override;
-
-  using OdGeCurve3d::length;
-  void getInterval(OdGeInterval& interval) const override { interval.set(m_startAng, m_endAng); }
-  OdGePoint3d evalPoint(double param) const override;
-  double paramOf(const OdGePoint3d& point, const OdGeTol& tol = OdGeContext::gTol) const override;
-  OdGePoint3d closestPointTo(const OdGePoint3d& point, const OdGeTol& tol = OdGeContext::gTol) const override;
-  double length(double fromParam, double toParam) const override;
   // Keeps the point set: the normal flips and the angles are mirrored.
   OdGeCircArc3d& reverseParam() override;
-  OdGeExtents3d geomExtents() const override;
 
   // Points on both entities (0, 1 for a tangent or a crossing of the plane, or 2). False when
   // there are none, and for coplanar arcs of the same circle that overlap.
@@ -69,15 +49,5 @@ class OdGeCircArc3d : public OdGeCurve3d {
                      const OdGeTol& tol = OdGeContext::gTol) const;
 
  private:
-  OdGeVector3d yAxis() const { return m_normal.crossProduct(m_refVec); }
-  // Coordinates of a point in the arc's plane system (origin at the centre, x along refVec).
-  OdGePoint2d toPlane(const OdGePoint3d& point) const;
-  OdGePoint3d fromPlane(const OdGePoint2d& point) const;
-
-  OdGePoint3d m_center;
   OdGeVector3d m_normal{0.0, 0.0, 1.0};
-  OdGeVector3d m_refVec{1.0, 0.0, 0.0};
-  double m_radius = 1.0;
-  double m_startAng = 0.0;
-  double m_endAng = Oda2PI;
 };

@@ -1,63 +1,27 @@
-// 4x4 transformation matrix of space. Points are columns: p' = M * p, so the translation sits
-// in entry[0..2][3] and M1 * M2 applies M2 first.
+// 4x4 transformation matrix of space (see Ge/GeMatrix.h): the translation sits in
+// entry[0..2][3].
 #pragma once
 
+#include "Ge/GeMatrix.h"
 #include "Ge/GePoint3d.h"
 #include "Ge/GeScale3d.h"
 
 class OdGePlane;
 class OdGeLine3d;
 
-class OdGeMatrix3d {
- public:
-  double entry[4][4];
+template <>
+double OdGeMatrixT<OdGeSpace3d>::det() const;
+template <>
+bool OdGeMatrixT<OdGeSpace3d>::inverse(OdGeMatrix3d& result, const OdGeTol& tol) const;
+extern template class OdGeMatrixT<OdGeSpace3d>;
 
-  constexpr OdGeMatrix3d()
-      : entry{{1.0, 0.0, 0.0, 0.0}, {0.0, 1.0, 0.0, 0.0}, {0.0, 0.0, 1.0, 0.0}, {0.0, 0.0, 0.0, 1.0}} {}
+class OdGeMatrix3d : public OdGeMatrixT<OdGeSpace3d> {
+ public:
+  constexpr OdGeMatrix3d() = default;
 
   static const OdGeMatrix3d kIdentity;
 
-  const double* operator[](unsigned int row) const { return entry[row]; }
-  double* operator[](unsigned int row) { return entry[row]; }
-  double operator()(unsigned int row, unsigned int column) const { return entry[row][column]; }
-  double& operator()(unsigned int row, unsigned int column) { return entry[row][column]; }
-
-  OdGeMatrix3d& setToIdentity() { return *this = OdGeMatrix3d(); }
-  bool isIdentity(const OdGeTol& tol = OdGeContext::gTol) const { return isEqualTo(kIdentity, tol); }
-
-  OdGeMatrix3d operator*(const OdGeMatrix3d& m) const;
-  OdGeMatrix3d& operator*=(const OdGeMatrix3d& m) { return postMultBy(m); }
-  OdGeMatrix3d& preMultBy(const OdGeMatrix3d& left);    // this = left * this
-  OdGeMatrix3d& postMultBy(const OdGeMatrix3d& right);  // this = this * right
-  OdGeMatrix3d& setToProduct(const OdGeMatrix3d& a, const OdGeMatrix3d& b) { return *this = a * b; }
-
-  // Entries of the linear part compared within tol.equalVector(), translation within tol.equalPoint().
-  bool isEqualTo(const OdGeMatrix3d& m, const OdGeTol& tol = OdGeContext::gTol) const;
-  bool operator==(const OdGeMatrix3d& m) const { return isEqualTo(m); }
-  bool operator!=(const OdGeMatrix3d& m) const { return !isEqualTo(m); }
-
-  double det() const;
-  // A matrix is singular when its axes (or, with perspective, its rows) are linearly dependent
-  // within tol.equalVector(), measured independently of their lengths.
-  bool isSingular(const OdGeTol& tol = OdGeContext::gTol) const;
-  // Throws OdError(eDegenerateGeometry) for a singular matrix.
-  OdGeMatrix3d inverse() const;
-  bool inverse(OdGeMatrix3d& result, const OdGeTol& tol = OdGeContext::gTol) const;
-  OdGeMatrix3d& invert();
-  OdGeMatrix3d& transposeIt();
-  OdGeMatrix3d transpose() const;
-
-  // Axes mutually perpendicular (within tol.equalVector()) and of equal non-zero length;
-  // mirroring is allowed.
-  bool isUniScaledOrtho(const OdGeTol& tol = OdGeContext::gTol) const;
-  // Axes mutually perpendicular and non-zero, lengths may differ.
-  bool isScaledOrtho(const OdGeTol& tol = OdGeContext::gTol) const;
   bool isPerspective(const OdGeTol& tol = OdGeContext::gTol) const;
-  // The largest of the lengths of the images of the three unit axes.
-  double scale() const;
-
-  OdGeVector3d getTranslation() const { return {entry[0][3], entry[1][3], entry[2][3]}; }
-  OdGeMatrix3d& setTranslation(const OdGeVector3d& v);
 
   // The matrix whose columns are the axes and the origin: it maps coordinates in that
   // system to world coordinates.
@@ -65,12 +29,8 @@ class OdGeMatrix3d {
                                const OdGeVector3d& yAxis, const OdGeVector3d& zAxis);
   void getCoordSystem(OdGePoint3d& origin, OdGeVector3d& xAxis, OdGeVector3d& yAxis,
                       OdGeVector3d& zAxis) const;
-  OdGePoint3d getCsOrigin() const { return {entry[0][3], entry[1][3], entry[2][3]}; }
-  OdGeVector3d getCsXAxis() const { return {entry[0][0], entry[1][0], entry[2][0]}; }
-  OdGeVector3d getCsYAxis() const { return {entry[0][1], entry[1][1], entry[2][1]}; }
-  OdGeVector3d getCsZAxis() const { return {entry[0][2], entry[1][2], entry[2][2]}; }
+  OdGeVector3d getCsZAxis() const { return columnVector(2); }
 
-  OdGeMatrix3d& setToTranslation(const OdGeVector3d& v);
   // Counter-clockwise about `axis` (right-hand rule) through `center`.
   OdGeMatrix3d& setToRotation(double angle, const OdGeVector3d& axis,
                               const OdGePoint3d& center = OdGePoint3d::kOrigin);
@@ -92,7 +52,6 @@ class OdGeMatrix3d {
   OdGeMatrix3d& setToWorldToPlane(const OdGeVector3d& normal);
   OdGeMatrix3d& setToWorldToPlane(const OdGePlane& plane);
 
-  static OdGeMatrix3d translation(const OdGeVector3d& v);
   static OdGeMatrix3d rotation(double angle, const OdGeVector3d& axis,
                                const OdGePoint3d& center = OdGePoint3d::kOrigin);
   static OdGeMatrix3d scaling(double factor, const OdGePoint3d& center = OdGePoint3d::kOrigin);

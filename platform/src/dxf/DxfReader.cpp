@@ -19,9 +19,9 @@
 #include "DbProxy.h"
 #include "DbSymbolTable.h"
 #include "DxfFile.h"
-#include "DwgRead.h"
 #include "db/DbDefaults.h"
 #include "dxf/DxfAudit.h"
+#include "dxf/DxfFileFormats.h"
 #include "dxf/DxfStructure.h"
 #include "dxf/DxfTagReader.h"
 #include "dxf/DxfTagStream.h"
@@ -833,8 +833,8 @@ OdDbDatabasePtr odDxfReadFile(const OdString& path, OdDxfReadReport* report) {
   data.resize(static_cast<size_t>(in.gcount()));
   for (char piece[1 << 16]; in.read(piece, sizeof piece) || in.gcount() > 0;) data.append(piece, static_cast<size_t>(in.gcount()));
   if (in.bad()) throw OdError_FileException(eFileAccessErr, path);
-  // A DWG drawing is read by the DWG reader (and is saved as DXF).
-  OdDbDatabasePtr db = odIsDwgData(data) ? odDwgReadBuffer(data, report) : odDxfReadBuffer(data, report);
+  // A drawing of another registered format (DWG) is read by its own reader.
+  OdDbDatabasePtr db = odDxfReadAnyBuffer(data, report);
   db->setFilename(path);
   return db;
 }

@@ -9,7 +9,28 @@
 #include "Ge/GeConst.h"
 #include "Ge/GePoint3d.h"
 
+class OdGeMatrix2d;
+class OdGeMatrix3d;
+
 namespace OdGeInternal {
+
+// Determinant of the linear part (the axes) of a matrix.
+double linearDet(const OdGeMatrix2d& m);
+double linearDet(const OdGeMatrix3d& m);
+
+// The adjugate of the top-left 3x3 block of `e` times `factor` (1 / det gives the inverse).
+template <unsigned int N>
+void scaledAdjugate3(const double (&e)[N][N], double factor, double (&r)[N][N]) {
+  r[0][0] = (e[1][1] * e[2][2] - e[1][2] * e[2][1]) * factor;
+  r[0][1] = (e[0][2] * e[2][1] - e[0][1] * e[2][2]) * factor;
+  r[0][2] = (e[0][1] * e[1][2] - e[0][2] * e[1][1]) * factor;
+  r[1][0] = (e[1][2] * e[2][0] - e[1][0] * e[2][2]) * factor;
+  r[1][1] = (e[0][0] * e[2][2] - e[0][2] * e[2][0]) * factor;
+  r[1][2] = (e[0][2] * e[1][0] - e[0][0] * e[1][2]) * factor;
+  r[2][0] = (e[1][0] * e[2][1] - e[1][1] * e[2][0]) * factor;
+  r[2][1] = (e[0][1] * e[2][0] - e[0][0] * e[2][1]) * factor;
+  r[2][2] = (e[0][0] * e[1][1] - e[0][1] * e[1][0]) * factor;
+}
 
 inline double magnitude(const OdGePoint3d& p) { return std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)}); }
 inline double magnitude(const OdGePoint2d& p) { return std::max(std::fabs(p.x), std::fabs(p.y)); }

@@ -9,49 +9,22 @@
 #include "Ge/GeOcs.h"
 #include "Ge/GePlane.h"
 #include "OdResult.h"
+#include "ge/GeInternal.h"
 
-namespace {
-
-bool isAffine(const OdGeMatrix3d& m) {
-  return m.entry[3][0] == 0.0 && m.entry[3][1] == 0.0 && m.entry[3][2] == 0.0 && m.entry[3][3] == 1.0;
-}
-
-double det3(const OdGeMatrix3d& m) {
+double OdGeInternal::linearDet(const OdGeMatrix3d& m) {
   const auto& e = m.entry;
   return e[0][0] * (e[1][1] * e[2][2] - e[1][2] * e[2][1]) - e[0][1] * (e[1][0] * e[2][2] - e[1][2] * e[2][0]) +
          e[0][2] * (e[1][0] * e[2][1] - e[1][1] * e[2][0]);
 }
 
-// |det| / (product of the lengths of the axes or rows): 1 for orthogonal directions, 0 when they
-// are dependent, whatever their lengths (Hadamard's inequality bounds it by 1).
-double independence(const OdGeMatrix3d& m) {
-  double product = 1.0;
-  if (isAffine(m)) {
-    product = m.getCsXAxis().length() * m.getCsYAxis().length() * m.getCsZAxis().length();
-    return product > 0.0 ? std::fabs(det3(m)) / product : 0.0;
-  }
-  for (int row = 0; row < 4; ++row) {
-    double sum = 0.0;
-    for (int column = 0; column < 4; ++column) sum += m.entry[row][column] * m.entry[row][column];
-    product *= std::sqrt(sum);
-  }
-  return product > 0.0 ? std::fabs(m.det()) / product : 0.0;
-}
+namespace {
 
 OdGeMatrix3d inverseAffine(const OdGeMatrix3d& m) {
   const auto& e = m.entry;
-  const double invDet = 1.0 / det3(m);
+  const double invDet = 1.0 / OdGeInternal::linearDet(m);
   OdGeMatrix3d result;
   auto& r = result.entry;
-  r[0][0] = (e[1][1] * e[2][2] - e[1][2] * e[2][1]) * invDet;
-  r[0][1] = (e[0][2] * e[2][1] - e[0][1] * e[2][2]) * invDet;
-  r[0][2] = (e[0][1] * e[1][2] - e[0][2] * e[1][1]) * invDet;
-  r[1][0] = (e[1][2] * e[2][0] - e[1][0] * e[2][2]) * invDet;
-  r[1][1] = (e[0][0] * e[2][2] - e[0][2] * e[2][0]) * invDet;
-  r[1][2] = (e[0][2] * e[1][0] - e[0][0] * e[1][2]) * invDet;
-  r[2][0] = (e[1][0] * e[2][1] - e[1][1] * e[2][0]) * invDet;
-  r[2][1] = (e[0][1] * e[2][0] - e[0][0] * e[2][1]) * invDet;
-  r[2][2] = (e[0][0] * e[1][1] - e[0][1] * e[1][0]) * invDet;
+  OdGeInternal::scaledAdjugate3(e, invDet, r);
   for (int row = 0; row < 3; ++row) {
     r[row][3] = -(r[row][0] * e[0][3] + r[row][1] * e[1][3] + r[row][2] * e[2][3]);
   }
@@ -97,35 +70,9 @@ void setOuter(OdGeMatrix3d& m, const OdGeVector3d& u, const OdGeVector3d& v, dou
 
 }  // namespace
 
-OdGeMatrix3d OdGeMatrix3d::operator*(const OdGeMatrix3d& m) const {
-  OdGeMatrix3d result;
-  for (int row = 0; row < 4; ++row) {
-    for (int column = 0; column < 4; ++column) {
-      double sum = 0.0;
-      for (int k = 0; k < 4; ++k) sum += entry[row][k] * m.entry[k][column];
-      result.entry[row][column] = sum;
-    }
-  }
-  return result;
-}
-
-OdGeMatrix3d& OdGeMatrix3d::preMultBy(const OdGeMatrix3d& left) { return *this = left * *this; }
-
-OdGeMatrix3d& OdGeMatrix3d::postMultBy(const OdGeMatrix3d& right) { return *this = *this * right; }
-
-bool OdGeMatrix3d::isEqualTo(const OdGeMatrix3d& m, const OdGeTol& tol) const {
-  for (int row = 0; row < 4; ++row) {
-    for (int column = 0; column < 4; ++column) {
-      const bool translation = column == 3 && row < 3;
-      const double limit = translation ? tol.equalPoint() : tol.equalVector();
-      if (std::fabs(entry[row][column] - m.entry[row][column]) > limit) return false;
-    }
-  }
-  return true;
-}
-
-double OdGeMatrix3d::det() const {
-  if (isAffine(*this)) return det3(*this);
+template <>
+double OdGeMatrixT<OdGeSpace3d>::det() const {
+  if (isAffine()) return OdGeInternal::linearDet(self());
   const auto& e = entry;
   // Laplace expansion by 2x2 minors of the top and bottom row pairs.
   const double s0 = e[0][0] * e[1][1] - e[1][0] * e[0][1];
@@ -143,65 +90,16 @@ double OdGeMatrix3d::det() const {
   return s0 * c5 - s1 * c4 + s2 * c3 + s3 * c2 - s4 * c1 + s5 * c0;
 }
 
-bool OdGeMatrix3d::isSingular(const OdGeTol& tol) const { return independence(*this) <= tol.equalVector(); }
-
-bool OdGeMatrix3d::inverse(OdGeMatrix3d& result, const OdGeTol& tol) const {
+template <>
+bool OdGeMatrixT<OdGeSpace3d>::inverse(OdGeMatrix3d& result, const OdGeTol& tol) const {
   if (isSingular(tol)) return false;
-  result = isAffine(*this) ? inverseAffine(*this) : inverseGeneral(*this);
+  result = isAffine() ? inverseAffine(self()) : inverseGeneral(self());
   return true;
-}
-
-OdGeMatrix3d OdGeMatrix3d::inverse() const {
-  OdGeMatrix3d result;
-  if (!inverse(result)) throw OdError(eDegenerateGeometry, OdString("singular matrix"));
-  return result;
-}
-
-OdGeMatrix3d& OdGeMatrix3d::invert() { return *this = inverse(); }
-
-OdGeMatrix3d& OdGeMatrix3d::transposeIt() {
-  for (int row = 0; row < 4; ++row) {
-    for (int column = row + 1; column < 4; ++column) std::swap(entry[row][column], entry[column][row]);
-  }
-  return *this;
-}
-
-OdGeMatrix3d OdGeMatrix3d::transpose() const {
-  OdGeMatrix3d result(*this);
-  return result.transposeIt();
-}
-
-bool OdGeMatrix3d::isScaledOrtho(const OdGeTol& tol) const {
-  const OdGeVector3d axes[3] = {getCsXAxis(), getCsYAxis(), getCsZAxis()};
-  for (const OdGeVector3d& axis : axes) {
-    if (axis.lengthSqrd() == 0.0) return false;
-  }
-  return axes[0].isPerpendicularTo(axes[1], tol) && axes[1].isPerpendicularTo(axes[2], tol) &&
-         axes[2].isPerpendicularTo(axes[0], tol);
-}
-
-bool OdGeMatrix3d::isUniScaledOrtho(const OdGeTol& tol) const {
-  if (!isScaledOrtho(tol)) return false;
-  const double lengths[3] = {getCsXAxis().length(), getCsYAxis().length(), getCsZAxis().length()};
-  const double largest = std::max({lengths[0], lengths[1], lengths[2]});
-  const double smallest = std::min({lengths[0], lengths[1], lengths[2]});
-  return largest - smallest <= tol.equalVector() * largest;
 }
 
 bool OdGeMatrix3d::isPerspective(const OdGeTol& tol) const {
   return std::fabs(entry[3][0]) > tol.equalVector() || std::fabs(entry[3][1]) > tol.equalVector() ||
          std::fabs(entry[3][2]) > tol.equalVector() || std::fabs(entry[3][3] - 1.0) > tol.equalVector();
-}
-
-double OdGeMatrix3d::scale() const {
-  return std::max({getCsXAxis().length(), getCsYAxis().length(), getCsZAxis().length()});
-}
-
-OdGeMatrix3d& OdGeMatrix3d::setTranslation(const OdGeVector3d& v) {
-  entry[0][3] = v.x;
-  entry[1][3] = v.y;
-  entry[2][3] = v.z;
-  return *this;
 }
 
 OdGeMatrix3d& OdGeMatrix3d::setCoordSystem(const OdGePoint3d& origin, const OdGeVector3d& xAxis,
@@ -223,8 +121,6 @@ void OdGeMatrix3d::getCoordSystem(OdGePoint3d& origin, OdGeVector3d& xAxis, OdGe
   yAxis = getCsYAxis();
   zAxis = getCsZAxis();
 }
-
-OdGeMatrix3d& OdGeMatrix3d::setToTranslation(const OdGeVector3d& v) { return setToIdentity().setTranslation(v); }
 
 OdGeMatrix3d& OdGeMatrix3d::setToRotation(double angle, const OdGeVector3d& axis, const OdGePoint3d& center) {
   setToIdentity();
@@ -311,8 +207,6 @@ OdGeMatrix3d& OdGeMatrix3d::setToWorldToPlane(const OdGePlane& plane) {
   return setTranslation(-(*this * plane.pointOnPlane().asVector()));
 }
 
-OdGeMatrix3d OdGeMatrix3d::translation(const OdGeVector3d& v) { return OdGeMatrix3d().setToTranslation(v); }
-
 OdGeMatrix3d OdGeMatrix3d::rotation(double angle, const OdGeVector3d& axis, const OdGePoint3d& center) {
   return OdGeMatrix3d().setToRotation(angle, axis, center);
 }
@@ -341,23 +235,6 @@ OdGeMatrix3d OdGeMatrix3d::planeToWorld(const OdGeVector3d& normal) { return OdG
 OdGeMatrix3d OdGeMatrix3d::planeToWorld(const OdGePlane& plane) { return OdGeMatrix3d().setToPlaneToWorld(plane); }
 OdGeMatrix3d OdGeMatrix3d::worldToPlane(const OdGeVector3d& normal) { return OdGeMatrix3d().setToWorldToPlane(normal); }
 OdGeMatrix3d OdGeMatrix3d::worldToPlane(const OdGePlane& plane) { return OdGeMatrix3d().setToWorldToPlane(plane); }
-
-OdGePoint3d operator*(const OdGeMatrix3d& matrix, const OdGePoint3d& point) {
-  const auto& e = matrix.entry;
-  OdGePoint3d result(e[0][0] * point.x + e[0][1] * point.y + e[0][2] * point.z + e[0][3],
-                     e[1][0] * point.x + e[1][1] * point.y + e[1][2] * point.z + e[1][3],
-                     e[2][0] * point.x + e[2][1] * point.y + e[2][2] * point.z + e[2][3]);
-  const double w = e[3][0] * point.x + e[3][1] * point.y + e[3][2] * point.z + e[3][3];
-  if (w != 1.0 && w != 0.0) result = result / w;
-  return result;
-}
-
-OdGeVector3d operator*(const OdGeMatrix3d& matrix, const OdGeVector3d& vector) {
-  const auto& e = matrix.entry;
-  return {e[0][0] * vector.x + e[0][1] * vector.y + e[0][2] * vector.z,
-          e[1][0] * vector.x + e[1][1] * vector.y + e[1][2] * vector.z,
-          e[2][0] * vector.x + e[2][1] * vector.y + e[2][2] * vector.z};
-}
 
 // ---- OdGeScale3d
 

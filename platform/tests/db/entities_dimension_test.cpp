@@ -29,22 +29,6 @@ TEST(EntitiesDimension, ClassFollowsTheKindInGroup70) {
   EXPECT_EQ(odrxFindClassByDxfName(L"DIMENSION"), OdDbRotatedDimension::desc());
 }
 
-TEST(EntitiesDimension, CorpusAlignedDimension) {
-  std::vector<CorpusEntity> dimensions = corpusEntities({L"DIMENSION"});
-  if (dimensions.empty()) GTEST_SKIP() << "no corpus";
-  const CorpusEntity& entity = dimensions.front();
-  OdDbAlignedDimensionPtr dimension = OdDbAlignedDimension::createObject();
-  TestTagContext ctx(entity.version);
-  OdDbSchemaIo::readFields(dimension.get(), entity.body.data(), entity.body.data() + entity.body.size(), ctx);
-  EXPECT_EQ(dimension->xLine2Point(), OdGePoint3d(10, 0, 0));
-  EXPECT_EQ(dimension->dimLinePoint(), OdGePoint3d(10, 3.948330050147, 0));
-  EXPECT_EQ(dimension->textPosition(), OdGePoint3d(5, 5.849580050147, 0));
-  EXPECT_EQ(dimension->storedMeasurement(), 10.0);
-  EXPECT_EQ(dimension->measurement(), 10.0);
-  EXPECT_EQ(ctx.nameOf(dimension->dimensionStyle()), OdString(L"ISO-25"));
-  EXPECT_EQ(narrow(ctx.nameOf(dimension->dimBlockId())).rfind("*D", 0), 0u);
-}
-
 TEST(EntitiesDimension, MeasurementsOfEveryKind) {
   OdDbRotatedDimensionPtr rotated =
       new OdDbRotatedDimension(kPi / 2, OdGePoint3d(0, 0, 0), OdGePoint3d(3, 4, 0), OdGePoint3d(0, 6, 0));

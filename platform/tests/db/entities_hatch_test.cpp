@@ -1,5 +1,5 @@
-// Hatches: the boundary model read from real files, round trips of every
-// loop form, areas by style, extents and transformations.
+// Hatches: round trips of every loop form, areas by style, extents and
+// transformations (hatches read from real files: dxf/entities_corpus_test.cpp).
 #include "DbHatch.h"
 #include "Ge/GeOcs.h"
 #include "entities_support.h"
@@ -9,21 +9,6 @@ namespace {
 using namespace entities_test;
 
 constexpr double kPi = 3.14159265358979323846;
-
-OdDbHatchPtr readHatch(const CorpusEntity& entity) {
-  OdDbHatchPtr hatch = OdDbHatch::createObject();
-  TestTagContext ctx(entity.version);
-  OdDbSchemaIo::readFields(hatch.get(), entity.body.data(), entity.body.data() + entity.body.size(), ctx);
-  return hatch;
-}
-
-std::vector<CorpusEntity> corpusHatches(const std::string& file) {
-  std::vector<CorpusEntity> hatches;
-  for (auto& entity : corpusEntities({L"HATCH"})) {
-    if (entity.file == file) hatches.push_back(std::move(entity));
-  }
-  return hatches;
-}
 
 OdGePoint3d world(const OdDbHatch* hatch, const OdGePoint2d& p) {
   return odgeOcsToWcs(p, hatch->elevation(), hatch->normal());
@@ -72,68 +57,6 @@ void expectContinuous(const OdDbHatch* hatch, int loop, double tol) {
     const OdGePoint2d end = edges[i].endPoint(), next = edges[(i + 1) % edges.size()].startPoint();
     EXPECT_NEAR(end.distanceTo(next), 0.0, tol) << "loop " << loop << " edge " << i;
   }
-}
-
-TEST(EntitiesHatch, CorpusPolylineLoopsWithBulgesPatternAndSeeds) {
-  const auto hatches = corpusHatches("examples_dxf_hatch_issues.dxf");
-  if (hatches.empty()) GTEST_SKIP() << "no corpus";
-  OdDbHatchPtr hatch = readHatch(hatches[0]);
-  ASSERT_EQ(hatch->numLoops(), 2);
-  OdInt32 type;
-  OdGePoint2dArray vertices;
-  OdGeDoubleArray bulges;
-  ASSERT_EQ(hatch->getLoopAt(0, type, vertices, bulges), eOk);
-  EXPECT_EQ(type, 7);
-  ASSERT_EQ(vertices.size(), 2u);
-  EXPECT_EQ(vertices[0].x, 4.0);
-  EXPECT_EQ(vertices[1].y, 0.0000000000000005);
-  EXPECT_EQ(bulges, (OdGeDoubleArray{1.0, 1.0}));
-  EXPECT_EQ(hatch->getAssocObjIdsAt(0).size(), 1u);
-  EXPECT_EQ(hatch->getAssocObjIdsAt(0)[0].handle().value(), 0x9Du);
-  ASSERT_EQ(hatch->getLoopAt(1, type, vertices, bulges), eOk);
-  EXPECT_EQ(bulges, (OdGeDoubleArray{-1.0, -1.0}));
-  EXPECT_EQ(hatch->patternName(), OdString(L"ANSI31"));
-  EXPECT_FALSE(hatch->isSolidFill());
-  EXPECT_TRUE(hatch->associative());
-  EXPECT_NEAR(hatch->patternAngle(), kPi / 4, 1e-15);
-  EXPECT_EQ(hatch->patternScale(), 0.1);
-  double angle, baseX, baseY, offsetX, offsetY;
-  OdGeDoubleArray dashes;
-  ASSERT_EQ(hatch->numPatternDefinitions(), 1);
-  ASSERT_EQ(hatch->getPatternDefinitionAt(0, angle, baseX, baseY, offsetX, offsetY, dashes), eOk);
-  EXPECT_EQ(baseY, -0.8);
-  EXPECT_EQ(offsetX, -0.3175);
-  EXPECT_TRUE(dashes.isEmpty());
-  ASSERT_EQ(hatch->numSeedPoints(), 2);
-  EXPECT_EQ(hatch->getSeedPointAt(1).y, -2.9);
-  // Two half circles of radius 4 around two of radius 2 (running the other way).
-  double area;
-  ASSERT_EQ(hatch->getArea(area), eOk);
-  EXPECT_NEAR(area, kPi * (16 - 4), 1e-9);
-  OdGeExtents3d extents;
-  ASSERT_EQ(hatch->getGeomExtents(extents), eOk);
-  expectNear(extents.minPoint(), OdGePoint3d(-4, -4, 0), 1e-9, "min");
-  expectNear(extents.maxPoint(), OdGePoint3d(4, 4, 0), 1e-9, "max");
-}
-
-TEST(EntitiesHatch, CorpusClockwiseArcEdgesJoinUp) {
-  const auto hatches = corpusHatches("examples_dxf_clockwise_arcs_hatch.dxf");
-  if (hatches.empty()) GTEST_SKIP() << "no corpus";
-  for (const auto& entity : hatches) {
-    OdDbHatchPtr hatch = readHatch(entity);
-    ASSERT_GT(hatch->numLoops(), 0);
-    for (int loop = 0; loop < hatch->numLoops(); ++loop) expectContinuous(hatch.get(), loop, 1e-6);
-  }
-  OdDbHatchPtr hatch = readHatch(hatches[0]);
-  OdInt32 type;
-  OdDbHatchEdgeArray edges;
-  ASSERT_EQ(hatch->getLoopAt(0, type, edges), eOk);
-  ASSERT_EQ(edges.size(), 31u);
-  EXPECT_EQ(edges[7].type, OdDbHatchEdge::kCircArc);
-  EXPECT_FALSE(edges[7].isCounterClockwise);
-  EXPECT_EQ(edges[7].radius, 7.343703999999841);
-  EXPECT_TRUE(hatch->isSolidFill());
-  EXPECT_EQ(hatch->numPatternDefinitions(), 2);  // a solid fill that still lists its pattern
 }
 
 TEST(EntitiesHatch, EveryLoopFormSurvivesFilingAndTags) {
