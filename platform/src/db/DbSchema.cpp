@@ -916,6 +916,24 @@ void fileInFields(OdDbObject* object, OdDbDwgFiler* filer) {
   }
 }
 
+namespace {
+void collectRequired(const std::vector<OdDbField>& fields, std::vector<int>& codes) {
+  for (const OdDbField& field : fields) {
+    if (field.shape == OdDbFieldShape::kArray) collectRequired(field.array->fields, codes);
+    if (field.kind == OdDbFieldKind::kCustom && field.codec) {
+      if (auto* records = dynamic_cast<const OdDbRecordCodec*>(field.codec)) collectRequired(records->fields(), codes);
+    }
+    if (field.isRequired() && std::find(codes.begin(), codes.end(), field.code) == codes.end()) codes.push_back(field.code);
+  }
+}
+}  // namespace
+
+std::vector<int> requiredCodes(const OdDbClassSchema& schema) {
+  std::vector<int> codes;
+  for (const OdDbSubclass* sub : schema.chain()) collectRequired(sub->fields, codes);
+  return codes;
+}
+
 bool fieldsEqual(const OdDbObject* a, const OdDbObject* b, OdString* firstDifference) {
   if (a->isA() != b->isA()) {
     if (firstDifference) *firstDifference = L"class";
