@@ -55,7 +55,6 @@ class OdDbLeader : public OdDbEntity {
   void subSetDatabaseDefaults(OdDbDatabase* database) override;
 
  protected:
-  friend struct OdDbLeaderVerticesCodec;
 
   OdDbObjectId m_styleId;
   OdInt16 m_hasArrowHead = 1;

@@ -528,6 +528,9 @@ void readFields(OdDbObject* object, const OdDxfTag* begin, const OdDxfTag* end, 
 // Files every field out or in (the object header is filed by OdDbObject).
 void fileOutFields(const OdDbObject* object, OdDbDwgFiler* filer);
 void fileInFields(OdDbObject* object, OdDbDwgFiler* filer);
+// The group codes an entity made from a list must be given: the required
+// fields of the class, those inside records included.
+std::vector<int> requiredCodes(const OdDbClassSchema& schema);
 // Field-by-field equality (ids by identity, doubles exactly).
 bool fieldsEqual(const OdDbObject* a, const OdDbObject* b, OdString* firstDifference = nullptr);
 }  // namespace OdDbSchemaIo

@@ -55,6 +55,11 @@ struct OdDbEntityColorCodec : OdDbFieldCodec {
   bool isEqual(const OdDbObject* a, const OdDbObject* b) const override { return color(a) == color(b); }
 };
 
+// The line weights a file may give (hundredths of a millimetre; by block,
+// by layer and default below zero).
+static const OdInt64 kLineWeights[] = {-3, -2, -1, 0,  5,  9,  13, 15, 18,  20,  25,  30,  35,  40,
+                                       50, 53, 60, 70, 80, 90, 100, 106, 120, 140, 158, 200, 211};
+
 const OdDbClassSchema& OdDbEntity::classSchema() {
   static const OdDbPaperSpaceCodec paperSpace;
   static const OdDbEntityColorCodec colorCodec;
@@ -66,7 +71,7 @@ const OdDbClassSchema& OdDbEntity::classSchema() {
             odNameField<&OdDbEntity::m_layerId>(8, OdDbNameTable::kLayer, L"0").named(L"layer"),
             odNameField<&OdDbEntity::m_linetypeId>(6, OdDbNameTable::kLinetype, L"ByLayer").optional().named(L"linetype"),
             odCustomField(colorCodec, L"color"),
-            odField<&OdDbEntity::m_lineWeight>(370).optional().defaultsInt(OdDb::kLnWtByLayer).since(OdDb::vAC15).named(L"lineWeight"),
+            odField<&OdDbEntity::m_lineWeight>(370).optional().defaultsInt(OdDb::kLnWtByLayer).validValues(kLineWeights).since(OdDb::vAC15).named(L"lineWeight"),
             odField<&OdDbEntity::m_linetypeScale>(48).optional().defaults(1.0).named(L"linetypeScale"),
             odField<&OdDbEntity::m_visibility>(60).optional().named(L"visibility"),
             odField<&OdDbEntity::m_transparency>(440).optional().since(OdDb::vAC18).named(L"transparency"),

@@ -430,9 +430,9 @@ bool fieldApplies(const OdDbField& field, const void* record, const OdDbObject* 
 }
 
 void writeRecord(const std::vector<OdDbField>& fields, const void* record, const OdDbObject* object,
-                 OdDbTagSink& out, OdDbTagContext& ctx) {
+                 OdDbTagSink& out, OdDbTagContext& ctx, OdDb::DwgVersion version) {
   for (const OdDbField& field : fields) {
-    if ((field.flags & OdDbField::kNoDxf) || ctx.version() < field.minVersion) continue;
+    if ((field.flags & OdDbField::kNoDxf) || version < field.minVersion) continue;
     if (!fieldApplies(field, record, object, ctx)) continue;
     if (field.presence && !*field.presence(const_cast<void*>(record))) continue;
     const void* p = field.refIn(record);
@@ -444,7 +444,9 @@ void writeRecord(const std::vector<OdDbField>& fields, const void* record, const
       case OdDbFieldShape::kCount: out.addInteger(field.code, static_cast<OdInt64>(field.array->size(p))); break;
       case OdDbFieldShape::kArray: {
         const size_t count = field.array->size(p);
-        for (size_t i = 0; i < count; ++i) writeRecord(field.array->fields, field.array->element(p, i), object, out, ctx);
+        for (size_t i = 0; i < count; ++i) {
+          writeRecord(field.array->fields, field.array->element(p, i), object, out, ctx, version);
+        }
         break;
       }
     }
@@ -664,7 +666,7 @@ OdDbRecordCodec::OdDbRecordCodec(std::vector<OdDbField> fields, void* (*base)(vo
 
 void OdDbRecordCodec::toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext& ctx) const {
   ListSink sink(out);
-  writeRecord(m_fields, record(object), object, sink, ctx);
+  writeRecord(m_fields, record(object), object, sink, ctx, ctx.version());
 }
 
 void OdDbRecordCodec::beginRead(OdDbObject* object) const {
@@ -675,12 +677,13 @@ void OdDbRecordCodec::beginRead(OdDbObject* object) const {
 bool OdDbRecordCodec::fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext& ctx) const {
   std::vector<OdDbTagContext::RecordFrame>& frames = ctx.recordFrames(this);
   if (frames.empty()) frames.push_back({&m_fields, nullptr, record(object), 0});
+  const OdDb::DwgVersion version = ctx.version();
   for (;;) {
     OdDbTagContext::RecordFrame& top = frames.back();
     const std::vector<OdDbField>& fields = *top.fields;
     for (size_t i = 0; i < fields.size(); ++i) {
       const OdDbField& field = fields[i];
-      if (field.code != tag.code || ctx.version() < field.minVersion || (field.flags & OdDbField::kNoDxf)) continue;
+      if (field.code != tag.code || version < field.minVersion || (field.flags & OdDbField::kNoDxf)) continue;
       if (field.when && !(field.flags & OdDbField::kWhenWriting) && !field.when(top.record, object, ctx)) continue;
       if (field.shape == OdDbFieldShape::kArray) {
         void* container = field.refIn(top.record);
@@ -900,6 +903,24 @@ void fileInFields(OdDbObject* object, OdDbDwgFiler* filer) {
       else fileInValue(field, field.ref(object), filer);
     }
   }
+}
+
+namespace {
+void collectRequired(const std::vector<OdDbField>& fields, std::vector<int>& codes) {
+  for (const OdDbField& field : fields) {
+    if (field.shape == OdDbFieldShape::kArray) collectRequired(field.array->fields, codes);
+    if (field.kind == OdDbFieldKind::kCustom && field.codec) {
+      if (auto* records = dynamic_cast<const OdDbRecordCodec*>(field.codec)) collectRequired(records->fields(), codes);
+    }
+    if (field.isRequired() && std::find(codes.begin(), codes.end(), field.code) == codes.end()) codes.push_back(field.code);
+  }
+}
+}  // namespace
+
+std::vector<int> requiredCodes(const OdDbClassSchema& schema) {
+  std::vector<int> codes;
+  for (const OdDbSubclass* sub : schema.chain()) collectRequired(sub->fields, codes);
+  return codes;
 }
 
 bool fieldsEqual(const OdDbObject* a, const OdDbObject* b, OdString* firstDifference) {

@@ -3,6 +3,7 @@
 // classes with every plain field set to a random value.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 #include "DbBlockTableRecord.h"
@@ -23,41 +24,67 @@ class TestContext : public OdDbTagContext {
   OdDbDatabase* m_db;
 };
 
-// Sets every plain field of the object to a random value that a file can carry.
-void randomize(OdDbObject* object, std::mt19937& rng, OdDbDatabase* db) {
+// A random value of the field's valid set, when it has one.
+OdInt64 validValue(const OdDbField& field, std::mt19937& rng, OdInt64 otherwise) {
+  if (field.validHigh >= field.validLow) {
+    return std::uniform_int_distribution<OdInt64>(field.validLow, field.validHigh)(rng);
+  }
+  if (field.validSet) return field.validSet[std::uniform_int_distribution<int>(0, field.validSetSize - 1)(rng)];
+  return otherwise;
+}
+
+// Sets every field of an object or record to a random value that a file can
+// carry; arrays get two or three records, each set the same way.
+void randomizeFields(const std::vector<OdDbField>& fields, void* owner, std::mt19937& rng, OdDbDatabase* db) {
   std::uniform_real_distribution<double> real(-1e6, 1e6);
   std::uniform_int_distribution<int> small(0, 100);
-  OdDbObjectIdArray layers;
-  layers.append(db->getLayerZeroId());
-  const OdDbClassSchema* schema = object->isA()->schema();
-  for (const OdDbSubclass* sub : schema->chain()) {
-    for (const OdDbField& field : sub->fields) {
-      if (field.flags & (OdDbField::kNoFiler)) continue;
-      void* p = field.ref(object);
-      switch (field.kind) {
-        case OdDbFieldKind::kBool: *static_cast<bool*>(p) = small(rng) % 2; break;
-        case OdDbFieldKind::kInt8: *static_cast<OdInt8*>(p) = static_cast<OdInt8>(small(rng)); break;
-        case OdDbFieldKind::kInt16: *static_cast<OdInt16*>(p) = static_cast<OdInt16>(small(rng)); break;
-        case OdDbFieldKind::kInt32: *static_cast<OdInt32*>(p) = small(rng) * 1000; break;
-        case OdDbFieldKind::kInt64: *static_cast<OdInt64*>(p) = small(rng) * 100000; break;
-        case OdDbFieldKind::kDouble: *static_cast<double*>(p) = real(rng); break;
-        case OdDbFieldKind::kString: *static_cast<OdString*>(p) = OdString().format(L"text %d ü€", small(rng)); break;
-        case OdDbFieldKind::kPoint2d: static_cast<OdGePoint2d*>(p)->set(real(rng), real(rng)); break;
-        case OdDbFieldKind::kPoint3d: static_cast<OdGePoint3d*>(p)->set(real(rng), real(rng), real(rng)); break;
-        case OdDbFieldKind::kVector3d: static_cast<OdGeVector3d*>(p)->set(0.6, 0.0, 0.8); break;
-        case OdDbFieldKind::kNameRef:
-          if (field.table == OdDbNameTable::kLayer) *static_cast<OdDbObjectId*>(p) = layers[0];
-          break;
-        case OdDbFieldKind::kHardOwner:
-        case OdDbFieldKind::kSoftOwner:
-        case OdDbFieldKind::kHardPointer:
-        case OdDbFieldKind::kSoftPointer:
-          *static_cast<OdDbObjectId*>(p) = db->getOdDbObjectId(OdDbHandle(0x1000 + small(rng)), true);
-          break;
-        case OdDbFieldKind::kCustom: break;
-      }
+  for (const OdDbField& field : fields) {
+    if (field.flags & (OdDbField::kNoFiler)) continue;
+    if (field.presence) *field.presence(owner) = true;
+    void* p = field.refIn(owner);
+    if (field.shape == OdDbFieldShape::kCount) continue;
+    if (field.shape == OdDbFieldShape::kArray) {
+      const size_t count = 2 + static_cast<size_t>(small(rng) % 2);
+      field.array->resize(p, count);
+      for (size_t i = 0; i < count; ++i) randomizeFields(field.array->fields, field.array->at(p, i), rng, db);
+      continue;
+    }
+    switch (field.kind) {
+      case OdDbFieldKind::kBool: *static_cast<bool*>(p) = small(rng) % 2; break;
+      case OdDbFieldKind::kInt8: *static_cast<OdInt8*>(p) = static_cast<OdInt8>(validValue(field, rng, small(rng))); break;
+      case OdDbFieldKind::kInt16:
+        *static_cast<OdInt16*>(p) = static_cast<OdInt16>(validValue(field, rng, small(rng)));
+        break;
+      case OdDbFieldKind::kInt32:
+        *static_cast<OdInt32*>(p) = static_cast<OdInt32>(validValue(field, rng, small(rng) * 1000));
+        break;
+      case OdDbFieldKind::kInt64: *static_cast<OdInt64*>(p) = validValue(field, rng, small(rng) * 100000); break;
+      case OdDbFieldKind::kDouble: *static_cast<double*>(p) = real(rng); break;
+      case OdDbFieldKind::kString: *static_cast<OdString*>(p) = OdString().format(L"text %d ü€", small(rng)); break;
+      case OdDbFieldKind::kPoint2d: static_cast<OdGePoint2d*>(p)->set(real(rng), real(rng)); break;
+      case OdDbFieldKind::kPoint3d: static_cast<OdGePoint3d*>(p)->set(real(rng), real(rng), real(rng)); break;
+      case OdDbFieldKind::kVector3d: static_cast<OdGeVector3d*>(p)->set(0.6, 0.0, 0.8); break;
+      case OdDbFieldKind::kNameRef:
+        if (field.table == OdDbNameTable::kLayer) *static_cast<OdDbObjectId*>(p) = db->getLayerZeroId();
+        break;
+      case OdDbFieldKind::kHardOwner:
+      case OdDbFieldKind::kSoftOwner:
+      case OdDbFieldKind::kHardPointer:
+      case OdDbFieldKind::kSoftPointer:
+        *static_cast<OdDbObjectId*>(p) = db->getOdDbObjectId(OdDbHandle(0x1000 + small(rng)), true);
+        break;
+      case OdDbFieldKind::kCustom:
+        // Compound values declared as records are set field by field.
+        if (auto* records = dynamic_cast<const OdDbRecordCodec*>(field.codec)) {
+          randomizeFields(records->fields(), records->record(static_cast<OdDbObject*>(owner)), rng, db);
+        }
+        break;
     }
   }
+}
+
+void randomize(OdDbObject* object, std::mt19937& rng, OdDbDatabase* db) {
+  for (const OdDbSubclass* sub : object->isA()->schema()->chain()) randomizeFields(sub->fields, object, rng, db);
 }
 
 // The persistent classes that can be created.
@@ -133,4 +160,22 @@ TEST(Filing, UnknownGroupsStayInPlace) {
   ASSERT_LT(marker, static_cast<long>(written.size()));
   EXPECT_EQ(written[static_cast<size_t>(marker) + 1], OdDxfTag::integer(62, 5));
   EXPECT_EQ(written[static_cast<size_t>(marker) + 2], OdDxfTag::str(1, L"kept"));
+}
+
+TEST(Filing, RequiredGroupsComeFromTheTables) {
+  auto required = [](const wchar_t* className) {
+    std::vector<int> codes = OdDbSchemaIo::requiredCodes(*odrxFindClass(className)->schema());
+    std::sort(codes.begin(), codes.end());
+    return codes;
+  };
+  EXPECT_EQ(required(L"OdDbLine"), (std::vector<int>{10, 11}));
+  EXPECT_EQ(required(L"OdDbArc"), (std::vector<int>{10, 40, 50, 51}));
+  EXPECT_EQ(required(L"OdDbText"), (std::vector<int>{1, 10}));
+  // An attribute needs its value and tag; a definition only its tag.
+  EXPECT_EQ(required(L"OdDbAttribute"), (std::vector<int>{1, 2, 10}));
+  EXPECT_EQ(required(L"OdDbAttributeDefinition"), (std::vector<int>{2, 10}));
+  // A vertex of a lightweight polyline, inside its record.
+  EXPECT_EQ(required(L"OdDbPolyline"), (std::vector<int>{10}));
+  EXPECT_EQ(required(L"OdDbBlockReference"), (std::vector<int>{2, 10}));
+  EXPECT_TRUE(required(L"OdDbHatch").empty());
 }

@@ -173,6 +173,61 @@ TEST(BadInput, NumbersThatAreNotFiniteOrFieldsOutOfRangeAreRepairedOncePerObject
   for (const char* word : {"nan", "inf", "NAN", "INF"}) EXPECT_EQ(written.find(word), std::string::npos) << word;
 }
 
+TEST(BadInput, EnumerationsOutOfTheirSetAreRepairedToTheDefaultOncePerObject) {
+  // A paragraph text attached at 12 (of 1 to 9) running in direction 9, a
+  // text aligned 9 / 7 (of 0-5 / 0-3) with generation 3, a line 17/100 mm
+  // wide (no such weight), and a line with a valid weight.
+  const std::string text = blocksAndEntities(
+      "", "0 MTEXT\n8 0\n100 AcDbEntity\n100 AcDbMText\n10 1\n20 2\n30 0\n40 2.5\n71 12\n72 9\n1 note\n"
+          "0 TEXT\n8 0\n100 AcDbEntity\n100 AcDbText\n10 0\n20 0\n30 0\n40 1\n1 label\n71 3\n72 9\n"
+          "11 5\n21 0\n31 0\n100 AcDbText\n73 7\n"
+          "0 LINE\n8 0\n100 AcDbEntity\n370 17\n100 AcDbLine\n10 0\n20 0\n30 0\n11 1\n21 1\n31 0\n"
+          "0 LINE\n8 0\n100 AcDbEntity\n370 35\n100 AcDbLine\n10 0\n20 0\n30 0\n11 1\n21 1\n31 0\n");
+  OdDxfReadReport report;
+  OdDbDatabasePtr db = odDxfReadBuffer(text, &report);
+  const auto mtexts = repairsWith(report, L"MTEXT had invalid values");
+  ASSERT_EQ(mtexts.size(), 1u);
+  EXPECT_GE(mtexts[0].find(L"attachment"), 0);
+  EXPECT_GE(mtexts[0].find(L"flowDirection"), 0);
+  const auto texts = repairsWith(report, L"TEXT had invalid values");
+  ASSERT_EQ(texts.size(), 2u);  // the paragraph text's line, and the text's
+  const OdString& textRepair = texts[0].find(L"MTEXT") >= 0 ? texts[1] : texts[0];
+  for (const wchar_t* field : {L"horizontalMode", L"verticalMode", L"generation"}) {
+    EXPECT_GE(textRepair.find(field), 0) << OdString(field).toUtf8();
+  }
+  ASSERT_EQ(repairsWith(report, L"LINE had invalid values").size(), 1u);
+  EXPECT_GE(repairsWith(report, L"LINE had invalid values")[0].find(L"lineWeight"), 0);
+
+  OdDbBlockTableRecordPtr space = OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject());
+  OdDbEntityPtr wide = OdDbEntity::cast(space->entityIds()[2].safeOpenObject());
+  EXPECT_EQ(wide->lineWeight(), OdDb::kLnWtByLayer);
+  OdDbEntityPtr kept = OdDbEntity::cast(space->entityIds()[3].safeOpenObject());
+  EXPECT_EQ(kept->lineWeight(), OdDb::kLnWt035);
+
+  // An independent reader sees the defaults and finds nothing to fix.
+  const auto dir = std::filesystem::temp_directory_path() / ("kestrix-enums-" + std::to_string(getpid()));
+  std::filesystem::create_directories(dir);
+  const std::string path = (dir / "enums.dxf").string();
+  odDxfWriteFile(db.get(), OdString(path));
+  const std::string script =
+      "import ezdxf, sys\n"
+      "doc = ezdxf.readfile(sys.argv[1])\n"
+      "auditor = doc.audit()\n"
+      "e = list(doc.modelspace())\n"
+      "print(len(auditor.errors), len(auditor.fixes), e[0].dxf.attachment_point, e[0].dxf.flow_direction,\n"
+      "      e[1].dxf.halign, e[1].dxf.valign, e[1].dxf.text_generation_flag, e[2].dxf.lineweight, e[3].dxf.lineweight)\n";
+  std::ofstream(dir / "check.py") << script;
+  const std::string command = "/usr/bin/python3 '" + (dir / "check.py").string() + "' '" + path + "' 2>&1";
+  std::string output;
+  if (FILE* pipe = popen(command.c_str(), "r")) {
+    char buffer[512];
+    while (size_t n = std::fread(buffer, 1, sizeof buffer, pipe)) output.append(buffer, n);
+    pclose(pipe);
+  }
+  std::filesystem::remove_all(dir);
+  EXPECT_EQ(output, "0 0 1 1 0 0 0 -1 35\n");
+}
+
 TEST(Saving, FollowsLinksRefusesWhatIsNoFileAndKeepsTheMode) {
   const auto dir = std::filesystem::temp_directory_path() / ("kestrix-paths-" + std::to_string(getpid()));
   std::filesystem::remove_all(dir);

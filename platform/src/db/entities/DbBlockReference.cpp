@@ -61,8 +61,8 @@ const OdDbClassSchema& OdDbBlockReference::classSchema() {
     OdDbClassSchema s{&OdDbEntity::classSchema(), {{L"AcDbBlockReference", {}}}};
     s.subclasses[0].fields = {
         odCustomField(follow, L"attributesFollow"),
-        odNameField<&OdDbBlockReference::m_blockId>(2, OdDbNameTable::kBlock).named(L"block"),
-        odField<&OdDbBlockReference::m_position>(10).named(L"position"),
+        odNameField<&OdDbBlockReference::m_blockId>(2, OdDbNameTable::kBlock).required().named(L"block"),
+        odField<&OdDbBlockReference::m_position>(10).required().named(L"position"),
     };
     auto& fields = s.subclasses[0].fields;
     fields.push_back(odCustomField(scaleCodec, L"scale"));
@@ -80,8 +80,8 @@ const OdDbClassSchema& OdDbMInsertBlock::classSchema() {
     OdDbClassSchema s{&OdDbEntity::classSchema(), {{L"AcDbMInsertBlock", {}}}};
     s.subclasses[0].fields = {
         odCustomField(follow, L"attributesFollow"),
-        odNameField<&OdDbMInsertBlock::m_blockId>(2, OdDbNameTable::kBlock).named(L"block"),
-        odField<&OdDbMInsertBlock::m_position>(10).named(L"position"),
+        odNameField<&OdDbMInsertBlock::m_blockId>(2, OdDbNameTable::kBlock).required().named(L"block"),
+        odField<&OdDbMInsertBlock::m_position>(10).required().named(L"position"),
     };
     auto& fields = s.subclasses[0].fields;
     fields.push_back(odCustomField(scaleCodec, L"scale"));

@@ -45,8 +45,8 @@ const OdDbClassSchema& OdDbCircle::classSchema() {
       {{L"AcDbCircle",
         {
             odField<&OdDbCircle::m_thickness>(39).optional().named(L"thickness"),
-            odField<&OdDbCircle::m_center>(10).named(L"center"),
-            odField<&OdDbCircle::m_radius>(40).named(L"radius"),
+            odField<&OdDbCircle::m_center>(10).required().named(L"center"),
+            odField<&OdDbCircle::m_radius>(40).required().named(L"radius"),
             odField<&OdDbCircle::m_normal>(210).optional().named(L"normal"),
         }}}};
   return schema;
@@ -147,14 +147,14 @@ const OdDbClassSchema& OdDbArc::classSchema() {
       {{L"AcDbCircle",
         {
             odField<&OdDbArc::m_thickness>(39).optional().named(L"thickness"),
-            odField<&OdDbArc::m_center>(10).named(L"center"),
-            odField<&OdDbArc::m_radius>(40).named(L"radius"),
+            odField<&OdDbArc::m_center>(10).required().named(L"center"),
+            odField<&OdDbArc::m_radius>(40).required().named(L"radius"),
             odField<&OdDbArc::m_normal>(210).optional().named(L"normal"),
         }},
        {L"AcDbArc",
         {
-            odField<&OdDbArc::m_startAngle>(50).degrees().named(L"startAngle"),
-            odField<&OdDbArc::m_endAngle>(51).degrees().named(L"endAngle"),
+            odField<&OdDbArc::m_startAngle>(50).required().degrees().named(L"startAngle"),
+            odField<&OdDbArc::m_endAngle>(51).required().degrees().named(L"endAngle"),
         }}}};
   return schema;
 }

@@ -10,44 +10,10 @@ ODDB_DEFINE_MEMBERS(OdDbLeader, OdDbEntity, L"LEADER")
 
 using namespace OdDbEntityGeometry;
 
-// Group 76 (vertex count) and the 10 groups of the vertices.
-struct OdDbLeaderVerticesCodec : OdDbFieldCodec {
-  std::vector<int> codes() const override { return {76, 10}; }
-  static OdGePoint3dArray& vertices(OdDbObject* o) { return static_cast<OdDbLeader*>(o)->m_vertices; }
-  static const OdGePoint3dArray& vertices(const OdDbObject* o) {
-    return static_cast<const OdDbLeader*>(o)->m_vertices;
-  }
-  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
-    out.push_back(OdDxfTag::integer(76, static_cast<OdInt64>(vertices(object).size())));
-    for (const auto& p : vertices(object)) out.push_back(OdDxfTag::point(10, p.x, p.y, p.z));
-  }
-  void beginRead(OdDbObject* object) const override { vertices(object).clear(); }
-  bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext&) const override {
-    if (tag.code == 76) return true;  // the count follows from the list
-    if (tag.type != OdDxf::ValueType::kPoint && tag.type != OdDxf::ValueType::kDouble) return false;
-    const bool point = tag.type == OdDxf::ValueType::kPoint;
-    vertices(object).append(OdGePoint3d(tag.x, point ? tag.y : 0.0, point && tag.dims == 3 ? tag.z : 0.0));
-    return true;
-  }
-  void fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const override {
-    filer->wrInt32(static_cast<OdInt32>(vertices(object).size()));
-    for (const auto& p : vertices(object)) filer->wrPoint3d(p);
-  }
-  void fileIn(OdDbObject* object, OdDbDwgFiler* filer) const override {
-    OdGePoint3dArray& points = vertices(object);
-    points.resize(static_cast<size_t>(filer->rdInt32()));
-    for (auto& p : points) p = filer->rdPoint3d();
-  }
-  bool isEqual(const OdDbObject* a, const OdDbObject* b) const override {
-    const OdGePoint3dArray &p = vertices(a), &q = vertices(b);
-    return std::equal(p.begin(), p.end(), q.begin(), q.end(), [](const OdGePoint3d& u, const OdGePoint3d& v) {
-      return u.x == v.x && u.y == v.y && u.z == v.z;
-    });
-  }
-};
-
 const OdDbClassSchema& OdDbLeader::classSchema() {
-  static const OdDbLeaderVerticesCodec verticesCodec;
+  // Group 76 (vertex count) and the 10 groups of the vertices.
+  static const OdDbField vertexList = odValueArrayField<&OdDbLeader::m_vertices>(10, L"vertices");
+  static const OdDbRecordCodec verticesCodec({odCountField<&OdDbLeader::m_vertices>(76, vertexList), vertexList});
   static const OdDbClassSchema schema{
       &OdDbEntity::classSchema(),
       {{L"AcDbLeader",

@@ -9,8 +9,8 @@ const OdDbClassSchema& OdDbLine::classSchema() {
       {{L"AcDbLine",
         {
             odField<&OdDbLine::m_thickness>(39).optional().named(L"thickness"),
-            odField<&OdDbLine::m_start>(10).named(L"start"),
-            odField<&OdDbLine::m_end>(11).named(L"end"),
+            odField<&OdDbLine::m_start>(10).required().named(L"start"),
+            odField<&OdDbLine::m_end>(11).required().named(L"end"),
             odField<&OdDbLine::m_normal>(210).optional().named(L"normal"),
         }}}};
   return schema;

@@ -9,7 +9,7 @@ const OdDbClassSchema& OdDbPoint::classSchema() {
       &OdDbEntity::classSchema(),
       {{L"AcDbPoint",
         {
-            odField<&OdDbPoint::m_position>(10).named(L"position"),
+            odField<&OdDbPoint::m_position>(10).required().named(L"position"),
             odField<&OdDbPoint::m_thickness>(39).optional().named(L"thickness"),
             odField<&OdDbPoint::m_normal>(210).optional().named(L"normal"),
             odField<&OdDbPoint::m_ecsRotation>(50).optional().degrees().named(L"ecsRotation"),

@@ -46,7 +46,7 @@ const OdDbClassSchema& OdDbPolyline::classSchema() {
       };
   static const OdDbArraySpec vertexRecords = [] {
     OdDbArraySpec spec = odRecords<std::vector<Vertex>>({
-        odField<&Vertex::point>(10).named(L"vertex"),
+        odField<&Vertex::point>(10).required().named(L"vertex"),
         odField<&Vertex::startWidth>(40).writtenWhen(writesWidths).named(L"startWidth"),
         odField<&Vertex::endWidth>(41).writtenWhen(writesWidths).named(L"endWidth"),
         odField<&Vertex::bulge>(42).optional().named(L"bulge"),

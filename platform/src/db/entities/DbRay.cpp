@@ -42,8 +42,8 @@ const OdDbClassSchema& OdDbRay::classSchema() {
   static const OdDbClassSchema schema{&OdDbCurve::classSchema(),
                                       {{L"AcDbRay",
                                         {
-                                            odField<&OdDbRay::m_basePoint>(10).named(L"basePoint"),
-                                            odField<&OdDbRay::m_unitDir>(11).named(L"unitDir"),
+                                            odField<&OdDbRay::m_basePoint>(10).required().named(L"basePoint"),
+                                            odField<&OdDbRay::m_unitDir>(11).required().named(L"unitDir"),
                                         }}}};
   return schema;
 }
@@ -94,8 +94,8 @@ const OdDbClassSchema& OdDbXline::classSchema() {
   static const OdDbClassSchema schema{&OdDbCurve::classSchema(),
                                       {{L"AcDbXline",
                                         {
-                                            odField<&OdDbXline::m_basePoint>(10).named(L"basePoint"),
-                                            odField<&OdDbXline::m_unitDir>(11).named(L"unitDir"),
+                                            odField<&OdDbXline::m_basePoint>(10).required().named(L"basePoint"),
+                                            odField<&OdDbXline::m_unitDir>(11).required().named(L"unitDir"),
                                         }}}};
   return schema;
 }

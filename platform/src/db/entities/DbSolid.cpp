@@ -12,9 +12,9 @@ using namespace OdDbEntityGeometry;
 
 std::vector<OdDbField> OdDbPlanarQuad::quadFields() {
   return {
-      odField<&OdDbPlanarQuad::m_point0>(10).named(L"point0"),
-      odField<&OdDbPlanarQuad::m_point1>(11).named(L"point1"),
-      odField<&OdDbPlanarQuad::m_point2>(12).named(L"point2"),
+      odField<&OdDbPlanarQuad::m_point0>(10).required().named(L"point0"),
+      odField<&OdDbPlanarQuad::m_point1>(11).required().named(L"point1"),
+      odField<&OdDbPlanarQuad::m_point2>(12).required().named(L"point2"),
       odField<&OdDbPlanarQuad::m_point3>(13).named(L"point3"),
       odField<&OdDbPlanarQuad::m_thickness>(39).optional().named(L"thickness"),
       odField<&OdDbPlanarQuad::m_normal>(210).optional().named(L"normal"),
@@ -119,9 +119,9 @@ const OdDbClassSchema& OdDbFace::classSchema() {
       &OdDbEntity::classSchema(),
       {{L"AcDbFace",
         {
-            odField<&OdDbFace::m_point0>(10).named(L"point0"),
-            odField<&OdDbFace::m_point1>(11).named(L"point1"),
-            odField<&OdDbFace::m_point2>(12).named(L"point2"),
+            odField<&OdDbFace::m_point0>(10).required().named(L"point0"),
+            odField<&OdDbFace::m_point1>(11).required().named(L"point1"),
+            odField<&OdDbFace::m_point2>(12).required().named(L"point2"),
             odField<&OdDbFace::m_point3>(13).named(L"point3"),
             odField<&OdDbFace::m_invisibleEdges>(70).optional().named(L"invisibleEdges"),
         }}}};

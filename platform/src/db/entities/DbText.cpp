@@ -82,6 +82,11 @@ void odDbTextBox(const OdString& text, double height, double widthFactor, OdGePo
   upperRight = OdGePoint3d(advance * height * widthFactor, height, 0);
 }
 
+namespace {
+// Text generation: mirrored in x (2), in y (4).
+const OdInt64 kGenerationFlags[] = {0, 2, 4, 6};
+}  // namespace
+
 // ---------------------------------------------------------------- text
 
 // The groups that single-line texts, attribute definitions and attributes
@@ -90,15 +95,15 @@ void odDbTextBox(const OdString& text, double height, double widthFactor, OdGePo
 std::vector<OdDbField> OdDbText::textFields() {
   return {
       odField<&OdDbText::m_thickness>(39).optional().named(L"thickness"),
-      odField<&OdDbText::m_position>(10).named(L"position"),
+      odField<&OdDbText::m_position>(10).required().named(L"position"),
       odField<&OdDbText::m_height>(40).named(L"height"),
-      odField<&OdDbText::m_text>(1).named(L"text"),
+      odField<&OdDbText::m_text>(1).required().named(L"text"),
       odField<&OdDbText::m_rotation>(50).optional().degrees().named(L"rotation"),
       odField<&OdDbText::m_widthFactor>(41).optional().defaults(1.0).named(L"widthFactor"),
       odField<&OdDbText::m_oblique>(51).optional().degrees().named(L"oblique"),
       odNameField<&OdDbText::m_styleId>(7, OdDbNameTable::kTextStyle, L"Standard").optional().named(L"style"),
-      odField<&OdDbText::m_generation>(71).optional().named(L"generation"),
-      odField<&OdDbText::m_horizontalMode>(72).optional().named(L"horizontalMode"),
+      odField<&OdDbText::m_generation>(71).optional().validValues(kGenerationFlags).named(L"generation"),
+      odField<&OdDbText::m_horizontalMode>(72).optional().validRange(0, 5).named(L"horizontalMode"),
       odField<&OdDbText::m_alignmentPoint>(11).optional().named(L"alignmentPoint"),
       odField<&OdDbText::m_normal>(210).optional().named(L"normal"),
   };
@@ -109,7 +114,7 @@ const OdDbClassSchema& OdDbText::classSchema() {
   static const OdDbClassSchema schema{
       &OdDbEntity::classSchema(),
       {{L"AcDbText", OdDbText::textFields()},
-       {L"AcDbText", {odField<&OdDbText::m_verticalMode>(73).optional().named(L"verticalMode")}}}};
+       {L"AcDbText", {odField<&OdDbText::m_verticalMode>(73).optional().validRange(0, 3).named(L"verticalMode")}}}};
   return schema;
 }
 
@@ -221,10 +226,10 @@ std::vector<OdDbField> odDbAttributeFields() {
   std::vector<OdDbField> fields{odField<&T::m_version>(280).since(OdDb::vAC24).named(L"version")};
   if constexpr (std::is_same_v<T, OdDbAttributeDefinition>) fields.push_back(odField<&T::m_prompt>(3).named(L"prompt"));
   for (OdDbField field : {
-           odField<&T::m_tag>(2).named(L"tag"),
+           odField<&T::m_tag>(2).required().named(L"tag"),
            odField<&T::m_attFlags>(70).named(L"flags"),
            odField<&T::m_fieldLength>(73).optional().named(L"fieldLength"),
-           odField<&T::m_verticalMode>(74).optional().named(L"verticalMode"),
+           odField<&T::m_verticalMode>(74).optional().validRange(0, 3).named(L"verticalMode"),
            odField<&T::m_lockPosition>(280).optional().since(OdDb::vAC18).named(L"lockPosition"),
        }) {
     fields.push_back(field);
@@ -233,8 +238,16 @@ std::vector<OdDbField> odDbAttributeFields() {
 }
 
 const OdDbClassSchema& OdDbAttributeDefinition::classSchema() {
+  // A definition may leave its default value (group 1) out.
+  auto attributeDefinitionTextFields = [] {
+    std::vector<OdDbField> fields = OdDbText::textFields();
+    for (OdDbField& field : fields) {
+      if (field.code == 1) field.flags &= static_cast<OdUInt16>(~OdDbField::kRequired);
+    }
+    return fields;
+  };
   static const OdDbClassSchema schema{&OdDbEntity::classSchema(),
-                                      {{L"AcDbText", OdDbText::textFields()},
+                                      {{L"AcDbText", attributeDefinitionTextFields()},
                                        {L"AcDbAttributeDefinition", odDbAttributeFields<OdDbAttributeDefinition>()}}};
   return schema;
 }
@@ -433,16 +446,16 @@ const OdDbClassSchema& OdDbMText::classSchema() {
       &OdDbEntity::classSchema(),
       {{L"AcDbMText",
         {
-            odField<&OdDbMText::m_location>(10).named(L"location"),
+            odField<&OdDbMText::m_location>(10).required().named(L"location"),
             odField<&OdDbMText::m_textHeight>(40).named(L"textHeight"),
             odField<&OdDbMText::m_width>(41).named(L"width"),
-            odField<&OdDbMText::m_attachment>(71).defaultsInt(kTopLeft).named(L"attachment"),
-            odField<&OdDbMText::m_flowDirection>(72).defaultsInt(kLtoR).named(L"flowDirection"),
+            odField<&OdDbMText::m_attachment>(71).defaultsInt(kTopLeft).validRange(1, 9).named(L"attachment"),
+            odField<&OdDbMText::m_flowDirection>(72).defaultsInt(kLtoR).validRange(kLtoR, kByStyle).named(L"flowDirection"),
             odCustomField(contents, L"contents"),
             odNameField<&OdDbMText::m_styleId>(7, OdDbNameTable::kTextStyle, L"Standard").optional().named(L"style"),
             odField<&OdDbMText::m_normal>(210).optional().named(L"normal"),
             odCustomField(direction, L"direction"),
-            odField<&OdDbMText::m_lineSpacingStyle>(73).optional().defaultsInt(1).named(L"lineSpacingStyle"),
+            odField<&OdDbMText::m_lineSpacingStyle>(73).optional().defaultsInt(1).validRange(1, 2).named(L"lineSpacingStyle"),
             odField<&OdDbMText::m_lineSpacingFactor>(44).optional().defaults(1.0).named(L"lineSpacingFactor"),
             odField<&OdDbMText::m_backgroundFlags>(90).optional().since(OdDb::vAC18).named(L"backgroundFlags"),
             odField<&OdDbMText::m_backgroundColorIndex>(63).optional().since(OdDb::vAC18).named(L"backgroundColor"),

@@ -74,7 +74,7 @@ const OdDbClassSchema& OdDb2dVertex::classSchema() {
       &OdDbVertex::classSchema(),
       {{L"AcDb2dVertex",
         {
-            odField<&OdDb2dVertex::m_position>(10).named(L"position"),
+            odField<&OdDb2dVertex::m_position>(10).required().named(L"position"),
             odField<&OdDb2dVertex::m_startWidth>(40).optional().named(L"startWidth"),
             odField<&OdDb2dVertex::m_endWidth>(41).optional().named(L"endWidth"),
             odField<&OdDb2dVertex::m_bulge>(42).optional().named(L"bulge"),
@@ -127,7 +127,7 @@ const OdDbClassSchema& OdDb3dPolylineVertex::classSchema() {
   static const OdDbClassSchema schema{&OdDbVertex::classSchema(),
                                       {{L"AcDb3dPolylineVertex",
                                         {
-                                            odField<&OdDb3dPolylineVertex::m_position>(10).named(L"position"),
+                                            odField<&OdDb3dPolylineVertex::m_position>(10).required().named(L"position"),
                                             odField<&OdDb3dPolylineVertex::m_flags>(70).named(L"flags"),
                                         }}}};
   return schema;
@@ -140,7 +140,7 @@ const OdDbClassSchema& OdDbPolygonMeshVertex::classSchema() {
       &OdDbVertex::classSchema(),
       {{L"AcDbPolygonMeshVertex",
         {
-            odField<&OdDbPolygonMeshVertex::m_position>(10).named(L"position"),
+            odField<&OdDbPolygonMeshVertex::m_position>(10).required().named(L"position"),
             odField<&OdDbPolygonMeshVertex::m_flags>(70).named(L"flags"),
         }}}};
   return schema;
@@ -153,7 +153,7 @@ const OdDbClassSchema& OdDbPolyFaceMeshVertex::classSchema() {
       &OdDbVertex::classSchema(),
       {{L"AcDbPolyFaceMeshVertex",
         {
-            odField<&OdDbPolyFaceMeshVertex::m_position>(10).named(L"position"),
+            odField<&OdDbPolyFaceMeshVertex::m_position>(10).required().named(L"position"),
             odField<&OdDbPolyFaceMeshVertex::m_flags>(70).named(L"flags"),
         }}}};
   return schema;
@@ -166,7 +166,7 @@ const OdDbClassSchema& OdDbFaceRecord::classSchema() {
       &OdDbVertex::classSchema(),
       {{L"AcDbFaceRecord",
         {
-            odField<&OdDbFaceRecord::m_position>(10).named(L"position"),
+            odField<&OdDbFaceRecord::m_position>(10).required().named(L"position"),
             odField<&OdDbFaceRecord::m_flags>(70).named(L"flags"),
             odField<&OdDbFaceRecord::m_index0>(71).named(L"vertex1"),
             odField<&OdDbFaceRecord::m_index1>(72).named(L"vertex2"),
