@@ -2,7 +2,7 @@
 // corpus is read from its tags and written back; its own groups must come
 // back as they were read.
 #include "DbDimension.h"
-#include "entities_support.h"
+#include "db_test_support.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 // loop form, areas by style, extents and transformations.
 #include "DbHatch.h"
 #include "Ge/GeOcs.h"
-#include "entities_support.h"
+#include "db_test_support.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 // from polygons, and both marker forms of wipeouts.
 #include "DbRasterImage.h"
 #include "Ge/GeOcs.h"
-#include "entities_support.h"
+#include "db_test_support.h"
 
 namespace {
 
