@@ -4,21 +4,10 @@
 
 #include <cmath>
 
-#include "cmd_draw_support.h"
+#include "host_test_support.h"
 
-using namespace draw_test;
+using namespace hosttest;
 using ::testing::HasSubstr;
-
-namespace {
-
-void addLayer(OdDbDatabase* db, const wchar_t* name) {
-  OdDbLayerTableRecordPtr layer = OdDbLayerTableRecord::createObject();
-  layer->setName(name);
-  OdDbObjectPtr table = db->getLayerTableId().openObject(OdDb::kForWrite);
-  static_cast<OdDbSymbolTable*>(table.get())->add(layer.get());
-}
-
-}  // namespace
 
 TEST(DrawLine, SegmentsWithUndoCloseAndTheCurrentLayer) {
   HostSession session;

@@ -6,9 +6,9 @@
 #include <cmath>
 
 #include "DbDimension.h"
-#include "cmd_draw_support.h"
+#include "host_test_support.h"
 
-using namespace draw_test;
+using namespace hosttest;
 using ::testing::HasSubstr;
 
 namespace {

@@ -4,9 +4,9 @@
 
 #include <cmath>
 
-#include "cmd_draw_support.h"
+#include "host_test_support.h"
 
-using namespace draw_test;
+using namespace hosttest;
 using ::testing::HasSubstr;
 using ::testing::Not;
 

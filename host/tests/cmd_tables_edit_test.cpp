@@ -8,13 +8,13 @@
 #include "DbBlockReference.h"
 #include "DbCurves.h"
 #include "DbText.h"
-#include "cmd_tables_support.h"
+#include "host_test_support.h"
 #include "rydb.h"
 #include "ryed.h"
 
 namespace {
 
-using namespace cmdtables;
+using namespace hosttest;
 
 OdDbEntityPtr entity(const OdDbObjectId& id) {
   return OdDbEntity::cast(id.openObject(OdDb::kForRead, true).get());

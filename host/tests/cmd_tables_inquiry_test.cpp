@@ -6,12 +6,12 @@
 #include "DbCurves.h"
 #include "DbPolyline.h"
 #include "DbText.h"
-#include "cmd_tables_support.h"
+#include "host_test_support.h"
 #include "core/SpatialIndex.h"
 
 namespace {
 
-using namespace cmdtables;
+using namespace hosttest;
 
 std::string handleOf(const OdDbObjectId& id) { return id.handle().ascii().toUtf8(); }
 

@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "DbCurves.h"
-#include "cmd_tables_support.h"
+#include "host_test_support.h"
 #include "ryed.h"
 
 namespace {
 
-using namespace cmdtables;
+using namespace hosttest;
 
 TEST(LayerCommand, OptionsChangeLayersNamedByListsAndWildcards) {
   HostSession session;

@@ -7,11 +7,11 @@
 #include <fstream>
 #include <sstream>
 
-#include "cmd_tables_support.h"
+#include "host_test_support.h"
 
 namespace {
 
-using namespace cmdtables;
+using namespace hosttest;
 namespace fs = std::filesystem;
 
 OdSmartPtr<OdDbLinetypeTableRecord> linetype(OdDbDatabase* db, const wchar_t* name) {

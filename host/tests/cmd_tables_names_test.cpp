@@ -5,11 +5,11 @@
 #include <gtest/gtest.h>
 
 #include "DbCurves.h"
-#include "cmd_tables_support.h"
+#include "host_test_support.h"
 
 namespace {
 
-using namespace cmdtables;
+using namespace hosttest;
 
 bool locked(OdDbDatabase* db, const wchar_t* name) { return layer(db, name)->isLocked(); }
 

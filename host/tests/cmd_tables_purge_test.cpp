@@ -14,11 +14,11 @@
 #include "DbBlockReference.h"
 #include "DbCurves.h"
 #include "DbDimension.h"
-#include "cmd_tables_support.h"
+#include "host_test_support.h"
 
 namespace {
 
-using namespace cmdtables;
+using namespace hosttest;
 namespace fs = std::filesystem;
 
 // ---------------------------------------------------------------- a drawing with nested blocks

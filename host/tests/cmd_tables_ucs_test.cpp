@@ -7,13 +7,13 @@
 
 #include "DbCurves.h"
 #include "DbText.h"
-#include "cmd_tables_support.h"
+#include "host_test_support.h"
 #include "ryed.h"
 #include "sdk/Input.h"
 
 namespace {
 
-using namespace cmdtables;
+using namespace hosttest;
 
 constexpr double kTolerance = 1e-9;
 
@@ -22,7 +22,7 @@ ryhost::Document* document() { return ryhost::Host::instance().current(); }
 // Where a point typed in the current system lies in the world.
 OdGePoint3d worldOf(double x, double y, double z = 0) { return ryhost::ucsToWcs(OdGePoint3d(x, y, z)); }
 
-void expectPoint(const OdGePoint3d& actual, double x, double y, double z,
+void expectAt(const OdGePoint3d& actual, double x, double y, double z,
                  const std::string& what = std::string()) {
   EXPECT_LT(actual.distanceTo(OdGePoint3d(x, y, z)), kTolerance)
       << what << ": " << actual.x << "," << actual.y << "," << actual.z;
@@ -38,30 +38,30 @@ TEST(UcsCommand, OptionsSetTheSystemThatPointsAreTypedIn) {
   HostSession session;
   const double r = std::sqrt(0.5);
   session.run({"UCS", "Z", "90"});
-  expectPoint(worldOf(10, 0), 0, 10, 0, "Z 90");
+  expectAt(worldOf(10, 0), 0, 10, 0, "Z 90");
   session.run({"UCS", "O", "10,0"});  // in the rotated system: world (0,10)
-  expectPoint(variable(L"UCSORG"), 0, 10, 0, "origin");
-  expectPoint(worldOf(1, 0), 0, 11, 0, "origin keeps the axes");
+  expectAt(variable(L"UCSORG"), 0, 10, 0, "origin");
+  expectAt(worldOf(1, 0), 0, 11, 0, "origin keeps the axes");
   session.run({"UCS", "W"});
-  expectPoint(worldOf(3, 4), 3, 4, 0, "world");
+  expectAt(worldOf(3, 4), 3, 4, 0, "world");
 
   session.run({"UCS", "3", "1,1,0", "2,2,0", "0,2,0"});
-  expectPoint(variable(L"UCSXDIR"), r, r, 0, "3point x");
-  expectPoint(variable(L"UCSYDIR"), -r, r, 0, "3point y");
-  expectPoint(worldOf(0, 0), 1, 1, 0, "3point origin");
+  expectAt(variable(L"UCSXDIR"), r, r, 0, "3point x");
+  expectAt(variable(L"UCSYDIR"), -r, r, 0, "3point y");
+  expectAt(worldOf(0, 0), 1, 1, 0, "3point origin");
   session.run({"UCS", "", "UCS", "5,0", ""});  // a point and Accept: the origin moves only
-  expectPoint(worldOf(0, 0), 5, 0, 0, "moved");
+  expectAt(worldOf(0, 0), 5, 0, 0, "moved");
   session.run({"UCS", "0,0", "0,1", ""});  // the x axis toward a point
-  expectPoint(variable(L"UCSXDIR"), 0, 1, 0, "turned");
+  expectAt(variable(L"UCSXDIR"), 0, 1, 0, "turned");
   session.run({"UCS", "W", "UCS", "X", "90"});
-  expectPoint(variable(L"UCSYDIR"), 0, 0, 1, "X 90");
+  expectAt(variable(L"UCSYDIR"), 0, 0, 1, "X 90");
   session.run({"UCS", "W", "UCS", "Y", "-90"});
-  expectPoint(variable(L"UCSXDIR"), 0, 0, 1, "Y -90");
+  expectAt(variable(L"UCSXDIR"), 0, 0, 1, "Y -90");
   session.run({"UCS", "W", "UCS", "ZA", "1,2,3", "1,2,2"});
-  expectPoint(worldOf(0, 0, 1), 1, 2, 2, "ZAxis points down");
+  expectAt(worldOf(0, 0, 1), 1, 2, 2, "ZAxis points down");
   const std::string out = session.run({"UCS", "F"});
   EXPECT_TRUE(contains(out, "The Face option is not available on the console.")) << out;
-  expectPoint(worldOf(0, 0, 1), 1, 2, 2, "unchanged by Face");
+  expectAt(worldOf(0, 0, 1), 1, 2, 2, "unchanged by Face");
 }
 
 TEST(UcsCommand, PreviousWalksBackAndUUndoesEachChange) {
@@ -70,28 +70,28 @@ TEST(UcsCommand, PreviousWalksBackAndUUndoesEachChange) {
   session.run({"UCS", "Z", "180", "U"});
   EXPECT_TRUE(contains(session.run({"UCS", "P"}), "No previous UCS saved."));
   session.run({"UCS", "Z", "90", "UCS", "O", "5,5"});
-  expectPoint(worldOf(0, 0), -5, 5, 0);
+  expectAt(worldOf(0, 0), -5, 5, 0);
   session.run({"UCS", "P"});
-  expectPoint(worldOf(0, 0), 0, 0, 0, "previous origin");
-  expectPoint(worldOf(1, 0), 0, 1, 0, "previous axes");
+  expectAt(worldOf(0, 0), 0, 0, 0, "previous origin");
+  expectAt(worldOf(1, 0), 0, 1, 0, "previous axes");
   session.run({"UCS", "P"});
-  expectPoint(worldOf(1, 0), 1, 0, 0, "back to world");
+  expectAt(worldOf(1, 0), 1, 0, 0, "back to world");
   EXPECT_TRUE(contains(session.run({"UCS", "P"}), "No previous UCS saved."));
 
   // U takes back one change at a time: the rotation after the origin, then the rotation.
   session.run({"UCS", "Z", "90", "UCS", "O", "5,5", "U"});
-  expectPoint(worldOf(0, 0), 0, 0, 0, "U after Origin");
-  expectPoint(worldOf(1, 0), 0, 1, 0, "U after Origin keeps the rotation");
+  expectAt(worldOf(0, 0), 0, 0, 0, "U after Origin");
+  expectAt(worldOf(1, 0), 0, 1, 0, "U after Origin keeps the rotation");
   session.run({"U"});
-  expectPoint(worldOf(1, 0), 1, 0, 0, "U after Z");
+  expectAt(worldOf(1, 0), 1, 0, 0, "U after Z");
   // Undoing Previous brings back both the system and what Previous took from the stack.
   session.run({"UCS", "Z", "90", "UCS", "P", "U"});
-  expectPoint(worldOf(1, 0), 0, 1, 0, "U after Previous");
+  expectAt(worldOf(1, 0), 0, 1, 0, "U after Previous");
   session.run({"UCS", "P"});
-  expectPoint(worldOf(1, 0), 1, 0, 0, "Previous again");
+  expectAt(worldOf(1, 0), 1, 0, 0, "Previous again");
   // After the undo, Previous still knows nothing newer than world.
   session.run({"UCS", "Z", "45", "UCS", "P"});
-  expectPoint(worldOf(1, 0), 1, 0, 0, "previous after undo");
+  expectAt(worldOf(1, 0), 1, 0, 0, "previous after undo");
 }
 
 TEST(UcsCommand, ObjectsDefineSystems) {
@@ -113,24 +113,24 @@ TEST(UcsCommand, ObjectsDefineSystems) {
   circle.release();
 
   session.run({"UCS", "OB", "#" + textId.handle().ascii().toUtf8()});
-  expectPoint(worldOf(0, 0), 10, 10, 0, "text origin");
-  expectPoint(variable(L"UCSXDIR"), r, r, 0, "text rotation");
+  expectAt(worldOf(0, 0), 10, 10, 0, "text origin");
+  expectAt(variable(L"UCSXDIR"), r, r, 0, "text rotation");
   // The line: origin at the end nearer the pick, x along the line.
   session.run({"UCS", "W", "UCS", "OB", "*0,-29"});
-  expectPoint(worldOf(0, 0), 0, -30, 0, "line origin");
-  expectPoint(variable(L"UCSXDIR"), 0, 1, 0, "line direction");
+  expectAt(worldOf(0, 0), 0, -30, 0, "line origin");
+  expectAt(variable(L"UCSXDIR"), 0, 1, 0, "line direction");
   // The circle: origin at the centre, x through the pick.
   session.run({"UCS", "W", "UCS", "OB", "*50,-5"});
-  expectPoint(worldOf(0, 0), 50, 0, 0, "circle centre");
-  expectPoint(variable(L"UCSXDIR"), 0, -1, 0, "circle pick");
+  expectAt(worldOf(0, 0), 50, 0, 0, "circle centre");
+  expectAt(variable(L"UCSXDIR"), 0, -1, 0, "circle pick");
 
   // Programs: the object option and then Previous.
   EXPECT_EQ(
       ryedCommand(RTSTR, L"_.ucs", RTSTR, L"_OB", RTSTR, (L"#" + textId.handle().ascii()).c_str(), RTNONE),
       RTNORM);
-  expectPoint(worldOf(0, 0), 10, 10, 0, "program object");
+  expectAt(worldOf(0, 0), 10, 10, 0, "program object");
   EXPECT_EQ(ryedCommand(RTSTR, L"_.ucs", RTSTR, L"_p", RTNONE), RTNORM);
-  expectPoint(worldOf(0, 0), 50, 0, 0, "program previous");
+  expectAt(worldOf(0, 0), 50, 0, 0, "program previous");
 }
 
 TEST(UcsCommand, NamedSystemsAreSavedRestoredListedAndDeleted) {
@@ -141,7 +141,7 @@ TEST(UcsCommand, NamedSystemsAreSavedRestoredListedAndDeleted) {
   EXPECT_TRUE(contains(out, "UCS \"TURNED\" already exists.  Replace it? <N>")) << out;
   EXPECT_TRUE(contains(out, "\"MOVED\"  Origin = <0.0000,5.0000,0.0000>"));
   session.run({"UCS", "W", "UCS", "NA", "R", "NOSUCH", "turned"});
-  expectPoint(worldOf(1, 0), 0, 1, 0, "restored");
+  expectAt(worldOf(1, 0), 0, 1, 0, "restored");
   out = session.run({"UCS", "NA", "D", "T*"});
   EXPECT_TRUE(contains(out, "1 UCS name(s) deleted.")) << out;
   EXPECT_TRUE(db->findRecord(OdDbNameTable::kUcs, L"TURNED").isNull());

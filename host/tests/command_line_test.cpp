@@ -7,14 +7,11 @@
 #include "core/Aliases.h"
 #include "core/CommandStack.h"
 #include "harness.h"
+#include "host_test_support.h"
+
+using namespace hosttest;
 
 namespace {
-
-int countOf(const std::string& text, const std::string& part) {
-  int n = 0;
-  for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
-  return n;
-}
 
 void writeUserAliases(HostSession& session, const std::string& text) {
   std::ofstream((session.host().dataFolder() + L"ryad.pgp").toUtf8()) << text;

@@ -6,14 +6,14 @@
 #include "DbCurves.h"
 #include "DbText.h"
 #include "harness.h"
-#include "sdk_values.h"
+#include "host_test_support.h"
 #include "rydb.h"
 #include "ryed.h"
 #include "ryut.h"
 
-namespace {
+using namespace hosttest;
 
-constexpr double kPi = 3.14159265358979323846;
+namespace {
 
 double degrees(double d) { return d * kPi / 180.0; }
 
@@ -31,11 +31,6 @@ std::wstring angtos(double value, int unit, int precision) {
 
 bool distof(const wchar_t* text, int unit, double& value) { return rydbDisToF(text, unit, &value) == RTNORM; }
 bool angtof(const wchar_t* text, int unit, double& value) { return rydbAngToF(text, unit, &value) == RTNORM; }
-
-OdDbObjectId place(OdDbDatabase* db, OdDbEntity* entity) {
-  OdDbObjectPtr owner = db->getModelSpaceId().openObject(OdDb::kForWrite);
-  return static_cast<OdDbBlockTableRecord*>(owner.get())->appendOdDbEntity(entity);
-}
 
 }  // namespace
 

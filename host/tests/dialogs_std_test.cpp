@@ -5,14 +5,13 @@
 
 #include "RyDialogs.h"
 #include "harness.h"
+#include "host_test_support.h"
+
+using namespace hosttest;
 
 namespace {
 
 namespace fs = std::filesystem;
-
-bool contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
 
 TEST(MessageBoxes, RepliesPickTheButtonsOfTheBox) {
   HostSession session;

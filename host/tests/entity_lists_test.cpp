@@ -10,7 +10,7 @@
 #include "DbSymbolTable.h"
 #include "core/CommandStack.h"
 #include "harness.h"
-#include "sdk_values.h"
+#include "host_test_support.h"
 #include "rydb.h"
 #include "ryed.h"
 #include "ryut.h"

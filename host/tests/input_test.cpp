@@ -8,14 +8,14 @@
 #include "DbCurves.h"
 #include "DbPolyline.h"
 #include "harness.h"
-#include "sdk_values.h"
+#include "host_test_support.h"
 #include "rydb.h"
 #include "ryed.h"
 #include "ryut.h"
 
-namespace {
+using namespace hosttest;
 
-constexpr double kPi = 3.14159265358979323846;
+namespace {
 
 double degrees(double d) { return d * kPi / 180.0; }
 
@@ -33,30 +33,6 @@ std::wstring keywordFor(HostSession& session, const wchar_t* list, std::vector<s
   ACHAR result[64] = L"?";
   const int status = ryedGetKword(L"\nOption: ", result, 64);
   return status == RTNORM ? std::wstring(result) : L"<" + std::to_wstring(status) + L">";
-}
-
-int countOf(const std::string& text, const std::string& part) {
-  int n = 0;
-  for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
-  return n;
-}
-
-void expectPoint(const ads_point p, double x, double y, double z) {
-  EXPECT_NEAR(p[0], x, 1e-9);
-  EXPECT_NEAR(p[1], y, 1e-9);
-  EXPECT_NEAR(p[2], z, 1e-9);
-}
-
-OdDbObjectId place(OdDbDatabase* db, OdDbEntity* entity) {
-  OdDbObjectPtr owner = db->getModelSpaceId().openObject(OdDb::kForWrite);
-  return static_cast<OdDbBlockTableRecord*>(owner.get())->appendOdDbEntity(entity);
-}
-
-void addLine(OdDbDatabase* db, OdGePoint3d a, OdGePoint3d b) {
-  OdDbLinePtr line = OdDbLine::createObject();
-  line->setStartPoint(a);
-  line->setEndPoint(b);
-  place(db, line.get());
 }
 
 }  // namespace

@@ -6,8 +6,11 @@
 #include "DbCurves.h"
 #include "core/CommandStack.h"
 #include "harness.h"
+#include "host_test_support.h"
 #include "ryed.h"
 #include "ryut.h"
+
+using namespace hosttest;
 
 namespace {
 
@@ -59,8 +62,6 @@ void registerTestCommands() {
   stack->addCommand(L"KERNELTEST", L"TMODAL", L"TMODAL", OdEdCommand::kModal, modalCommand);
   stack->addCommand(L"KERNELTEST", L"TTRANS", L"TTRANS", OdEdCommand::kTransparent, transparentCommand);
 }
-
-bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 // ---------------------------------------------------------------- undo
 

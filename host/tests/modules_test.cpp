@@ -11,6 +11,9 @@
 #include "core/CommandStack.h"
 #include "core/SelectionSets.h"
 #include "harness.h"
+#include "host_test_support.h"
+
+using namespace hosttest;
 
 namespace {
 
@@ -51,8 +54,6 @@ std::vector<OdString> groupCommands(const wchar_t* group) {
   }
   return names;
 }
-
-bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 TEST(Modules, LoadingInitialisesAndRegistersTheCommands) {
   HostSession session;

@@ -10,6 +10,9 @@
 
 #include "DbBlockTableRecord.h"
 #include "DxfFile.h"
+#include "host_test_support.h"
+
+using namespace hosttest;
 
 namespace {
 
@@ -74,8 +77,6 @@ size_t modelSpaceEntities(OdDbDatabase* db) {
   for (const auto& id : static_cast<OdDbBlockTableRecord*>(object.get())->entityIds()) count += id.isErased() ? 0 : 1;
   return count;
 }
-
-bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 bool independentCheckerAvailable() {
   return fs::exists(kIndependentChecker) && std::system("/usr/bin/python3 -c 'import ezdxf' >/dev/null 2>&1") == 0;

@@ -2,9 +2,9 @@
 // relational operators, extended data, block names, and malformed lists.
 #include <gmock/gmock.h>
 
-#include "selection_support.h"
+#include "host_test_support.h"
 
-using namespace selection_test;
+using namespace hosttest;
 using ::testing::UnorderedElementsAre;
 using ::testing::UnorderedElementsAreArray;
 using Ids = std::vector<OdDbObjectId>;
@@ -51,59 +51,59 @@ Ids selectWith(const resbuf* filter) {
 TEST(SelectionFilters, TypesLayersAndColoursMatchWildcards) {
   HostSession session;
   FilterScene s(session.db());
-  EXPECT_THAT(selectWith(ListHolder(ryutBuildList(RTDXF0, L"LINE,ARC", RTNONE))),
+  EXPECT_THAT(selectWith(List(ryutBuildList(RTDXF0, L"LINE,ARC", RTNONE))),
               UnorderedElementsAre(s.wallLine, s.redLine, s.arc));
-  EXPECT_THAT(selectWith(ListHolder(ryutBuildList(RTDXF0, L"circle", RTNONE))),
+  EXPECT_THAT(selectWith(List(ryutBuildList(RTDXF0, L"circle", RTNONE))),
               UnorderedElementsAre(s.smallCircle, s.bigCircle));
-  EXPECT_THAT(selectWith(ListHolder(ryutBuildList(RTDXF0, L"~*[EC]", RTNONE))),
+  EXPECT_THAT(selectWith(List(ryutBuildList(RTDXF0, L"~*[EC]", RTNONE))),
               UnorderedElementsAre(s.text, s.mirroredText));
-  EXPECT_THAT(selectWith(ListHolder(ryutBuildList(8, L"wall-*", RTNONE))),
+  EXPECT_THAT(selectWith(List(ryutBuildList(8, L"wall-*", RTNONE))),
               UnorderedElementsAre(s.wallLine, s.redLine, s.bigCircle));
-  EXPECT_THAT(selectWith(ListHolder(ryutBuildList(RTDXF0, L"LINE", 8, L"WALL-#", RTNONE))),
+  EXPECT_THAT(selectWith(List(ryutBuildList(RTDXF0, L"LINE", 8, L"WALL-#", RTNONE))),
               UnorderedElementsAre(s.wallLine, s.redLine));
   // No colour group means by layer.
-  EXPECT_THAT(selectWith(ListHolder(ryutBuildList(62, 1, RTNONE))), UnorderedElementsAre(s.redLine));
-  EXPECT_EQ(selectWith(ListHolder(ryutBuildList(62, 256, RTNONE))).size(), 6u);
+  EXPECT_THAT(selectWith(List(ryutBuildList(62, 1, RTNONE))), UnorderedElementsAre(s.redLine));
+  EXPECT_EQ(selectWith(List(ryutBuildList(62, 256, RTNONE))).size(), 6u);
 }
 
 TEST(SelectionFilters, LogicalOperatorsNest) {
   HostSession session;
   FilterScene s(session.db());
   // clang-format off
-  ListHolder either(ryutBuildList(-4, L"<OR",
+  List either(ryutBuildList(-4, L"<OR",
                                     -4, L"<AND", RTDXF0, L"LINE", 62, 1, -4, L"AND>",
                                     -4, L"<and", RTDXF0, L"CIRCLE", -4, L">", 40, 5.0, -4, L"and>",
                                   -4, L"OR>", RTNONE));
   // clang-format on
   EXPECT_THAT(selectWith(either), UnorderedElementsAre(s.redLine, s.bigCircle));
-  ListHolder notWalls(ryutBuildList(-4, L"<NOT", 8, L"WALL*", -4, L"NOT>", RTNONE));
+  List notWalls(ryutBuildList(-4, L"<NOT", 8, L"WALL*", -4, L"NOT>", RTNONE));
   EXPECT_THAT(selectWith(notWalls), UnorderedElementsAre(s.smallCircle, s.arc, s.text, s.mirroredText));
-  ListHolder oneOf(ryutBuildList(-4, L"<XOR", RTDXF0, L"CIRCLE", 8, L"WALL*", -4, L"XOR>", RTNONE));
+  List oneOf(ryutBuildList(-4, L"<XOR", RTDXF0, L"CIRCLE", 8, L"WALL*", -4, L"XOR>", RTNONE));
   EXPECT_THAT(selectWith(oneOf), UnorderedElementsAre(s.wallLine, s.redLine, s.smallCircle));
 }
 
 TEST(SelectionFilters, RelationalTestsOnNumbersPointsBitsAndNames) {
   HostSession session;
   FilterScene s(session.db());
-  EXPECT_THAT(selectWith(ListHolder(ryutBuildList(-4, L"<=", 40, 2.0, RTNONE))),
+  EXPECT_THAT(selectWith(List(ryutBuildList(-4, L"<=", 40, 2.0, RTNONE))),
               UnorderedElementsAre(s.smallCircle));
-  EXPECT_THAT(selectWith(ListHolder(ryutBuildList(RTDXF0, L"TEXT,CIRCLE,ARC", -4, L"!=", 40, 2.5, RTNONE))),
+  EXPECT_THAT(selectWith(List(ryutBuildList(RTDXF0, L"TEXT,CIRCLE,ARC", -4, L"!=", 40, 2.5, RTNONE))),
               UnorderedElementsAre(s.smallCircle, s.bigCircle, s.arc));
-  EXPECT_THAT(selectWith(ListHolder(ryutBuildList(-4, L"/=", 40, 2.5, -4, L">=", 40, 3.0, RTNONE))),
+  EXPECT_THAT(selectWith(List(ryutBuildList(-4, L"/=", 40, 2.5, -4, L">=", 40, 3.0, RTNONE))),
               UnorderedElementsAre(s.bigCircle, s.arc));
   const ads_point origin = {0, 0, 0};
-  EXPECT_THAT(selectWith(ListHolder(ryutBuildList(-4, L">,>,*", 10, origin, RTNONE))),
+  EXPECT_THAT(selectWith(List(ryutBuildList(-4, L">,>,*", 10, origin, RTNONE))),
               UnorderedElementsAre(s.wallLine, s.smallCircle, s.text));
   const ads_point centre = {5, 5, 0};
-  EXPECT_THAT(selectWith(ListHolder(ryutBuildList(10, centre, RTNONE))), UnorderedElementsAre(s.smallCircle));
+  EXPECT_THAT(selectWith(List(ryutBuildList(10, centre, RTNONE))), UnorderedElementsAre(s.smallCircle));
   // Generation flags: 2 mirrored in x, 4 in y.
-  EXPECT_THAT(selectWith(ListHolder(ryutBuildList(-4, L"&", 71, 2, RTNONE))),
+  EXPECT_THAT(selectWith(List(ryutBuildList(-4, L"&", 71, 2, RTNONE))),
               UnorderedElementsAre(s.text, s.mirroredText));
-  EXPECT_THAT(selectWith(ListHolder(ryutBuildList(-4, L"&=", 71, 6, RTNONE))),
+  EXPECT_THAT(selectWith(List(ryutBuildList(-4, L"&=", 71, 6, RTNONE))),
               UnorderedElementsAre(s.mirroredText));
-  EXPECT_THAT(selectWith(ListHolder(ryutBuildList(-4, L"<", 8, L"m", RTNONE))),
+  EXPECT_THAT(selectWith(List(ryutBuildList(-4, L"<", 8, L"m", RTNONE))),
               UnorderedElementsAre(s.smallCircle));
-  EXPECT_EQ(selectWith(ListHolder(ryutBuildList(-4, L"*", 1, L"", RTNONE))).size(), 2u);
+  EXPECT_EQ(selectWith(List(ryutBuildList(-4, L"*", 1, L"", RTNONE))).size(), 2u);
 }
 
 TEST(SelectionFilters, ExtendedDataBlockNamesAndAttributes) {
@@ -120,9 +120,9 @@ TEST(SelectionFilters, ExtendedDataBlockNamesAndAttributes) {
   ASSERT_EQ(tagged.openObject(OdDb::kForWrite)
                 ->setXData({OdDxfTag::str(1001, L"PLANNER"), OdDxfTag::str(1000, L"x")}),
             eOk);
-  EXPECT_THAT(selectWith(ListHolder(ryutBuildList(-3, 1001, L"plan*", RTNONE))),
+  EXPECT_THAT(selectWith(List(ryutBuildList(-3, 1001, L"plan*", RTNONE))),
               UnorderedElementsAre(tagged));
-  EXPECT_TRUE(selectWith(ListHolder(ryutBuildList(-3, 1001, L"PLANNER", 1001, L"OTHER", RTNONE))).empty());
+  EXPECT_TRUE(selectWith(List(ryutBuildList(-3, 1001, L"PLANNER", 1001, L"OTHER", RTNONE))).empty());
 
   auto defineBlock = [&](const wchar_t* name) {
     OdDbObjectPtr table = db->getBlockTableId().openObject(OdDb::kForWrite);
@@ -148,10 +148,10 @@ TEST(SelectionFilters, ExtendedDataBlockNamesAndAttributes) {
   };
   OdDbObjectId door = insert(defineBlock(L"DOOR"), true);
   OdDbObjectId anonymous = insert(defineBlock(L"*U7"), false);
-  EXPECT_THAT(selectWith(ListHolder(ryutBuildList(2, L"`*U*", RTNONE))), UnorderedElementsAre(anonymous));
-  EXPECT_THAT(selectWith(ListHolder(ryutBuildList(RTDXF0, L"INSERT", 2, L"door", RTNONE))),
+  EXPECT_THAT(selectWith(List(ryutBuildList(2, L"`*U*", RTNONE))), UnorderedElementsAre(anonymous));
+  EXPECT_THAT(selectWith(List(ryutBuildList(RTDXF0, L"INSERT", 2, L"door", RTNONE))),
               UnorderedElementsAre(door));
-  EXPECT_THAT(selectWith(ListHolder(ryutBuildList(66, 1, RTNONE))), UnorderedElementsAre(door));
+  EXPECT_THAT(selectWith(List(ryutBuildList(66, 1, RTNONE))), UnorderedElementsAre(door));
 }
 
 TEST(SelectionFilters, MalformedListsAreRefused) {
@@ -173,6 +173,6 @@ TEST(SelectionFilters, MalformedListsAreRefused) {
     EXPECT_EQ(ryedSSGet(L"X", nullptr, nullptr, malformed[i], ss), RTERROR) << "list " << i;
     ryutRelRb(malformed[i]);
   }
-  EXPECT_EQ(ryedSSGet(L"X", nullptr, nullptr, ListHolder(ryutBuildList(RTDXF0, L"LINE", RTNONE)), ss),
+  EXPECT_EQ(ryedSSGet(L"X", nullptr, nullptr, List(ryutBuildList(RTDXF0, L"LINE", RTNONE)), ss),
             RTNORM);
 }

@@ -5,10 +5,9 @@
 
 #include "core/CommandStack.h"
 #include "core/SelectionSets.h"
-#include "sdk_values.h"
-#include "selection_support.h"
+#include "host_test_support.h"
 
-using namespace selection_test;
+using namespace hosttest;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -61,20 +60,20 @@ TEST(SelectionModes, FenceAndPolygonsFromPointLists) {
   HostSession session;
   WindowScene scene(session.db());
   ads_point a = {-1, 2, 0}, b = {11, 2, 0};
-  ListHolder fence(ryutBuildList(RTPOINT, a, RTPOINT, b, RTNONE));
+  List fence(ryutBuildList(RTPOINT, a, RTPOINT, b, RTNONE));
   ads_name ss;
-  ASSERT_EQ(ryedSSGet(L"F", fence.list, nullptr, nullptr, ss), RTNORM);
+  ASSERT_EQ(ryedSSGet(L"F", fence.head, nullptr, nullptr, ss), RTNORM);
   EXPECT_EQ(sorted(members(ss)), sorted({scene.inside, scene.crossesEdge}));
 
   ads_point p1 = {0, 0, 0}, p2 = {10, 0, 0}, p3 = {0, 10, 0};
-  ListHolder triangle(ryutBuildList(RT3DPOINT, p1, RT3DPOINT, p2, RT3DPOINT, p3, RTNONE));
-  ASSERT_EQ(ryedSSGet(L"WP", triangle.list, nullptr, nullptr, ss), RTNORM);
+  List triangle(ryutBuildList(RT3DPOINT, p1, RT3DPOINT, p2, RT3DPOINT, p3, RTNONE));
+  ASSERT_EQ(ryedSSGet(L"WP", triangle.head, nullptr, nullptr, ss), RTNORM);
   EXPECT_THAT(members(ss), ElementsAre(scene.inside));
-  ASSERT_EQ(ryedSSGet(L"CP", triangle.list, nullptr, nullptr, ss), RTNORM);
+  ASSERT_EQ(ryedSSGet(L"CP", triangle.head, nullptr, nullptr, ss), RTNORM);
   EXPECT_EQ(sorted(members(ss)), sorted({scene.inside, scene.crossesEdge}));
   // Too few points, or a mode that does not exist.
-  ListHolder two(ryutBuildList(RTPOINT, p1, RTPOINT, p2, RTNONE));
-  EXPECT_EQ(ryedSSGet(L"CP", two.list, nullptr, nullptr, ss), RTERROR);
+  List two(ryutBuildList(RTPOINT, p1, RTPOINT, p2, RTNONE));
+  EXPECT_EQ(ryedSSGet(L"CP", two.head, nullptr, nullptr, ss), RTERROR);
   EXPECT_EQ(ryedSSGet(L"Q", nullptr, nullptr, nullptr, ss), RTERROR);
   EXPECT_EQ(ryedSSGet(L":Z", nullptr, nullptr, nullptr, ss), RTERROR);
 }

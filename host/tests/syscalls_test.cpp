@@ -7,6 +7,7 @@
 
 #include "RyWindows.h"
 #include "harness.h"
+#include "host_test_support.h"
 #include "sdk/ResourceLibrary.h"
 
 namespace {
@@ -50,28 +51,8 @@ std::wstring wide(const std::string& text) { return OdString(text).c_str(); }
 std::wstring wide(const fs::path& path) { return wide(path.string()); }
 
 // A folder of its own for each test, removed afterwards.
-class TempFolder {
- public:
-  TempFolder() {
-    const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-    m_path = fs::temp_directory_path() /
-             ("ryad-syscalls-" + std::to_string(getpid()) + "-" + test->test_suite_name() + "-" + test->name());
-    fs::remove_all(m_path);
-    fs::create_directories(m_path);
-  }
-  ~TempFolder() {
-    std::error_code ec;
-    fs::remove_all(m_path, ec);
-  }
-  const fs::path& path() const { return m_path; }
-  fs::path write(const std::string& name, const std::string& text) const {
-    fs::create_directories((m_path / name).parent_path());
-    std::ofstream(m_path / name, std::ios::binary) << text;
-    return fs::canonical(m_path / name);
-  }
-
- private:
-  fs::path m_path;
+struct TempFolder : hosttest::TempFolder {
+  TempFolder() : hosttest::TempFolder("ryad-syscalls") {}
 };
 
 std::wstring stringOf(HMODULE library, UINT id) {

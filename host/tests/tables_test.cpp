@@ -5,7 +5,7 @@
 
 #include "DbSymbolTable.h"
 #include "harness.h"
-#include "sdk_values.h"
+#include "host_test_support.h"
 #include "rydb.h"
 #include "ryed.h"
 #include "ryut.h"

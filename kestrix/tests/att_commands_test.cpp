@@ -8,7 +8,7 @@
 #include <csignal>
 
 #include "OdEdCommandStack.h"
-#include "att_support.h"
+#include "kestrix_support.h"
 
 using testing::HasSubstr;
 using testing::Not;

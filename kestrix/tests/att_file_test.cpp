@@ -2,7 +2,7 @@
 // spreadsheets save it again and with characters outside the code page.
 #include <gmock/gmock.h>
 
-#include "att_support.h"
+#include "kestrix_support.h"
 #include "blocks/RyCStdioFile.h"
 
 using testing::HasSubstr;

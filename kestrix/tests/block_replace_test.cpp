@@ -6,7 +6,7 @@
 
 #include <cstdio>
 
-#include "att_support.h"
+#include "kestrix_support.h"
 
 using testing::HasSubstr;
 using testing::Not;
@@ -51,13 +51,7 @@ std::string readIndependently(OdDbDatabase* db, const std::string& name) {
       "  print(b.name+':'+','.join(r))\n"
       "print('audit errors', len(d.audit().errors))\n";
   att::writeBytes(att::tempPath("read.py"), script);
-  std::string output;
-  if (FILE* pipe = popen(("/usr/bin/python3 " + att::tempPath("read.py") + " " + path + " 2>&1").c_str(), "r")) {
-    char buffer[512];
-    while (fgets(buffer, sizeof buffer, pipe)) output += buffer;
-    pclose(pipe);
-  }
-  return output;
+  return dxfcheck::commandOutput("/usr/bin/python3 " + att::tempPath("read.py") + " " + path);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@
 #include <sstream>
 
 #include "DbPolyline.h"
-#include "att_support.h"
+#include "kestrix_support.h"
 
 using testing::HasSubstr;
 using testing::Not;

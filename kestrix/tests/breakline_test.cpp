@@ -7,7 +7,7 @@
 #include <filesystem>
 
 #include "DbPolyline.h"
-#include "att_support.h"
+#include "kestrix_support.h"
 #include "curves/BreakLine.h"
 #include "ryed.h"
 

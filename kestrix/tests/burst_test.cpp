@@ -4,7 +4,7 @@
 
 #include "DbBlockReference.h"
 #include "core/SelectionSets.h"
-#include "dxf_check.h"
+#include "kestrix_support.h"
 #include "harness.h"
 
 using testing::HasSubstr;

@@ -12,19 +12,13 @@
 
 #include "compare/Compare.h"
 #include "harness.h"
+#include "kestrix_support.h"
 
 using testing::HasSubstr;
 using testing::Not;
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string bytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
 
 std::string folder(const std::string& name) {
   const fs::path path = fs::temp_directory_path() / ("kestrix-cmp-" + std::to_string(getpid())) / name;
@@ -60,7 +54,7 @@ std::vector<std::string> openFiles(HostSession& session) {
 TEST(CompareCommands, DialogRunMarksCopiesOpensThemAndLeavesTheChosenDrawingsAlone) {
   const std::string dir = folder("dialog");
   makeVersions(dir);
-  const std::string oldBytes = bytes(dir + "/plan.dxf"), newBytes = bytes(dir + "/plan2.dxf");
+  const std::string oldBytes = att::readBytes(dir + "/plan.dxf"), newBytes = att::readBytes(dir + "/plan2.dxf");
   ASSERT_FALSE(oldBytes.empty());
   fs::create_directories(dir + "/out");
   // A result already there is overwritten without asking.
@@ -71,12 +65,12 @@ TEST(CompareCommands, DialogRunMarksCopiesOpensThemAndLeavesTheChosenDrawingsAlo
   const std::string out = session.run({"Cmp", "1002", dir + "/plan.dxf", "1003=" + dir + "/plan2.dxf",
                                        "1005=" + dir + "/out", "OK"});
   EXPECT_THAT(out, HasSubstr("1001  edit     Older drawing:  [" + dir + "/plan.dxf]"));
-  EXPECT_EQ(bytes(dir + "/plan.dxf"), oldBytes);
-  EXPECT_EQ(bytes(dir + "/plan2.dxf"), newBytes);
+  EXPECT_EQ(att::readBytes(dir + "/plan.dxf"), oldBytes);
+  EXPECT_EQ(att::readBytes(dir + "/plan2.dxf"), newBytes);
   EXPECT_THAT(openFiles(session), testing::ElementsAre(testing::_, dir + "/out/plan2_new.dxf", dir + "/out/plan_old.dxf"))
       << out;
-  EXPECT_NE(bytes(dir + "/out/plan_old.dxf").find("CMP_DELETED"), std::string::npos);
-  EXPECT_THAT(bytes(dir + "/out/plan2_new.cmp.txt"), HasSubstr("Added: 1\nDeleted: 1\nChanged: 2\nProperties only: 1\n"));
+  EXPECT_NE(att::readBytes(dir + "/out/plan_old.dxf").find("CMP_DELETED"), std::string::npos);
+  EXPECT_THAT(att::readBytes(dir + "/out/plan2_new.cmp.txt"), HasSubstr("Added: 1\nDeleted: 1\nChanged: 2\nProperties only: 1\n"));
   // The dialog offers the last choice again; Cancel ends quietly.
   const std::string again = session.run({"Cmp", "Cancel"});
   EXPECT_THAT(again, HasSubstr("[" + dir + "/plan.dxf]"));
@@ -86,22 +80,22 @@ TEST(CompareCommands, DialogRunMarksCopiesOpensThemAndLeavesTheChosenDrawingsAlo
 TEST(CompareCommands, SameDrawingTwiceGivesOldAndNewResultsWithNothingChanged) {
   const std::string dir = folder("twice");
   makeVersions(dir);
-  const std::string before = bytes(dir + "/plan.dxf");
+  const std::string before = att::readBytes(dir + "/plan.dxf");
   HostSession session;
   ASSERT_TRUE(session.loadModule());
   const std::string out = session.run({"-cmp", dir + "/plan.dxf", dir + "/plan.dxf", dir + "/"});
   EXPECT_THAT(out, HasSubstr("Added 0, deleted 0, changed 0, properties only 0, unchanged 58."));
   EXPECT_TRUE(fs::exists(dir + "/plan_old.dxf"));
   EXPECT_TRUE(fs::exists(dir + "/plan_new.dxf"));
-  EXPECT_EQ(bytes(dir + "/plan.dxf"), before);
-  EXPECT_EQ(bytes(dir + "/plan_new.dxf").find("CMP_"), std::string::npos);
+  EXPECT_EQ(att::readBytes(dir + "/plan.dxf"), before);
+  EXPECT_EQ(att::readBytes(dir + "/plan_new.dxf").find("CMP_"), std::string::npos);
   // Enter keeps the last drawings; a result on a chosen drawing is refused.
   fs::copy_file(dir + "/plan.dxf", dir + "/x.dxf");
   fs::copy_file(dir + "/plan.dxf", dir + "/x_old.dxf");
-  const std::string x = bytes(dir + "/x_old.dxf");
+  const std::string x = att::readBytes(dir + "/x_old.dxf");
   const std::string refused = session.run({"-cmp", dir + "/x.dxf", dir + "/x_old.dxf", dir});
   EXPECT_THAT(refused, HasSubstr("would replace a chosen drawing"));
-  EXPECT_EQ(bytes(dir + "/x_old.dxf"), x);
+  EXPECT_EQ(att::readBytes(dir + "/x_old.dxf"), x);
   EXPECT_THAT(session.run({"-cmp", "", "", dir, "-cmp", dir + "/none.dxf"}), HasSubstr("Older drawing <" + dir + "/x.dxf>: "));
   // A copy that fails shows the system's reason; a copy that cannot be read, message 25008.
   EXPECT_THAT(session.run({"-cmp", dir + "/plan.dxf", dir + "/plan.dxf", dir + "/no/such/folder"}),
@@ -129,7 +123,7 @@ TEST(CompareCommands, ParameterDialogWritesOptionsOnlyOnOk) {
   const std::string marked = shell("/usr/bin/python3 " DWGCMP_TESTS_DIR "/dump_marks.py " + dir + "/plan2_new.dxf");
   EXPECT_THAT(marked, HasSubstr("\tCIRCLE\tCMP_UNCHANGED\t9\t-1\n"));
   EXPECT_THAT(marked, HasSubstr("\tCIRCLE\tCMP_ADDED\t158\t660510\n"));
-  EXPECT_THAT(bytes(dir + "/plan2_new.cmp.txt"), HasSubstr("Tolerance: 0.5\n"));
+  EXPECT_THAT(att::readBytes(dir + "/plan2_new.cmp.txt"), HasSubstr("Tolerance: 0.5\n"));
   // The options are the module's for the rest of the process: back to the defaults.
   session.run({"Cmp", "1006", "1101=0.0001", "1114", "1120", "0,255,0", "OK", "Cancel"});
 }

@@ -2,7 +2,7 @@
 // by ezdxf; layer states and their "_LayerManage" records read back by ezdxf.
 #include <gmock/gmock.h>
 
-#include "dxf_check.h"
+#include "kestrix_support.h"
 #include "harness.h"
 
 using testing::HasSubstr;

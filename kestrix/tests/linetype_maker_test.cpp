@@ -9,7 +9,7 @@
 
 #include "DbPoint.h"
 #include "DbText.h"
-#include "att_support.h"
+#include "kestrix_support.h"
 
 using testing::HasSubstr;
 using testing::Not;

@@ -9,7 +9,7 @@
 #include "DbPolyline.h"
 #include "DbSolid.h"
 #include "DbText.h"
-#include "att_support.h"
+#include "kestrix_support.h"
 
 using testing::HasSubstr;
 
@@ -46,13 +46,7 @@ std::string overkill(HostSession& session, std::vector<std::string> dialog = {})
 }
 
 std::string runPython(const std::string& arguments) {
-  std::string output;
-  if (FILE* pipe = popen(("/usr/bin/python3 " + arguments + " 2>&1").c_str(), "r")) {
-    char buffer[512];
-    while (fgets(buffer, sizeof buffer, pipe)) output += buffer;
-    pclose(pipe);
-  }
-  return output;
+  return dxfcheck::commandOutput("/usr/bin/python3 " + arguments);
 }
 
 // The geometry of a DXF file's model space as ezdxf reads it.

@@ -11,6 +11,7 @@
 
 #include "harness.h"
 #include "linetypes/SysVarCatalogue.h"
+#include "kestrix_support.h"
 
 using testing::HasSubstr;
 using testing::Not;
@@ -19,13 +20,6 @@ using namespace kestrix::sysvars;
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string readAll(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
 
 void writeAll(const fs::path& path, const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
 
@@ -155,7 +149,7 @@ TEST(SysVarSetFile, MarkerWithoutLetterCaseAndRefusedFiles) {
   const fs::path saved = scratch("saved.isv");
   ASSERT_TRUE(set.Save(OdString(saved.string())));
   // Text mode ends lines with a carriage return and a line feed.
-  EXPECT_EQ(readAll(saved), "RyadSystemVarFile\r\nLTSCALE|2.5\r\nCLAYER|Wände\r\n");
+  EXPECT_EQ(att::readBytes(saved), "RyadSystemVarFile\r\nLTSCALE|2.5\r\nCLAYER|Wände\r\n");
 
   const fs::path lower = scratch("lower.isv");
   writeAll(lower, "ryadsystemvarfile\r\nDIMSCALE|4\r\nno bar here\r\nINSBASE|1,2,3\r\n");
@@ -238,10 +232,10 @@ TEST(SysVarDialog, SavedSetRestoresTheVariablesInAnotherDrawing) {
         first.run({"sysvdlg", "3098=DIMSCALE,INSBASE,ANGDIR,DWGNAME", "3100:1,2,3,5", "3104", file.string(), "OK"});
     EXPECT_THAT(out, HasSubstr("4 system variables saved to " + file.string()));
   }
-  EXPECT_EQ(readAll(file), "RyadSystemVarFile\r\nDIMSCALE|7.25\r\nANGDIR|On\r\nINSBASE|10,20,30\r\nDWGNAME|Drawing1.dwg\r\n");
+  EXPECT_EQ(att::readBytes(file), "RyadSystemVarFile\r\nDIMSCALE|7.25\r\nANGDIR|On\r\nINSBASE|10,20,30\r\nDWGNAME|Drawing1.dwg\r\n");
 
   // The file as another program might write it: lower-case marker, a layer the drawing lacks.
-  std::string text = readAll(file);
+  std::string text = att::readBytes(file);
   text.replace(0, 17, "ryadsystemvarfile");
   writeAll(file, text + "CLAYER|NoSuchLayer\n");
 

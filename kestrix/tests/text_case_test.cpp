@@ -3,7 +3,7 @@
 // remembered rule, locked layers, Esc, Cancel and one U.
 #include <gmock/gmock.h>
 
-#include "text_support.h"
+#include "kestrix_support.h"
 
 using testing::HasSubstr;
 

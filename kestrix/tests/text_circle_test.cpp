@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <sstream>
 
-#include "text_support.h"
+#include "kestrix_support.h"
 
 using testing::HasSubstr;
 

@@ -3,7 +3,7 @@
 // answers, bad input, DIMZIN and cmdecho on every way out, tilted texts and U.
 #include <gmock/gmock.h>
 
-#include "text_support.h"
+#include "kestrix_support.h"
 
 using testing::HasSubstr;
 

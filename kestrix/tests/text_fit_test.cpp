@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 
 #include "core/SelectionSets.h"
-#include "text_support.h"
+#include "kestrix_support.h"
 
 using testing::HasSubstr;
 using testing::Not;

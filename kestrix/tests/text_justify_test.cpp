@@ -6,7 +6,7 @@
 
 #include "OdEdCommandStack.h"
 #include "RxDictionary.h"
-#include "text_support.h"
+#include "kestrix_support.h"
 
 using testing::HasSubstr;
 

@@ -9,7 +9,7 @@
 #include <set>
 
 #include "DbDictionary.h"
-#include "text_mask_support.h"
+#include "kestrix_support.h"
 
 using testing::HasSubstr;
 using testing::Not;

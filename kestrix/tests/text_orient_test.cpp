@@ -3,7 +3,7 @@
 // character), attributes of references, ANGBASE, tilted texts, Esc and U.
 #include <gmock/gmock.h>
 
-#include "text_support.h"
+#include "kestrix_support.h"
 
 using testing::HasSubstr;
 

@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "RyWindows.h"
-#include "text_mask_support.h"
+#include "kestrix_support.h"
 
 using testing::HasSubstr;
 

@@ -12,26 +12,17 @@
 #include "DbEntity.h"
 #include "DbSchema.h"
 #include "DbSymbolTable.h"
+#include "DbTagSupport.h"
 #include "DxfFile.h"
 
 namespace {
-
-// Groups of an entity as a listing shows them, names resolved as in a file.
-class ListingContext : public OdDbTagContext {
- public:
-  explicit ListingContext(OdDbDatabase* db) : m_db(db) {}
-  OdDbDatabase* database() const override { return m_db; }
-  OdDbObjectId idFromHandle(OdUInt64 handle) override { return m_db->getOdDbObjectId(OdDbHandle(handle)); }
-
- private:
-  OdDbDatabase* m_db;
-};
 
 void workOn(OdDbDatabase* db) {
   OdDbObjectPtr tableObject = db->getBlockTableId().openObject();
   auto* blocks = dynamic_cast<OdDbSymbolTable*>(tableObject.get());
   if (!blocks) return;
-  ListingContext ctx(db);
+  // Groups of an entity as a listing shows them, names resolved as in a file.
+  OdDbDatabaseTagContext ctx(db);
   const OdGeExtents3d window(OdGePoint3d(-100, -100, -100), OdGePoint3d(100, 100, 100));
   for (const OdDbObjectId& blockId : blocks->recordIds()) {
     OdDbBlockTableRecordPtr block = OdDbBlockTableRecord::cast(blockId.openObject().get());

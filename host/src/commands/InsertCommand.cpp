@@ -10,6 +10,7 @@
 #include "DbBlockReference.h"
 #include "DbPolyline.h"
 #include "DbSymbolTable.h"
+#include "DbTagSupport.h"
 #include "DbText.h"
 #include "DxfFile.h"
 #include "RyApDocManager.h"
@@ -133,7 +134,8 @@ class DrawingImport {
   // Each object is read with a context of its own: copying what it names
   // reads other objects in the middle of its groups.
   OdDbObjectPtr copyObject(const OdDbObject* source) {
-    SourceNames names(m_source);
+    // The source drawing's records are written by name.
+    OdDbDatabaseTagContext names(m_source);
     OdDxfTagList tags;
     OdDbSchemaIo::writeFields(source, tags, names, true);
     OdDbObjectPtr copy = OdDbObject::cast(source->isA()->create().get());
@@ -185,17 +187,6 @@ class DrawingImport {
     }
     return true;
   }
-
-  // Writes the source drawing's records by name.
-  class SourceNames : public OdDbTagContext {
-   public:
-    explicit SourceNames(OdDbDatabase* db) : m_db(db) {}
-    OdDbDatabase* database() const override { return m_db; }
-    OdDbObjectId idFromHandle(OdUInt64 handle) override { return m_db->getOdDbObjectId(OdDbHandle(handle)); }
-
-   private:
-    OdDbDatabase* m_db;
-  };
 
   // Reads names into this drawing's records; handles name nothing here.
   class TargetNames : public OdDbTagContext {

@@ -48,14 +48,13 @@ bool CNavFilter::Matches(LPCTSTR fileName) const {
 CNavDialog::CNavDialog(const CNavFilterArray& filters, CWnd*) : m_filters(filters) {}
 
 INT_PTR CNavDialog::DoModal() {
-  ryhost::FileRequest request;
-  request.caption = m_caption;
-  request.filters = m_filters;
-  request.creatingFile = m_creatingFile;
-  request.confirmReplace = m_confirmReplace;
-  request.previewPresent = m_previewPresent;
-  request.initialFileName = m_initialFileName;
-  request.initialFolder = m_initialFolder;
+  const ryhost::FileRequest request{.caption = m_caption,
+                                    .filters = m_filters,
+                                    .creatingFile = m_creatingFile,
+                                    .confirmReplace = m_confirmReplace,
+                                    .previewPresent = m_previewPresent,
+                                    .initialFileName = m_initialFileName,
+                                    .initialFolder = m_initialFolder};
   OdString path;
   if (!dialogDriver().chooseFile(request, path)) return IDCANCEL;
   m_pathName = path;

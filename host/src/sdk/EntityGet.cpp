@@ -4,6 +4,7 @@
 #include <cstring>
 #include <cwchar>
 
+#include "DbTagSupport.h"
 #include "rydb.h"
 #include "ryut.h"
 #include "sdk/EntityListsInternal.h"
@@ -52,24 +53,6 @@ ACHAR* copyText(const wchar_t* text, size_t length) {
   return copy;
 }
 
-double tagReal(const OdDxfTag& tag) {
-  switch (tag.type) {
-    case OdDxf::ValueType::kDouble:
-    case OdDxf::ValueType::kPoint: return tag.x;
-    case OdDxf::ValueType::kString: return std::wcstod(tag.s.c_str(), nullptr);
-    default: return static_cast<double>(tag.i);
-  }
-}
-
-OdInt64 tagInteger(const OdDxfTag& tag) {
-  switch (tag.type) {
-    case OdDxf::ValueType::kDouble:
-    case OdDxf::ValueType::kPoint: return static_cast<OdInt64>(tag.x);
-    case OdDxf::ValueType::kString: return std::wcstoll(tag.s.c_str(), nullptr, 10);
-    default: return tag.i;
-  }
-}
-
 void fillValue(resbuf* rb, const OdDxfTag& tag, OdDbDatabase* db) {
   switch (groupKindOf(tag.code)) {
     case GroupKind::kName:
@@ -87,15 +70,15 @@ void fillValue(resbuf* rb, const OdDxfTag& tag, OdDbDatabase* db) {
       }
       break;
     }
-    case GroupKind::kReal: rb->resval.rreal = tagReal(tag); break;
+    case GroupKind::kReal: rb->resval.rreal = odDxfTagReal(tag); break;
     case GroupKind::kPoint:
       rb->resval.rpoint[0] = tag.x;
       rb->resval.rpoint[1] = tag.type == OdDxf::ValueType::kPoint ? tag.y : 0.0;
       rb->resval.rpoint[2] = tag.type == OdDxf::ValueType::kPoint && tag.dims == 3 ? tag.z : 0.0;
       break;
-    case GroupKind::kShort: rb->resval.rint = static_cast<short>(tagInteger(tag)); break;
-    case GroupKind::kLong: rb->resval.rlong = static_cast<std::int32_t>(tagInteger(tag)); break;
-    case GroupKind::kInt64: rb->resval.mnInt64 = tagInteger(tag); break;
+    case GroupKind::kShort: rb->resval.rint = static_cast<short>(odDxfTagInteger(tag)); break;
+    case GroupKind::kLong: rb->resval.rlong = static_cast<std::int32_t>(odDxfTagInteger(tag)); break;
+    case GroupKind::kInt64: rb->resval.mnInt64 = odDxfTagInteger(tag); break;
     case GroupKind::kBinary: {
       const size_t n = tag.bin.size();
       rb->resval.rbinary.clen = static_cast<short>(n);

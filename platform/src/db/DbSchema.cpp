@@ -170,35 +170,17 @@ class ListSink : public OdDbTagSink {
   OdDxfTagList& m_list;
 };
 
-OdInt64 tagInteger(const OdDxfTag& tag) {
-  switch (tag.type) {
-    case OdDxf::ValueType::kDouble:
-    case OdDxf::ValueType::kPoint: return static_cast<OdInt64>(tag.x);
-    case OdDxf::ValueType::kString: return static_cast<OdInt64>(std::wcstoll(tag.s.c_str(), nullptr, 10));
-    default: return tag.i;
-  }
-}
-
-double tagReal(const OdDxfTag& tag) {
-  switch (tag.type) {
-    case OdDxf::ValueType::kDouble:
-    case OdDxf::ValueType::kPoint: return tag.x;
-    case OdDxf::ValueType::kString: return std::wcstod(tag.s.c_str(), nullptr);
-    default: return static_cast<double>(tag.i);
-  }
-}
-
 // Stores one tag into a plain value at p (a field of the object, or of one of
 // its records); false when the tag cannot be taken.
 bool readValue(OdDbObject* object, const OdDbField& field, void* p, const OdDxfTag& tag, OdDbTagContext& ctx) {
   switch (field.kind) {
-    case OdDbFieldKind::kBool: at<bool>(p) = tagInteger(tag) != 0; return true;
-    case OdDbFieldKind::kInt8: at<OdInt8>(p) = static_cast<OdInt8>(tagInteger(tag)); return true;
-    case OdDbFieldKind::kInt16: at<OdInt16>(p) = static_cast<OdInt16>(tagInteger(tag)); return true;
-    case OdDbFieldKind::kInt32: at<OdInt32>(p) = static_cast<OdInt32>(tagInteger(tag)); return true;
-    case OdDbFieldKind::kInt64: at<OdInt64>(p) = tagInteger(tag); return true;
+    case OdDbFieldKind::kBool: at<bool>(p) = odDxfTagInteger(tag) != 0; return true;
+    case OdDbFieldKind::kInt8: at<OdInt8>(p) = static_cast<OdInt8>(odDxfTagInteger(tag)); return true;
+    case OdDbFieldKind::kInt16: at<OdInt16>(p) = static_cast<OdInt16>(odDxfTagInteger(tag)); return true;
+    case OdDbFieldKind::kInt32: at<OdInt32>(p) = static_cast<OdInt32>(odDxfTagInteger(tag)); return true;
+    case OdDbFieldKind::kInt64: at<OdInt64>(p) = odDxfTagInteger(tag); return true;
     case OdDbFieldKind::kDouble: {
-      double value = tagReal(tag);
+      double value = odDxfTagReal(tag);
       if (field.flags & OdDbField::kAngleDegrees) value = odDegreesToRadians(value);
       at<double>(p) = value;
       return true;
@@ -971,4 +953,28 @@ bool odDbFieldIsSize(const OdDbField& field) {
 // Normals need a direction (offsets and the like may be zero vectors).
 bool odDbFieldIsNormal(const OdDbField& field) {
   return field.kind == OdDbFieldKind::kVector3d && std::wcscmp(field.name, L"normal") == 0;
+}
+
+// ---------------------------------------------------------------- tags of one drawing, tag values
+
+OdDbObjectId OdDbDatabaseTagContext::idFromHandle(OdUInt64 handle) {
+  return m_db ? m_db->getOdDbObjectId(OdDbHandle(handle), m_createIds) : OdDbObjectId();
+}
+
+OdInt64 odDxfTagInteger(const OdDxfTag& tag) {
+  switch (tag.type) {
+    case OdDxf::ValueType::kDouble:
+    case OdDxf::ValueType::kPoint: return static_cast<OdInt64>(tag.x);
+    case OdDxf::ValueType::kString: return static_cast<OdInt64>(std::wcstoll(tag.s.c_str(), nullptr, 10));
+    default: return tag.i;
+  }
+}
+
+double odDxfTagReal(const OdDxfTag& tag) {
+  switch (tag.type) {
+    case OdDxf::ValueType::kDouble:
+    case OdDxf::ValueType::kPoint: return tag.x;
+    case OdDxf::ValueType::kString: return std::wcstod(tag.s.c_str(), nullptr);
+    default: return static_cast<double>(tag.i);
+  }
 }

@@ -4,7 +4,7 @@
 
 #include "DbCurves.h"
 #include "Ge/GePlane.h"
-#include "db/curves_test_support.h"
+#include "db_test_support.h"
 
 using namespace curves_test;
 

@@ -5,7 +5,7 @@
 #include "DbPolyline.h"
 #include "Ge/GeOcs.h"
 #include "Ge/GePlane.h"
-#include "db/curves_test_support.h"
+#include "db_test_support.h"
 
 using namespace curves_test;
 

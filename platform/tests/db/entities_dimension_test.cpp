@@ -3,7 +3,7 @@
 #include "DbBlockTableRecord.h"
 #include "DbCurves.h"
 #include "DbDimension.h"
-#include "entities_support.h"
+#include "db_test_support.h"
 
 namespace {
 

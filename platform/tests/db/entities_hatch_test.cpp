@@ -2,7 +2,7 @@
 // transformations (hatches read from real files: dxf/entities_corpus_test.cpp).
 #include "DbHatch.h"
 #include "Ge/GeOcs.h"
-#include "entities_support.h"
+#include "db_test_support.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 // dxf/entities_corpus_test.cpp).
 #include "DbRasterImage.h"
 #include "Ge/GeOcs.h"
-#include "entities_support.h"
+#include "db_test_support.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include "DbPoint.h"
 #include "DbSolid.h"
 #include "DbViewport.h"
-#include "entities_support.h"
+#include "db_test_support.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "db/entities_support.h"
+#include "db/db_test_support.h"
 #include "dxf/DxfTagReader.h"
 
 namespace entities_test {

@@ -6,6 +6,7 @@
 
 #include "DbDatabase.h"
 #include "DbSymbolTable.h"
+#include "DbTagSupport.h"
 #include "Ge/GeOcs.h"
 
 ODDB_DEFINE_MEMBERS(OdDbText, OdDbEntity, L"TEXT")
@@ -277,12 +278,7 @@ OdDbMTextPtr OdDbAttribute::getMTextAttribute() const {
   }
   if (!inside) return OdDbMTextPtr();
   OdDbMTextPtr mtext = OdDbMText::createObject();
-  struct Context : OdDbTagContext {
-    OdDbDatabase* db;
-    explicit Context(OdDbDatabase* d) : db(d) {}
-    OdDbDatabase* database() const override { return db; }
-    OdDbObjectId idFromHandle(OdUInt64 handle) override { return db ? db->getOdDbObjectId(handle) : OdDbObjectId(); }
-  } ctx(database());
+  OdDbDatabaseTagContext ctx(database());
   std::vector<OdDxfTag> body;
   body.push_back(OdDxfTag::str(100, L"AcDbMText"));
   body.insert(body.end(), tags.begin(), tags.end());
@@ -296,12 +292,7 @@ void OdDbAttribute::setMTextAttribute(const OdDbMText* mtext) {
   OdDbObjectExtras& extras = extrasForWrite();
   std::erase_if(extras.unknown, [](const auto& u) { return u.subclass == 2 && u.afterField >= 5; });
   if (!mtext) return;
-  struct Context : OdDbTagContext {
-    OdDbDatabase* db;
-    explicit Context(OdDbDatabase* d) : db(d) {}
-    OdDbDatabase* database() const override { return db; }
-    OdDbObjectId idFromHandle(OdUInt64 handle) override { return db ? db->getOdDbObjectId(handle) : OdDbObjectId(); }
-  } ctx(database());
+  OdDbDatabaseTagContext ctx(database());
   OdDxfTagList all;
   OdDbSchemaIo::writeFields(mtext, all, ctx, true);
   // Keep only the multiline text's own part, after its subclass marker.
