@@ -165,7 +165,81 @@ OdDwgHandleRef OdDwgBitReader::readH(uint64_t reference) {
   return ref;
 }
 
+void OdDwgBitReader::useStringStreamEndingAt(size_t endBit) {
+  if (endBit == 0 || endBit > m_bits) throw OdDwgDecodeError("string stream end outside the data", endBit);
+  const size_t saved = m_pos;
+  m_strings = true;
+  m_stringPos = m_stringEnd = 0;
+  m_pos = endBit - 1;
+  if (!readBit()) {
+    m_pos = saved;
+    return;  // no strings
+  }
+  if (endBit < 17) throw OdDwgDecodeError("string stream size outside the data", endBit);
+  size_t at = endBit - 17;
+  m_pos = at;
+  size_t size = readRS();
+  if (size & 0x8000) {
+    if (at < 16) throw OdDwgDecodeError("string stream size outside the data", at);
+    at -= 16;
+    m_pos = at;
+    size = (size & 0x7FFF) | (static_cast<size_t>(readRS()) << 15);
+  }
+  m_pos = saved;
+  if (size > at) throw OdDwgDecodeError("string stream larger than the data", at);
+  m_stringPos = at - size;
+  m_stringEnd = at;
+}
+
+int16_t OdDwgBitReader::readCMC() {
+  const int16_t index = readBS();
+  if (m_version < AC1018) return index;
+  // The index may be left 0 with the colour in the true-colour value: its
+  // high byte 0xC3 means "index in the low byte", 0xC0 ByLayer, 0xC1 ByBlock.
+  const uint32_t value = static_cast<uint32_t>(readBL());
+  const uint8_t names = readRC();
+  if (names & 1) readTV(1252);  // colour name
+  if (names & 2) readTV(1252);  // colour book name
+  if (index != 0) return index;
+  switch (value >> 24) {
+    case 0xC3: return static_cast<int16_t>(value & 0xFF);
+    case 0xC0: return 256;
+    default: return 0;
+  }
+}
+
 OdString OdDwgBitReader::readTV(int codePage) {
+  if (m_strings) {
+    // UTF-16 units from the string stream, with its own position.
+    const size_t savedPos = m_pos, savedBits = m_bits;
+    m_pos = m_stringPos;
+    m_bits = m_stringEnd;
+    std::wstring text;
+    try {
+      const size_t length = static_cast<uint16_t>(readBS());
+      need(length * 16);
+      text.reserve(length);
+      for (size_t i = 0; i < length; ++i) {
+        unsigned unit = readRS();
+        // A surrogate pair makes one character.
+        if (unit >= 0xD800 && unit < 0xDC00 && i + 1 < length) {
+          const unsigned low = readRS();
+          ++i;
+          if (low >= 0xDC00 && low < 0xE000) unit = 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00);
+        }
+        text += static_cast<wchar_t>(unit);
+      }
+    } catch (...) {
+      m_pos = savedPos;
+      m_bits = savedBits;
+      throw;
+    }
+    m_stringPos = m_pos;
+    m_pos = savedPos;
+    m_bits = savedBits;
+    while (!text.empty() && text.back() == L'\0') text.pop_back();
+    return OdString(std::move(text));
+  }
   const int length = static_cast<uint16_t>(readBS());
   need(static_cast<size_t>(length) * 8);
   std::string bytes(static_cast<size_t>(length), '\0');

@@ -22,6 +22,11 @@ struct OdDwgDecodeError : std::runtime_error {
 
 // A handle reference: its code (what kind of reference, or how a relative
 // handle is to be applied) and the handle it names once resolved.
+// File format versions by the number in their first bytes ("AC1021").
+enum OdDwgVersion : int {
+  AC1012 = 1012, AC1014 = 1014, AC1015 = 1015, AC1018 = 1018, AC1021 = 1021, AC1024 = 1024, AC1027 = 1027, AC1032 = 1032,
+};
+
 struct OdDwgHandleRef {
   uint8_t code = 0;
   uint64_t value = 0;  // absolute handle (relative codes already applied)
@@ -66,11 +71,23 @@ class OdDwgBitReader {
   // significant first. Relative codes (6, 8, 0xA, 0xC) are resolved
   // against `reference` (the handle of the object being read).
   OdDwgHandleRef readH(uint64_t reference = 0);
-  // A string of the R13-R2004 form: a bit-coded length and that many
-  // bytes in the drawing's code page; trailing NULs are dropped.
+  // A string in the form of the file's version: R13-R2004 a bit-coded
+  // length and that many bytes in the drawing's code page; R2007 on (once
+  // a string stream is set) a bit-coded length and that many UTF-16 units,
+  // read from the string stream. Trailing NULs are dropped.
   OdString readTV(int codePage);
-  // A colour of R13-R2000: just the colour index.
-  int16_t readCMC() { return readBS(); }
+  // R2007 on: strings are read from their own stream. The stream ends
+  // where the data ends (`endBit`, the bit position of the handles): the
+  // bit before says whether there are strings, the 16 bits before that
+  // their size in bits (high bit set: 16 more bits before them hold the
+  // size's high part), and the strings come just before the size.
+  void useStringStreamEndingAt(size_t endBit);
+  // The version whose forms of colours and strings apply.
+  void setVersion(int version) { m_version = version; }
+  int version() const { return m_version; }
+  // A colour: R13-R2000 just the colour index; R2004 on the index, a
+  // true-colour value and a byte saying which names follow.
+  int16_t readCMC();
   // Skips whole bytes (for blobs whose contents are not needed).
   void skipBytes(size_t n);
 
@@ -81,4 +98,7 @@ class OdDwgBitReader {
   const uint8_t* m_data;
   size_t m_bits;
   size_t m_pos = 0;
+  int m_version = AC1015;
+  bool m_strings = false;           // strings come from the string stream
+  size_t m_stringPos = 0, m_stringEnd = 0;
 };

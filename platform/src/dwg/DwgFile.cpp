@@ -1,9 +1,12 @@
 #include "dwg/DwgFile.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
+#include <cstdlib>
 
 #include "OdCodePage.h"
+#include "dwg/DwgR2007File.h"
 
 namespace {
 
@@ -83,7 +86,7 @@ bool OdDwgFile::builtinIsEntity(unsigned type) {
 }
 
 void OdDwgFile::problem(size_t offset, const std::string& what) {
-  m_problems.push_back("offset 0x" + hex(offset) + ": " + what);
+  m_problems.push_back((m_where.empty() ? "" : m_where + " ") + "offset 0x" + hex(offset) + ": " + what);
 }
 
 const OdDwgObject* OdDwgFile::find(uint64_t handle) const {
@@ -98,8 +101,10 @@ bool OdDwgFile::open(std::vector<uint8_t> data) {
     return false;
   }
   m_version.assign(reinterpret_cast<const char*>(m_data.data()), 6);
+  m_versionNumber = m_version.compare(0, 2, "AC") == 0 && std::isdigit(static_cast<unsigned char>(m_version[2])) ? std::atoi(m_version.c_str() + 2) : 0;
+  if (m_versionNumber == AC1021) return openR2007();
   if (m_version != "AC1012" && m_version != "AC1014" && m_version != "AC1015") {
-    problem(0, "DWG version " + m_version + " is not read yet (R13 to R2000, AC1012 to AC1015, are)");
+    problem(0, "DWG version " + m_version + " is not read yet (R13 to R2000, AC1012 to AC1015, and R2007, AC1021, are)");
     return false;
   }
   OdDwgBitReader header(m_data.data(), m_data.size());
@@ -118,14 +123,47 @@ bool OdDwgFile::open(std::vector<uint8_t> data) {
       if (number == 2) { map = seeker; mapSize = size; }
     }
     if (!map) throw OdDwgDecodeError("no object map locator", header.bitPosition());
-    if (classes) readClasses(classes, classesSize);
+    if (classes) readClasses(m_data, classes, classesSize);
     else problem(0x15, "no classes section locator");
-    readObjectMap(map, mapSize);
-    if (headerAt) readHeader(headerAt, headerSize);
+    readObjectMap(m_data, map, mapSize);
+    if (headerAt) readHeader(m_data, headerAt, headerSize);
   } catch (const OdDwgDecodeError& e) {
     problem(e.bit / 8, std::string("file header: ") + e.what());
     return false;
   }
+  readObjects();
+  return true;
+}
+
+bool OdDwgFile::openR2007() {
+  // The sections come decoded from the coded, compressed pages; the object
+  // map's offsets point into the objects section, which takes the place
+  // of the file's bytes.
+  if (m_data.size() > 0x14) m_codePage = odDwgCodePage(m_data[0x13] | (m_data[0x14] << 8));
+  OdDwgR2007Sections sections;
+  if (!odDwgReadR2007Sections(m_data, sections, [this](size_t offset, const std::string& what) { problem(offset, what); })) {
+    return false;
+  }
+  std::vector<uint8_t>& objects = sections.byName["AcDb:AcDbObjects"];
+  const std::vector<uint8_t>& handles = sections.byName["AcDb:Handles"];
+  if (objects.empty() || handles.empty()) {
+    problem(0, "R2007 file without objects or object map section");
+    return false;
+  }
+  m_data.swap(objects);
+  m_where = "section AcDb:Classes";
+  if (!sections.byName["AcDb:Classes"].empty()) readClasses(sections.byName["AcDb:Classes"], 0, sections.byName["AcDb:Classes"].size());
+  m_where = "section AcDb:Handles";
+  readObjectMap(handles, 0, handles.size());
+  m_where = "section AcDb:Header";
+  if (!sections.byName["AcDb:Header"].empty()) readHeader(sections.byName["AcDb:Header"], 0, sections.byName["AcDb:Header"].size());
+  m_where = "section AcDb:AcDbObjects";
+  readObjects();
+  m_where.clear();
+  return true;
+}
+
+void OdDwgFile::readObjects() {
   for (OdDwgObject& object : m_objects) readObject(object);
   // An anonymous block's record keeps only the prefix of its name ("*D");
   // the whole name ("*D3") is the name of its BLOCK entity.
@@ -139,25 +177,37 @@ bool OdDwgFile::open(std::vector<uint8_t> data) {
       record.recordName = object.recordName;
     }
   }
-  return true;
 }
 
-void OdDwgFile::readClasses(size_t seeker, size_t size) {
+void OdDwgFile::readClasses(const std::vector<uint8_t>& buffer, size_t seeker, size_t size) {
   // A sentinel of 16 bytes, the size of the class data, the data, a CRC.
-  if (seeker + 20 > m_data.size()) {
+  if (seeker + 20 > buffer.size()) {
     problem(seeker, "classes section outside the file");
     return;
   }
-  OdDwgBitReader r(m_data.data() + seeker, m_data.size() - seeker);
+  OdDwgBitReader r(buffer.data() + seeker, buffer.size() - seeker);
   r.seekBit(16 * 8);
   const size_t bytes = r.readRL();
-  if (bytes > size || seeker + 20 + bytes > m_data.size()) {
+  if (bytes > size || seeker + 20 + bytes > buffer.size()) {
     problem(seeker, "classes section larger than its locator says");
     return;
   }
-  OdDwgBitReader c(m_data.data() + seeker + 20, bytes);
+  OdDwgBitReader c(buffer.data() + seeker + 20, bytes);
+  c.setVersion(m_versionNumber);
   try {
-    while (c.bitPosition() + 13 <= c.bitSize()) {
+    int last = 0x7FFF;  // R2004 on: the highest class number comes first
+    if (atLeast(AC1021)) {
+      // The size in bits of the data and strings, counted from here.
+      const size_t bits = c.readRL();
+      c.useStringStreamEndingAt(std::min<size_t>(c.bitSize(), bits));
+    }
+    if (atLeast(AC1018)) {
+      last = c.readBS();
+      c.readRC();
+      c.readRC();
+      c.readBit();
+    }
+    for (int n = 500; n <= last && c.bitPosition() + 13 <= c.bitSize(); ++n) {
       OdDwgClass cls;
       cls.number = static_cast<uint16_t>(c.readBS());
       cls.proxyFlags = static_cast<uint16_t>(c.readBS());
@@ -166,6 +216,13 @@ void OdDwgFile::readClasses(size_t seeker, size_t size) {
       cls.dxfName = c.readTV(m_codePage);
       cls.wasZombie = c.readBit();
       cls.isEntity = c.readBS() == 0x1F2;
+      if (atLeast(AC1018)) {
+        c.readBL();  // number of objects of the class
+        c.readBS();  // the version and maintenance release that made it
+        c.readBS();
+        c.readBL();
+        c.readBL();
+      }
       if (cls.number < 500) break;  // padding after the last class
       m_classes.push_back(cls);
     }
@@ -174,25 +231,36 @@ void OdDwgFile::readClasses(size_t seeker, size_t size) {
   }
 }
 
-void OdDwgFile::readHeader(size_t seeker, size_t size) {
+void OdDwgFile::readHeader(const std::vector<uint8_t>& buffer, size_t seeker, size_t size) {
   // A sentinel of 16 bytes, the size of the data, the variables in a fixed order.
-  if (seeker + 20 > m_data.size()) {
+  if (seeker + 20 > buffer.size()) {
     problem(seeker, "header variables outside the file");
     return;
   }
-  OdDwgBitReader r(m_data.data() + seeker + 20, std::min(m_data.size() - seeker - 20, size));
+  OdDwgBitReader r(buffer.data() + seeker + 20, std::min(buffer.size() - seeker - 20, size));
+  r.setVersion(m_versionNumber);
   const bool r2000 = isR2000();
+  // R2007 on: the size in bits of data and strings comes first; the
+  // strings are in their own stream, the handles follow the data.
+  OdDwgBitReader handles = r;
+  size_t handlesAt = 0;
   OdDwgHeader& h = m_header;
   auto flag = [&](const wchar_t* name) { const bool v = r.readBit(); if (name) h.ints.emplace_back(name, v ? 1 : 0); };
   auto shortVar = [&](const wchar_t* name) { const int v = r.readBS(); if (name) h.ints.emplace_back(name, v); };
   auto real = [&](const wchar_t* name) { const double v = r.readBD(); if (name) h.reals.emplace_back(name, v); };
   try {
+    if (atLeast(AC1021)) {
+      handlesAt = std::min<size_t>(r.bitSize(), r.readRL());
+      r.useStringStreamEndingAt(handlesAt);
+      handles.seekBit(handlesAt);
+    }
+    if (atLeast(AC1027)) { r.readRL(); r.readRL(); }  // the versions a reader needs
     for (int i = 0; i < 4; ++i) r.readBD();
     for (int i = 0; i < 4; ++i) r.readTV(m_codePage);
     r.readBL();
     r.readBL();
     if (!r2000) r.readBS();
-    r.readH();  // the current viewport's entity header
+    if (!atLeast(AC1018)) r.readH();  // the current viewport's entity header
     flag(L"$DIMASO");
     flag(L"$DIMSHO");
     if (!r2000) flag(nullptr);  // DIMSAV
@@ -245,30 +313,31 @@ void OdDwgFile::readHeader(size_t seeker, size_t size) {
     for (int i = 0; i < 8; ++i) r.readBL();  // creation, update, editing and user times
     h.currentColor = r.readCMC();
     h.handseed = r.readH().value;
-    h.currentLayer = r.readH().value;
-    h.currentTextStyle = r.readH().value;
-    h.currentLinetype = r.readH().value;
+    OdDwgBitReader& refs = atLeast(AC1021) ? handles : r;
+    h.currentLayer = refs.readH().value;
+    h.currentTextStyle = refs.readH().value;
+    h.currentLinetype = refs.readH().value;
     h.read = true;
   } catch (const OdDwgDecodeError& e) {
     problem(seeker + 20 + e.bit / 8, std::string("header variables: ") + e.what());
   }
 }
 
-void OdDwgFile::readObjectMap(size_t seeker, size_t size) {
+void OdDwgFile::readObjectMap(const std::vector<uint8_t>& buffer, size_t seeker, size_t size) {
   // Pieces of at most 2032 bytes: a big-endian size (which counts itself),
   // pairs of (handle step, offset step) as modular chars, a CRC. Handle and
   // offset start again from zero in every piece; a piece of size 2 ends it.
   size_t at = seeker;
-  const size_t end = std::min(m_data.size(), seeker + size);
+  const size_t end = std::min(buffer.size(), seeker + size);
   std::vector<std::pair<uint64_t, int64_t>> entries;
   while (at + 2 <= end) {
-    const size_t pieceSize = (static_cast<size_t>(m_data[at]) << 8) | m_data[at + 1];
+    const size_t pieceSize = (static_cast<size_t>(buffer[at]) << 8) | buffer[at + 1];
     if (pieceSize <= 2) break;
-    if (at + pieceSize > m_data.size()) {
+    if (at + pieceSize > buffer.size()) {
       problem(at, "object map piece runs past the end of the file");
       break;
     }
-    OdDwgBitReader r(m_data.data() + at + 2, pieceSize - 2);
+    OdDwgBitReader r(buffer.data() + at + 2, pieceSize - 2);
     uint64_t handle = 0;
     int64_t offset = 0;
     try {
@@ -311,7 +380,21 @@ void OdDwgFile::readObject(OdDwgObject& o) {
     o.start = o.offset + sizeReader.bitPosition() / 8;
     if (o.size > m_data.size() - o.start) throw OdDwgDecodeError("object runs past the end of the file", 0);
     OdDwgBitReader r = objectReader(o);
-    o.type = static_cast<uint16_t>(r.readBS());
+    size_t handleBit = 0;
+    if (atLeast(AC1024)) {
+      // The size of the handle references, in bits, then the type as BOT:
+      // 2 bits say one byte, one byte plus 0x1F0, or a raw short.
+      const uint64_t handleBits = r.readMCUnsigned();
+      if (handleBits > o.size * 8) throw OdDwgDecodeError("handle references larger than the object", 0);
+      handleBit = o.size * 8 - static_cast<size_t>(handleBits);
+      switch (r.readBB()) {
+        case 0: o.type = r.readRC(); break;
+        case 1: o.type = 0x1F0u + r.readRC(); break;
+        default: o.type = r.readRS(); break;
+      }
+    } else {
+      o.type = static_cast<uint16_t>(r.readBS());
+    }
     if (o.type >= 500 && o.type != 0xFFFF) {
       const size_t index = o.type - 500;
       if (index >= m_classes.size()) throw OdDwgDecodeError("object of an unknown class " + std::to_string(o.type), 0);
@@ -322,8 +405,12 @@ void OdDwgFile::readObject(OdDwgObject& o) {
       o.entity = builtinIsEntity(o.type);
       if (o.dxfName.isEmpty()) throw OdDwgDecodeError("object of an unknown type " + std::to_string(o.type), 0);
     }
-    size_t handleBit = 0;
-    if (r2000) handleBit = r.readRL();
+    if (r2000 && !atLeast(AC1024)) handleBit = r.readRL();
+    if (atLeast(AC1021)) {
+      // Strings sit at the end of the data, before the handle references.
+      o.stringEnd = handleBit;
+      r.useStringStreamEndingAt(handleBit);
+    }
     const OdDwgHandleRef own = r.readH();
     if (own.value != o.handle) {
       throw OdDwgDecodeError("object map names handle " + hex(o.handle) + " but the object is " + hex(own.value), 0);
@@ -338,28 +425,56 @@ void OdDwgFile::readObject(OdDwgObject& o) {
       o.xdata.push_back(std::move(x));
     }
     int reactors = 0;
-    bool byLayerLinetype = true, noLinks = false;
+    bool byLayerLinetype = true, noLinks = false, noXdictionary = false;
+    int colorFlags = 0, materialFlags = 0;
+    bool fullStyle = false, faceStyle = false, edgeStyle = false;
     if (o.entity) {
       if (r.readBit()) {
-        const uint32_t picture = r.readRL();
-        r.skipBytes(picture);
+        uint64_t picture = r.readRL();
+        if (atLeast(AC1024)) picture |= static_cast<uint64_t>(r.readRL()) << 32;
+        if (picture > o.size) throw OdDwgDecodeError("implausible picture size", r.bitPosition());
+        r.skipBytes(static_cast<size_t>(picture));
       }
       if (!r2000) handleBit = r.readRL();
       o.entMode = static_cast<int>(r.readBB());
       reactors = r.readBL();
+      if (atLeast(AC1018)) noXdictionary = r.readBit();
+      if (atLeast(AC1027)) r.readBit();  // has binary data of its own
       if (!r2000) byLayerLinetype = r.readBit();
-      noLinks = r.readBit();
-      o.color = r.readCMC();
+      if (!atLeast(AC1018)) noLinks = r.readBit();
+      if (atLeast(AC1018)) {
+        // The colour index with flags in its high bits: 0x8000 a true
+        // colour follows, 0x4000 a colour-book reference among the
+        // handles, 0x2000 a transparency follows.
+        const unsigned value = static_cast<uint16_t>(r.readBS());
+        colorFlags = value & 0xE000;
+        o.color = static_cast<int>(value & 0x1FF);
+        if (colorFlags & 0x8000) r.readBL();
+        if (colorFlags & 0x2000) r.readBL();
+      } else {
+        o.color = r.readCMC();
+      }
       o.linetypeScale = r.readBD();
       if (r2000) {
         o.linetypeFlags = static_cast<int>(r.readBB());
         o.plotStyleFlags = static_cast<int>(r.readBB());
+      }
+      if (atLeast(AC1021)) {
+        materialFlags = static_cast<int>(r.readBB());
+        r.readRC();  // shadow flags
+      }
+      if (atLeast(AC1024)) {
+        fullStyle = r.readBit();
+        faceStyle = r.readBit();
+        edgeStyle = r.readBit();
       }
       o.invisible = r.readBS();
       if (r2000) o.lineWeight = r.readRC();
     } else {
       if (!r2000) handleBit = r.readRL();
       reactors = r.readBL();
+      if (atLeast(AC1018)) noXdictionary = r.readBit();
+      if (atLeast(AC1027)) r.readBit();  // has binary data of its own
     }
     if (reactors < 0 || static_cast<size_t>(reactors) > o.size) throw OdDwgDecodeError("implausible reactor count", r.bitPosition());
     o.dataBit = r.bitPosition();
@@ -370,14 +485,17 @@ void OdDwgFile::readObject(OdDwgObject& o) {
     r.seekBit(handleBit);
     if (!o.entity || o.entMode == 0) o.owner = r.readH(o.handle).value;
     for (int i = 0; i < reactors; ++i) o.reactors.push_back(r.readH(o.handle).value);
-    o.xdictionary = r.readH(o.handle).value;
+    if (!noXdictionary) o.xdictionary = r.readH(o.handle).value;
     if (o.entity) {
+      if (colorFlags & 0x4000) r.readH(o.handle);  // colour book entry
       if (!r2000) {
         o.layer = r.readH(o.handle).value;
         if (!byLayerLinetype) o.linetype = r.readH(o.handle).value;
       }
       o.noLinks = noLinks;
-      if (noLinks) {
+      if (atLeast(AC1018)) {
+        // No previous / next links: the block record lists its entities.
+      } else if (noLinks) {
         o.prevEntity = o.handle - 1;
         o.nextEntity = o.handle + 1;
       } else {
@@ -387,7 +505,11 @@ void OdDwgFile::readObject(OdDwgObject& o) {
       if (r2000) {
         o.layer = r.readH(o.handle).value;
         if (o.linetypeFlags == 3) o.linetype = r.readH(o.handle).value;
+        if (materialFlags == 3) r.readH(o.handle);  // material
         if (o.plotStyleFlags == 3) o.plotStyle = r.readH(o.handle).value;
+        if (fullStyle) r.readH(o.handle);  // visual styles
+        if (faceStyle) r.readH(o.handle);
+        if (edgeStyle) r.readH(o.handle);
       }
     }
     o.handleBit = r.bitPosition();

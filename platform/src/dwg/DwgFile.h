@@ -59,6 +59,9 @@ struct OdDwgObject {
   size_t dataBit = 0;
   size_t handleBit = 0;
   size_t endBit = 0;
+  // R2007 on: where the data and its string stream end and the handle
+  // references begin (bits from the start of the object data).
+  size_t stringEnd = 0;
   bool decoded = false;     // common data read without error
 };
 
@@ -80,7 +83,11 @@ class OdDwgFile {
 
   const std::vector<uint8_t>& data() const { return m_data; }
   const std::string& versionName() const { return m_version; }
-  bool isR2000() const { return m_version == "AC1015"; }
+  // The version as a number (AC1021 -> 1021); compare with atLeast.
+  int version() const { return m_versionNumber; }
+  bool atLeast(int version) const { return m_versionNumber >= version; }
+  // R2000 or later: the fields R2000 added are present.
+  bool isR2000() const { return atLeast(AC1015); }
   int codePage() const { return m_codePage; }
   const std::vector<OdDwgClass>& classes() const { return m_classes; }
   const OdDwgHeader& header() const { return m_header; }
@@ -91,8 +98,13 @@ class OdDwgFile {
   const std::vector<std::string>& problems() const { return m_problems; }
 
   // A reader over one object's data (after its size).
+  // R2007 on, `m_data` holds the objects section, where the object map's
+  // offsets point. Strings are read from the object's string stream.
   OdDwgBitReader objectReader(const OdDwgObject& object) const {
-    return OdDwgBitReader(m_data.data() + object.start, object.size);
+    OdDwgBitReader r(m_data.data() + object.start, object.size);
+    r.setVersion(m_versionNumber);
+    if (atLeast(AC1021) && object.stringEnd) r.useStringStreamEndingAt(object.stringEnd);
+    return r;
   }
 
   // The DXF name of a built-in object type (empty when unknown).
@@ -101,13 +113,18 @@ class OdDwgFile {
 
  private:
   void problem(size_t offset, const std::string& what);
-  void readClasses(size_t seeker, size_t size);
-  void readHeader(size_t seeker, size_t size);
-  void readObjectMap(size_t seeker, size_t size);
+  // Each reads from `buffer` (the file, or R2007 on a decoded section) at `seeker`.
+  void readClasses(const std::vector<uint8_t>& buffer, size_t seeker, size_t size);
+  void readHeader(const std::vector<uint8_t>& buffer, size_t seeker, size_t size);
+  void readObjectMap(const std::vector<uint8_t>& buffer, size_t seeker, size_t size);
+  bool openR2007();
+  void readObjects();
   void readObject(OdDwgObject& object);
 
   std::vector<uint8_t> m_data;
   std::string m_version;
+  int m_versionNumber = 0;
+  std::string m_where;  // R2007 on: the section that problem offsets are in
   int m_codePage = 1252;
   std::vector<OdDwgClass> m_classes;
   OdDwgHeader m_header;

@@ -20,19 +20,22 @@ inline std::vector<uint8_t> readBytes(const std::string& path) {
   return std::vector<uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
 }
 
-// The corpus DWG files of R13 to R2000, by the version their first bytes name.
-inline std::vector<std::string> dwgR13To2000Files() {
+// The corpus DWG files of the given versions, by the version their first bytes name.
+inline std::vector<std::string> dwgFilesOf(const std::set<std::string>& versions) {
   std::vector<std::string> files;
   for (const auto& entry : std::filesystem::directory_iterator(dwgCorpusDir())) {
     if (entry.path().extension() != ".dwg") continue;
     char version[7] = {};
     std::ifstream(entry.path(), std::ios::binary).read(version, 6);
-    const std::string v(version);
-    if (v == "AC1012" || v == "AC1014" || v == "AC1015") files.push_back(entry.path().filename().string());
+    if (versions.count(version)) files.push_back(entry.path().filename().string());
   }
   std::sort(files.begin(), files.end());
   return files;
 }
+
+inline std::vector<std::string> dwgR13To2000Files() { return dwgFilesOf({"AC1012", "AC1014", "AC1015"}); }
+// R2007: coded, compressed pages and strings of their own.
+inline std::vector<std::string> dwgR2007Files() { return dwgFilesOf({"AC1021"}); }
 
 inline std::string dwgTestName(const std::string& file) {
   std::string name;

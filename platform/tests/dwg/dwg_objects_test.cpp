@@ -142,9 +142,9 @@ TEST_P(DwgTwin, ObjectsEqualTheDxfTwins) {
   }
 }
 
-std::vector<std::string> filesWithTwins() {
+std::vector<std::string> filesWithTwins(const std::vector<std::string>& drawings) {
   std::vector<std::string> files;
-  for (const std::string& f : dwgR13To2000Files()) {
+  for (const std::string& f : drawings) {
     // This twin was saved anew: its handles were renumbered (its handle seed
     // is 336F where the drawing's is 1FAF), so objects cannot be matched.
     if (f == "example_r13.dwg") continue;
@@ -153,7 +153,7 @@ std::vector<std::string> filesWithTwins() {
   return files;
 }
 
-INSTANTIATE_TEST_SUITE_P(Corpus, DwgTwin, ::testing::ValuesIn(filesWithTwins()),
+INSTANTIATE_TEST_SUITE_P(Corpus, DwgTwin, ::testing::ValuesIn(filesWithTwins(dwgR13To2000Files())),
                          [](const auto& info) { return dwgTestName(info.param); });
 
 class DwgSavedAsDxf : public ::testing::TestWithParam<std::string> {};
@@ -176,6 +176,8 @@ TEST_P(DwgSavedAsDxf, AuditsCleanInAnIndependentReader) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Corpus, DwgSavedAsDxf, ::testing::ValuesIn(dwgR13To2000Files()),
+                         [](const auto& info) { return dwgTestName(info.param); });
+INSTANTIATE_TEST_SUITE_P(CorpusR2007, DwgSavedAsDxf, ::testing::ValuesIn(dwgR2007Files()),
                          [](const auto& info) { return dwgTestName(info.param); });
 
 }  // namespace
