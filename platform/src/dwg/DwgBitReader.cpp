@@ -238,6 +238,18 @@ OdString OdDwgBitReader::readTV(int codePage) {
     m_pos = savedPos;
     m_bits = savedBits;
     while (!text.empty() && text.back() == L'\0') text.pop_back();
+    // Characters kept as "\U+XXXX" from older versions are characters here.
+    for (size_t at = text.find(L"\\U+"); at != std::wstring::npos && at + 7 <= text.size(); at = text.find(L"\\U+", at + 1)) {
+      unsigned value = 0;
+      bool hexDigits = true;
+      for (size_t i = at + 3; i < at + 7; ++i) {
+        const wchar_t h = text[i];
+        const int digit = h >= L'0' && h <= L'9' ? h - L'0' : h >= L'A' && h <= L'F' ? h - L'A' + 10 : h >= L'a' && h <= L'f' ? h - L'a' + 10 : -1;
+        if (digit < 0) { hexDigits = false; break; }
+        value = value * 16 + static_cast<unsigned>(digit);
+      }
+      if (hexDigits && value != 0) text.replace(at, 7, 1, static_cast<wchar_t>(value));
+    }
     return OdString(std::move(text));
   }
   const int length = static_cast<uint16_t>(readBS());

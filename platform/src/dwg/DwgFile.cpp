@@ -1,6 +1,7 @@
 #include "dwg/DwgFile.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
@@ -54,6 +55,23 @@ const BuiltinType* builtin(unsigned type) {
 bool isSymbolTableRecord(unsigned type) {
   return type == 0x31 || type == 0x33 || type == 0x35 || type == 0x39 || type == 0x3D || type == 0x3F ||
          type == 0x41 || type == 0x43 || type == 0x45 || type == 0x47;
+}
+
+// The CRC of objects and map pieces: CRC-16 (polynomial 0xA001, bits
+// from the lowest), started from 0xC0C1.
+uint16_t crc16(const uint8_t* data, size_t size) {
+  static const auto table = [] {
+    std::array<uint16_t, 256> t{};
+    for (unsigned i = 0; i < 256; ++i) {
+      uint16_t c = static_cast<uint16_t>(i);
+      for (int k = 0; k < 8; ++k) c = (c & 1) ? static_cast<uint16_t>((c >> 1) ^ 0xA001) : static_cast<uint16_t>(c >> 1);
+      t[i] = c;
+    }
+    return t;
+  }();
+  uint16_t crc = 0xC0C1;
+  for (size_t i = 0; i < size; ++i) crc = static_cast<uint16_t>((crc >> 8) ^ table[(crc ^ data[i]) & 0xFF]);
+  return crc;
 }
 
 std::string hex(uint64_t value) {
@@ -272,6 +290,7 @@ void OdDwgFile::readHeader(const std::vector<uint8_t>& buffer, size_t seeker, si
     flag(L"$PSLTSCALE");
     flag(L"$LIMCHECK");
     if (!r2000) flag(L"$BLIPMODE");
+    if (atLeast(AC1021)) flag(nullptr);  // R2007 on: a flag not known yet
     flag(L"$USRTIMER");
     flag(L"$SKPOLY");
     flag(L"$ANGDIR");
@@ -298,6 +317,7 @@ void OdDwgFile::readHeader(const std::vector<uint8_t>& buffer, size_t seeker, si
     if (!r2000) shortVar(L"$COORDS");
     shortVar(L"$PDMODE");
     if (!r2000) shortVar(L"$PICKSTYLE");
+    if (atLeast(AC1021)) for (int i = 0; i < 3; ++i) r.readBL();  // R2007 on: three longs not known yet
     for (const wchar_t* name : {L"$USERI1", L"$USERI2", L"$USERI3", L"$USERI4", L"$USERI5", L"$SPLINESEGS", L"$SURFU",
                                 L"$SURFV", L"$SURFTYPE", L"$SURFTAB1", L"$SURFTAB2", L"$SPLINETYPE", L"$SHADEDGE",
                                 L"$SHADEDIF", L"$UNITMODE", L"$MAXACTVP", L"$ISOLINES", L"$CMLJUST", L"$TEXTQLTY"}) {
@@ -310,13 +330,21 @@ void OdDwgFile::readHeader(const std::vector<uint8_t>& buffer, size_t seeker, si
       real(name);
     }
     r.readTV(m_codePage);  // menu name
+    if (atLeast(AC1021)) {
+      // R2007 on the variables after the menu name are not read yet; the
+      // handle stream starts with the current layer, text style and linetype.
+      h.currentLayer = handles.readH().value;
+      h.currentTextStyle = handles.readH().value;
+      h.currentLinetype = handles.readH().value;
+      h.read = true;
+      return;
+    }
     for (int i = 0; i < 8; ++i) r.readBL();  // creation, update, editing and user times
     h.currentColor = r.readCMC();
     h.handseed = r.readH().value;
-    OdDwgBitReader& refs = atLeast(AC1021) ? handles : r;
-    h.currentLayer = refs.readH().value;
-    h.currentTextStyle = refs.readH().value;
-    h.currentLinetype = refs.readH().value;
+    h.currentLayer = r.readH().value;
+    h.currentTextStyle = r.readH().value;
+    h.currentLinetype = r.readH().value;
     h.read = true;
   } catch (const OdDwgDecodeError& e) {
     problem(seeker + 20 + e.bit / 8, std::string("header variables: ") + e.what());
@@ -379,6 +407,13 @@ void OdDwgFile::readObject(OdDwgObject& o) {
     o.size = sizeReader.readMS();
     o.start = o.offset + sizeReader.bitPosition() / 8;
     if (o.size > m_data.size() - o.start) throw OdDwgDecodeError("object runs past the end of the file", 0);
+    // The size and the data are followed by their CRC. A mismatch is
+    // reported; the object is still decoded (its values may be intact).
+    if (o.size + 2 <= m_data.size() - o.start) {
+      const size_t end = o.start + o.size;
+      const uint16_t stored = static_cast<uint16_t>(m_data[end] | (m_data[end + 1] << 8));
+      if (crc16(m_data.data() + o.offset, end - o.offset) != stored) problem(o.offset, "object " + hex(o.handle) + ": CRC does not match its data");
+    }
     OdDwgBitReader r = objectReader(o);
     size_t handleBit = 0;
     if (atLeast(AC1024)) {
@@ -450,19 +485,17 @@ void OdDwgFile::readObject(OdDwgObject& o) {
         colorFlags = value & 0xE000;
         o.color = static_cast<int>(value & 0x1FF);
         if (colorFlags & 0x8000) r.readBL();
-        if (colorFlags & 0x2000) r.readBL();
+        if (colorFlags & 0x2000) o.transparency = static_cast<uint32_t>(r.readBL());
       } else {
         o.color = r.readCMC();
       }
       o.linetypeScale = r.readBD();
-      if (r2000) {
-        o.linetypeFlags = static_cast<int>(r.readBB());
-        o.plotStyleFlags = static_cast<int>(r.readBB());
-      }
-      if (atLeast(AC1021)) {
-        materialFlags = static_cast<int>(r.readBB());
-        r.readRC();  // shadow flags
-      }
+      // Linetype, (R2007 on) material and plot style: 0 ByLayer, 1 ByBlock,
+      // 2 Continuous / none, 3 by handle; R2007 on, then shadow flags.
+      if (r2000) o.linetypeFlags = static_cast<int>(r.readBB());
+      if (atLeast(AC1021)) materialFlags = static_cast<int>(r.readBB());
+      if (r2000) o.plotStyleFlags = static_cast<int>(r.readBB());
+      if (atLeast(AC1021)) r.readRC();  // shadow flags
       if (atLeast(AC1024)) {
         fullStyle = r.readBit();
         faceStyle = r.readBit();
@@ -505,7 +538,7 @@ void OdDwgFile::readObject(OdDwgObject& o) {
       if (r2000) {
         o.layer = r.readH(o.handle).value;
         if (o.linetypeFlags == 3) o.linetype = r.readH(o.handle).value;
-        if (materialFlags == 3) r.readH(o.handle);  // material
+        if (materialFlags == 3) o.material = r.readH(o.handle).value;
         if (o.plotStyleFlags == 3) o.plotStyle = r.readH(o.handle).value;
         if (fullStyle) r.readH(o.handle);  // visual styles
         if (faceStyle) r.readH(o.handle);

@@ -51,6 +51,8 @@ struct OdDwgObject {
   int invisible = 0;
   int lineWeight = -1;      // R2000 on: the raw lineweight index
   uint64_t layer = 0, linetype = 0, plotStyle = 0;
+  uint64_t material = 0;    // R2007 on: a material given by handle
+  int64_t transparency = -1;  // R2004 on: the transparency when stored (-1: none)
   uint64_t prevEntity = 0, nextEntity = 0;
   bool noLinks = false;     // entities: previous and next are the handles one below and above
 

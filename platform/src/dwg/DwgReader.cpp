@@ -28,6 +28,11 @@ void DwgToDxf::entityList(uint64_t block) {
   const BlockInfo& info = m_blocks[block];
   std::set<uint64_t> inBlock, taken;
   for (const OdDwgObject* o : owned) inBlock.insert(o->handle);
+  for (uint64_t at : info.order) {
+    if (!inBlock.count(at) || taken.count(at)) continue;
+    ordered.push_back(m_file.find(at));
+    taken.insert(at);
+  }
   for (uint64_t at = info.first; at && inBlock.count(at) && !taken.count(at);) {
     const OdDwgObject* o = m_file.find(at);
     ordered.push_back(o);

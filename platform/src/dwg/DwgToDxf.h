@@ -122,6 +122,7 @@ class DwgToDxf {
     double base[3] = {0, 0, 0};
     OdString path, description;
     uint64_t first = 0, last = 0;  // the block's first and last entity
+    std::vector<uint64_t> order;   // R2004 on: the block's entities in drawing order
   };
 
   const OdDwgFile& m_file;

@@ -178,14 +178,7 @@ TEST_P(DwgCorpusStructure, OpenedDrawingHoldsTheIndependentReadersEntities) {
 
 INSTANTIATE_TEST_SUITE_P(Corpus, DwgCorpusStructure, ::testing::ValuesIn(dwgR13To2000Files()),
                          [](const auto& info) { return dwgTestName(info.param); });
-// Two R2007 drawings still decode to wrong bytes in places (objects
-// dropped); they are checked only for opening and auditing clean.
-std::vector<std::string> r2007FilesDecodedWhole() {
-  std::vector<std::string> files = dwgR2007Files();
-  std::erase_if(files, [](const std::string& f) { return f == "example_2007.dwg" || f == "2007_ATMOS-DC22S.dwg"; });
-  return files;
-}
-INSTANTIATE_TEST_SUITE_P(CorpusR2007, DwgCorpusStructure, ::testing::ValuesIn(r2007FilesDecodedWhole()),
+INSTANTIATE_TEST_SUITE_P(CorpusR2007, DwgCorpusStructure, ::testing::ValuesIn(dwgR2007Files()),
                          [](const auto& info) { return dwgTestName(info.param); });
 
 TEST(DwgR2007Pages, ReedSolomonWordsDeinterleaved) {
