@@ -191,23 +191,6 @@ void OdDwgBitReader::useStringStreamEndingAt(size_t endBit) {
   m_stringEnd = at;
 }
 
-int16_t OdDwgBitReader::readCMC() {
-  const int16_t index = readBS();
-  if (m_version < AC1018) return index;
-  // The index may be left 0 with the colour in the true-colour value: its
-  // high byte 0xC3 means "index in the low byte", 0xC0 ByLayer, 0xC1 ByBlock.
-  const uint32_t value = static_cast<uint32_t>(readBL());
-  const uint8_t names = readRC();
-  if (names & 1) readTV(1252);  // colour name
-  if (names & 2) readTV(1252);  // colour book name
-  if (index != 0) return index;
-  switch (value >> 24) {
-    case 0xC3: return static_cast<int16_t>(value & 0xFF);
-    case 0xC0: return 256;
-    default: return 0;
-  }
-}
-
 OdString OdDwgBitReader::readTV(int codePage) {
   if (m_strings) {
     // UTF-16 units from the string stream, with its own position.

@@ -22,9 +22,17 @@ struct OdDwgDecodeError : std::runtime_error {
 
 // A handle reference: its code (what kind of reference, or how a relative
 // handle is to be applied) and the handle it names once resolved.
-// File format versions by the number in their first bytes ("AC1021").
+// The versions of the file format, by the number in their first bytes
+// ("AC1018" is 1018), for comparisons such as atLeast(kDwgR2004).
 enum OdDwgVersion : int {
-  AC1012 = 1012, AC1014 = 1014, AC1015 = 1015, AC1018 = 1018, AC1021 = 1021, AC1024 = 1024, AC1027 = 1027, AC1032 = 1032,
+  kDwgR13 = 1012,
+  kDwgR14 = 1014,
+  kDwgR2000 = 1015,
+  kDwgR2004 = 1018,
+  kDwgR2007 = 1021,
+  kDwgR2010 = 1024,
+  kDwgR2013 = 1027,
+  kDwgR2018 = 1032,
 };
 
 struct OdDwgHandleRef {
@@ -82,12 +90,9 @@ class OdDwgBitReader {
   // their size in bits (high bit set: 16 more bits before them hold the
   // size's high part), and the strings come just before the size.
   void useStringStreamEndingAt(size_t endBit);
-  // The version whose forms of colours and strings apply.
-  void setVersion(int version) { m_version = version; }
-  int version() const { return m_version; }
-  // A colour: R13-R2000 just the colour index; R2004 on the index, a
-  // true-colour value and a byte saying which names follow.
-  int16_t readCMC();
+  // A colour of R13-R2000: just the colour index (from R2004 on, see
+  // OdDwgFile::readCMC).
+  int16_t readCMC() { return readBS(); }
   // Skips whole bytes (for blobs whose contents are not needed).
   void skipBytes(size_t n);
 
@@ -98,7 +103,6 @@ class OdDwgBitReader {
   const uint8_t* m_data;
   size_t m_bits;
   size_t m_pos = 0;
-  int m_version = AC1015;
   bool m_strings = false;           // strings come from the string stream
   size_t m_stringPos = 0, m_stringEnd = 0;
 };

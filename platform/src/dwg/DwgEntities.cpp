@@ -165,6 +165,7 @@ bool DwgToDxf::insert(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
   double e[3];
   for (double& v : e) v = d.readBD();
   const bool hasAttributes = d.readBit();
+  if (hasAttributes && m_file.atLeast(kDwgR2004)) d.readBL();  // the attribute count: they are found by owner
   const OdString block = nameOf(h.readH(o.handle).value);
   if (block.isEmpty()) throw OdDwgDecodeError("insert of a block that is not in the file", h.bitPosition());
   m_w.writeString(100, L"AcDbBlockReference");
@@ -189,9 +190,11 @@ bool DwgToDxf::lwpolyline(const OdDwgObject& o, OdDwgBitReader& d) {
   const int32_t points = d.readBL();
   const int32_t bulges = (flags & 16) ? d.readBL() : 0;
   const int32_t widths = (flags & 32) ? d.readBL() : 0;
-  const size_t room = o.size * 8;
-  if (points < 0 || bulges < 0 || widths < 0 || static_cast<size_t>(points) > room || static_cast<size_t>(bulges) > room ||
-      static_cast<size_t>(widths) > room) {
+  // What is left of the data bounds the counts: a point takes at least 4
+  // bits (two DD), a bulge 2, a pair of widths 4.
+  const size_t room = o.size * 8 > d.bitPosition() ? o.size * 8 - d.bitPosition() : 0;
+  if (points < 0 || bulges < 0 || widths < 0 || static_cast<size_t>(points) > room / 4 || static_cast<size_t>(bulges) > room / 2 ||
+      static_cast<size_t>(widths) > room / 4) {
     throw OdDwgDecodeError("implausible vertex count", d.bitPosition());
   }
   std::vector<double> xy(static_cast<size_t>(points) * 2), bulge(static_cast<size_t>(bulges)), w(static_cast<size_t>(widths) * 2);
@@ -394,7 +397,7 @@ void DwgToDxf::mtext(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h)
   point3(d, normal);
   point3(d, direction);
   const double width = d.readBD();
-  const double frameHeight = m_file.atLeast(AC1021) ? d.readBD() : 0.0;  // R2007 on
+  const double frameHeight = m_file.atLeast(kDwgR2007) ? d.readBD() : 0.0;  // R2007 on
   const double height = d.readBD();
   const int attachment = d.readBS(), drawing = d.readBS();
   d.readBD();  // extents height and width: derived
@@ -412,7 +415,7 @@ void DwgToDxf::mtext(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h)
   m_w.writePoint(10, insertion[0], insertion[1], insertion[2]);
   m_w.writeDouble(40, height);
   m_w.writeDouble(41, width);
-  if (m_file.atLeast(AC1021)) m_w.writeDouble(46, frameHeight);
+  if (m_file.atLeast(kDwgR2007)) m_w.writeDouble(46, frameHeight);
   m_w.writeInt(71, attachment);
   m_w.writeInt(72, drawing);
   // Text longer than 250 characters goes in pieces: 3 groups, then the last in 1.

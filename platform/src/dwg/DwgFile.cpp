@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstdio>
-#include <cstdlib>
 
 #include "OdCodePage.h"
+#include "dwg/DwgPagedFile.h"
 #include "dwg/DwgR2007File.h"
 
 namespace {
@@ -103,13 +102,30 @@ bool OdDwgFile::builtinIsEntity(unsigned type) {
   return t && t->entity;
 }
 
-void OdDwgFile::problem(size_t offset, const std::string& what) {
-  m_problems.push_back((m_where.empty() ? "" : m_where + " ") + "offset 0x" + hex(offset) + ": " + what);
-}
-
 const OdDwgObject* OdDwgFile::find(uint64_t handle) const {
   auto it = m_byHandle.find(handle);
   return it == m_byHandle.end() ? nullptr : &m_objects[it->second];
+}
+
+void OdDwgFile::problem(size_t offset, const std::string& what) {
+  m_problems.push_back((m_section.empty() ? "" : m_section + " ") + "offset 0x" + hex(offset) + ": " + what);
+}
+
+int OdDwgFile::readCMC(OdDwgBitReader& r) const {
+  int index = r.readBS();
+  if (!atLeast(kDwgR2004)) return index;
+  const uint32_t rgb = static_cast<uint32_t>(r.readBL());
+  const uint8_t flags = r.readRC();
+  if (flags & 1) r.readTV(m_codePage);  // colour name
+  if (flags & 2) r.readTV(m_codePage);  // colour book name
+  // The high byte of the RGB value: 0xC0 ByLayer, 0xC1 ByBlock, 0xC3 an
+  // index in the low byte, 0xC2 a true colour (the index then stands beside it).
+  switch (rgb >> 24) {
+    case 0xC0: return 256;
+    case 0xC1: return 0;
+    case 0xC3: return index ? index : static_cast<int>(rgb & 0xFF);
+    default: return index;
+  }
 }
 
 bool OdDwgFile::open(std::vector<uint8_t> data) {
@@ -119,12 +135,39 @@ bool OdDwgFile::open(std::vector<uint8_t> data) {
     return false;
   }
   m_version.assign(reinterpret_cast<const char*>(m_data.data()), 6);
-  m_versionNumber = m_version.compare(0, 2, "AC") == 0 && std::isdigit(static_cast<unsigned char>(m_version[2])) ? std::atoi(m_version.c_str() + 2) : 0;
-  if (m_versionNumber == AC1021) return openR2007();
-  if (m_version != "AC1012" && m_version != "AC1014" && m_version != "AC1015") {
-    problem(0, "DWG version " + m_version + " is not read yet (R13 to R2000, AC1012 to AC1015, and R2007, AC1021, are)");
+  m_maintenance = m_data[0x0B];
+  static const std::pair<const char*, OdDwgVersion> kVersions[] = {
+      {"AC1012", kDwgR13},   {"AC1014", kDwgR14},   {"AC1015", kDwgR2000}, {"AC1018", kDwgR2004},
+      {"AC1021", kDwgR2007}, {"AC1024", kDwgR2010}, {"AC1027", kDwgR2013}, {"AC1032", kDwgR2018}};
+  bool known = false;
+  for (const auto& [name, number] : kVersions) {
+    if (m_version == name) { m_versionNumber = number; known = true; }
+  }
+  if (!known) {
+    problem(0, "DWG version " + m_version + " is not read (R13 to R2018, AC1012 to AC1032, are)");
     return false;
   }
+  // R2007 has a container of its own; R2004 and R2010 on share the paged one.
+  if (!(m_versionNumber == kDwgR2007 ? openR2007() : atLeast(kDwgR2004) ? openPaged() : openLocated())) return false;
+  m_section = m_objectsSection;
+  for (OdDwgObject& object : m_objects) readObject(object);
+  m_section.clear();
+  // An anonymous block's record keeps only the prefix of its name ("*D");
+  // the whole name ("*D3") is the name of its BLOCK entity.
+  for (const OdDwgObject& object : m_objects) {
+    if (object.type != 0x04 || !object.decoded || object.recordName.isEmpty()) continue;
+    auto it = m_byHandle.find(object.owner);
+    if (it == m_byHandle.end()) continue;
+    OdDwgObject& record = m_objects[it->second];
+    if (record.type == 0x31 && record.recordName.getLength() < object.recordName.getLength() &&
+        object.recordName.left(record.recordName.getLength()) == record.recordName) {
+      record.recordName = object.recordName;
+    }
+  }
+  return true;
+}
+
+bool OdDwgFile::openLocated() {
   OdDwgBitReader header(m_data.data(), m_data.size());
   try {
     header.seekBit(0x13 * 8);
@@ -149,77 +192,80 @@ bool OdDwgFile::open(std::vector<uint8_t> data) {
     problem(e.bit / 8, std::string("file header: ") + e.what());
     return false;
   }
-  readObjects();
   return true;
 }
 
+bool OdDwgFile::openPaged() {
+  OdDwgPagedFile paged;
+  const bool opened = paged.open(m_data.data(), m_data.size());
+  size_t reported = 0;
+  auto report = [&] {
+    for (; reported < paged.problems().size(); ++reported) problem(paged.problems()[reported].first, paged.problems()[reported].second);
+  };
+  report();
+  if (!opened) return false;
+  m_codePage = odDwgCodePage(paged.codePage());
+  std::vector<uint8_t> objects = paged.section("AcDb:AcDbObjects");
+  const std::vector<uint8_t> handles = paged.section("AcDb:Handles");
+  const std::vector<uint8_t> classes = paged.section("AcDb:Classes");
+  const std::vector<uint8_t> header = paged.section("AcDb:Header");
+  report();
+  return readSections(std::move(objects), handles, classes, header);
+}
+
 bool OdDwgFile::openR2007() {
-  // The sections come decoded from the coded, compressed pages; the object
-  // map's offsets point into the objects section, which takes the place
-  // of the file's bytes.
   if (m_data.size() > 0x14) m_codePage = odDwgCodePage(m_data[0x13] | (m_data[0x14] << 8));
   OdDwgR2007Sections sections;
   if (!odDwgReadR2007Sections(m_data, sections, [this](size_t offset, const std::string& what) { problem(offset, what); })) {
     return false;
   }
-  std::vector<uint8_t>& objects = sections.byName["AcDb:AcDbObjects"];
-  const std::vector<uint8_t>& handles = sections.byName["AcDb:Handles"];
+  auto& s = sections.byName;
+  return readSections(std::move(s["AcDb:AcDbObjects"]), s["AcDb:Handles"], s["AcDb:Classes"], s["AcDb:Header"]);
+}
+
+bool OdDwgFile::readSections(std::vector<uint8_t> objects, const std::vector<uint8_t>& handles,
+                             const std::vector<uint8_t>& classes, const std::vector<uint8_t>& header) {
   if (objects.empty() || handles.empty()) {
-    problem(0, "R2007 file without objects or object map section");
+    problem(0, std::string("no ") + (objects.empty() ? "AcDb:AcDbObjects" : "AcDb:Handles") + " section");
     return false;
   }
-  m_data.swap(objects);
-  m_where = "section AcDb:Classes";
-  if (!sections.byName["AcDb:Classes"].empty()) readClasses(sections.byName["AcDb:Classes"], 0, sections.byName["AcDb:Classes"].size());
-  m_where = "section AcDb:Handles";
+  // Object offsets count from the start of the objects section.
+  m_data = std::move(objects);
+  m_objectsSection = "AcDb:AcDbObjects";
+  m_section = "AcDb:Classes";
+  if (!classes.empty()) readClasses(classes, 0, classes.size());
+  m_section = "AcDb:Handles";
   readObjectMap(handles, 0, handles.size());
-  m_where = "section AcDb:Header";
-  if (!sections.byName["AcDb:Header"].empty()) readHeader(sections.byName["AcDb:Header"], 0, sections.byName["AcDb:Header"].size());
-  m_where = "section AcDb:AcDbObjects";
-  readObjects();
-  m_where.clear();
+  m_section = "AcDb:Header";
+  if (!header.empty()) readHeader(header, 0, header.size());
+  m_section.clear();
   return true;
 }
 
-void OdDwgFile::readObjects() {
-  for (OdDwgObject& object : m_objects) readObject(object);
-  // An anonymous block's record keeps only the prefix of its name ("*D");
-  // the whole name ("*D3") is the name of its BLOCK entity.
-  for (const OdDwgObject& object : m_objects) {
-    if (object.type != 0x04 || !object.decoded || object.recordName.isEmpty()) continue;
-    auto it = m_byHandle.find(object.owner);
-    if (it == m_byHandle.end()) continue;
-    OdDwgObject& record = m_objects[it->second];
-    if (record.type == 0x31 && record.recordName.getLength() < object.recordName.getLength() &&
-        object.recordName.left(record.recordName.getLength()) == record.recordName) {
-      record.recordName = object.recordName;
-    }
-  }
-}
-
-void OdDwgFile::readClasses(const std::vector<uint8_t>& buffer, size_t seeker, size_t size) {
+void OdDwgFile::readClasses(const std::vector<uint8_t>& buf, size_t seeker, size_t size) {
   // A sentinel of 16 bytes, the size of the class data, the data, a CRC.
-  if (seeker + 20 > buffer.size()) {
+  if (seeker + 20 > buf.size()) {
     problem(seeker, "classes section outside the file");
     return;
   }
-  OdDwgBitReader r(buffer.data() + seeker, buffer.size() - seeker);
+  OdDwgBitReader r(buf.data() + seeker, buf.size() - seeker);
   r.seekBit(16 * 8);
-  const size_t bytes = r.readRL();
-  if (bytes > size || seeker + 20 + bytes > buffer.size()) {
+  const size_t length = r.readRL();
+  if (length > size || seeker + 20 + length > buf.size()) {
     problem(seeker, "classes section larger than its locator says");
     return;
   }
-  OdDwgBitReader c(buffer.data() + seeker + 20, bytes);
-  c.setVersion(m_versionNumber);
+  OdDwgBitReader c(buf.data() + seeker + 20, length);
   try {
     int last = 0x7FFF;  // R2004 on: the highest class number comes first
-    if (atLeast(AC1021)) {
-      // The size in bits of the data and strings, counted from here.
+    if (atLeast(kDwgR2007)) {
+      // The size in bits of the data and strings, counted from here
+      // (R2010 on, after maintenance release 3, a second size first).
+      if (atLeast(kDwgR2010) && m_maintenance > 3) c.readRL();
       const size_t bits = c.readRL();
       c.useStringStreamEndingAt(std::min<size_t>(c.bitSize(), bits));
     }
-    if (atLeast(AC1018)) {
+    if (atLeast(kDwgR2004)) {
       last = c.readBS();
       c.readRC();
       c.readRC();
@@ -234,9 +280,9 @@ void OdDwgFile::readClasses(const std::vector<uint8_t>& buffer, size_t seeker, s
       cls.dxfName = c.readTV(m_codePage);
       cls.wasZombie = c.readBit();
       cls.isEntity = c.readBS() == 0x1F2;
-      if (atLeast(AC1018)) {
-        c.readBL();  // number of objects of the class
-        c.readBS();  // the version and maintenance release that made it
+      if (atLeast(kDwgR2004)) {
+        c.readBL();  // objects of the class in the drawing
+        c.readBS();  // the file version and maintenance version that brought the class
         c.readBS();
         c.readBL();
         c.readBL();
@@ -249,36 +295,42 @@ void OdDwgFile::readClasses(const std::vector<uint8_t>& buffer, size_t seeker, s
   }
 }
 
-void OdDwgFile::readHeader(const std::vector<uint8_t>& buffer, size_t seeker, size_t size) {
+void OdDwgFile::readHeader(const std::vector<uint8_t>& buf, size_t seeker, size_t size) {
   // A sentinel of 16 bytes, the size of the data, the variables in a fixed order.
-  if (seeker + 20 > buffer.size()) {
+  if (seeker + 20 > buf.size()) {
     problem(seeker, "header variables outside the file");
     return;
   }
-  OdDwgBitReader r(buffer.data() + seeker + 20, std::min(buffer.size() - seeker - 20, size));
-  r.setVersion(m_versionNumber);
+  OdDwgBitReader r(buf.data() + seeker + 20, std::min(buf.size() - seeker - 20, size));
   const bool r2000 = isR2000();
   // R2007 on: the size in bits of data and strings comes first; the
   // strings are in their own stream, the handles follow the data.
   OdDwgBitReader handles = r;
-  size_t handlesAt = 0;
   OdDwgHeader& h = m_header;
   auto flag = [&](const wchar_t* name) { const bool v = r.readBit(); if (name) h.ints.emplace_back(name, v ? 1 : 0); };
   auto shortVar = [&](const wchar_t* name) { const int v = r.readBS(); if (name) h.ints.emplace_back(name, v); };
   auto real = [&](const wchar_t* name) { const double v = r.readBD(); if (name) h.reals.emplace_back(name, v); };
   try {
-    if (atLeast(AC1021)) {
-      handlesAt = std::min<size_t>(r.bitSize(), r.readRL());
-      r.useStringStreamEndingAt(handlesAt);
-      handles.seekBit(handlesAt);
+    if (atLeast(kDwgR2007)) {
+      size_t from = 0;
+      if (atLeast(kDwgR2010) && m_maintenance > 3) {
+        r.readRL();
+        from = 32;
+      }
+      const size_t dataEnd = std::min<size_t>(r.bitSize(), r.readRL() + from);
+      r.useStringStreamEndingAt(dataEnd);
+      handles.seekBit(dataEnd);
+      // The handle stream begins with the current layer, text style and linetype.
+      h.currentLayer = handles.readH().value;
+      h.currentTextStyle = handles.readH().value;
+      h.currentLinetype = handles.readH().value;
     }
-    if (atLeast(AC1027)) { r.readRL(); r.readRL(); }  // the versions a reader needs
     for (int i = 0; i < 4; ++i) r.readBD();
     for (int i = 0; i < 4; ++i) r.readTV(m_codePage);
     r.readBL();
     r.readBL();
     if (!r2000) r.readBS();
-    if (!atLeast(AC1018)) r.readH();  // the current viewport's entity header
+    if (!atLeast(kDwgR2004)) r.readH();  // the current viewport's entity header
     flag(L"$DIMASO");
     flag(L"$DIMSHO");
     if (!r2000) flag(nullptr);  // DIMSAV
@@ -290,7 +342,7 @@ void OdDwgFile::readHeader(const std::vector<uint8_t>& buffer, size_t seeker, si
     flag(L"$PSLTSCALE");
     flag(L"$LIMCHECK");
     if (!r2000) flag(L"$BLIPMODE");
-    if (atLeast(AC1021)) flag(nullptr);  // R2007 on: a flag not known yet
+    if (atLeast(kDwgR2004)) flag(nullptr);  // undocumented
     flag(L"$USRTIMER");
     flag(L"$SKPOLY");
     flag(L"$ANGDIR");
@@ -317,7 +369,9 @@ void OdDwgFile::readHeader(const std::vector<uint8_t>& buffer, size_t seeker, si
     if (!r2000) shortVar(L"$COORDS");
     shortVar(L"$PDMODE");
     if (!r2000) shortVar(L"$PICKSTYLE");
-    if (atLeast(AC1021)) for (int i = 0; i < 3; ++i) r.readBL();  // R2007 on: three longs not known yet
+    if (atLeast(kDwgR2004)) {
+      for (int i = 0; i < 3; ++i) r.readBL();  // undocumented
+    }
     for (const wchar_t* name : {L"$USERI1", L"$USERI2", L"$USERI3", L"$USERI4", L"$USERI5", L"$SPLINESEGS", L"$SURFU",
                                 L"$SURFV", L"$SURFTYPE", L"$SURFTAB1", L"$SURFTAB2", L"$SPLINETYPE", L"$SHADEDGE",
                                 L"$SHADEDIF", L"$UNITMODE", L"$MAXACTVP", L"$ISOLINES", L"$CMLJUST", L"$TEXTQLTY"}) {
@@ -330,42 +384,37 @@ void OdDwgFile::readHeader(const std::vector<uint8_t>& buffer, size_t seeker, si
       real(name);
     }
     r.readTV(m_codePage);  // menu name
-    if (atLeast(AC1021)) {
-      // R2007 on the variables after the menu name are not read yet; the
-      // handle stream starts with the current layer, text style and linetype.
-      h.currentLayer = handles.readH().value;
-      h.currentTextStyle = handles.readH().value;
-      h.currentLinetype = handles.readH().value;
-      h.read = true;
-      return;
-    }
-    for (int i = 0; i < 8; ++i) r.readBL();  // creation, update, editing and user times
-    h.currentColor = r.readCMC();
+    // Creation and update dates, (R2004 on) three longs, time in the
+    // drawing and the user timer.
+    for (int i = 0; i < (atLeast(kDwgR2004) ? 11 : 8); ++i) r.readBL();
+    h.currentColor = readCMC(r);
     h.handseed = r.readH().value;
-    h.currentLayer = r.readH().value;
-    h.currentTextStyle = r.readH().value;
-    h.currentLinetype = r.readH().value;
+    if (!atLeast(kDwgR2007)) {
+      h.currentLayer = r.readH().value;
+      h.currentTextStyle = r.readH().value;
+      h.currentLinetype = r.readH().value;
+    }
     h.read = true;
   } catch (const OdDwgDecodeError& e) {
     problem(seeker + 20 + e.bit / 8, std::string("header variables: ") + e.what());
   }
 }
 
-void OdDwgFile::readObjectMap(const std::vector<uint8_t>& buffer, size_t seeker, size_t size) {
+void OdDwgFile::readObjectMap(const std::vector<uint8_t>& buf, size_t seeker, size_t size) {
   // Pieces of at most 2032 bytes: a big-endian size (which counts itself),
   // pairs of (handle step, offset step) as modular chars, a CRC. Handle and
   // offset start again from zero in every piece; a piece of size 2 ends it.
   size_t at = seeker;
-  const size_t end = std::min(buffer.size(), seeker + size);
+  const size_t end = std::min(buf.size(), seeker + size);
   std::vector<std::pair<uint64_t, int64_t>> entries;
   while (at + 2 <= end) {
-    const size_t pieceSize = (static_cast<size_t>(buffer[at]) << 8) | buffer[at + 1];
+    const size_t pieceSize = (static_cast<size_t>(buf[at]) << 8) | buf[at + 1];
     if (pieceSize <= 2) break;
-    if (at + pieceSize > buffer.size()) {
-      problem(at, "object map piece runs past the end of the file");
+    if (at + pieceSize > buf.size()) {
+      problem(at, "object map piece runs past the end of the data");
       break;
     }
-    OdDwgBitReader r(buffer.data() + at + 2, pieceSize - 2);
+    OdDwgBitReader r(buf.data() + at + 2, pieceSize - 2);
     uint64_t handle = 0;
     int64_t offset = 0;
     try {
@@ -388,7 +437,7 @@ void OdDwgFile::readObjectMap(const std::vector<uint8_t>& buffer, size_t seeker,
   std::sort(entries.begin(), entries.end());
   for (const auto& [handle, offset] : entries) {
     if (offset <= 0 || static_cast<size_t>(offset) >= m_data.size()) {
-      problem(seeker, "object " + hex(handle) + " placed outside the file, dropped");
+      problem(seeker, "object " + hex(handle) + " placed outside the " + (m_objectsSection.empty() ? "file" : "objects section") + ", dropped");
       continue;
     }
     if (m_byHandle.count(handle)) continue;
@@ -407,6 +456,15 @@ void OdDwgFile::readObject(OdDwgObject& o) {
     o.size = sizeReader.readMS();
     o.start = o.offset + sizeReader.bitPosition() / 8;
     if (o.size > m_data.size() - o.start) throw OdDwgDecodeError("object runs past the end of the file", 0);
+    // R2010 on, the size of the handle references (MC) follows the object's
+    // size and is not counted in it.
+    uint64_t handleBits = 0;
+    if (atLeast(kDwgR2010)) {
+      OdDwgBitReader mc(m_data.data() + o.start, m_data.size() - o.start);
+      handleBits = mc.readMCUnsigned();
+      o.size += mc.bitPosition() / 8;
+      if (o.size > m_data.size() - o.start) throw OdDwgDecodeError("object runs past the end of the file", 0);
+    }
     // The size and the data are followed by their CRC. A mismatch is
     // reported; the object is still decoded (its values may be intact).
     if (o.size + 2 <= m_data.size() - o.start) {
@@ -416,10 +474,10 @@ void OdDwgFile::readObject(OdDwgObject& o) {
     }
     OdDwgBitReader r = objectReader(o);
     size_t handleBit = 0;
-    if (atLeast(AC1024)) {
+    if (atLeast(kDwgR2010)) {
       // The size of the handle references, in bits, then the type as BOT:
       // 2 bits say one byte, one byte plus 0x1F0, or a raw short.
-      const uint64_t handleBits = r.readMCUnsigned();
+      r.readMCUnsigned();
       if (handleBits > o.size * 8) throw OdDwgDecodeError("handle references larger than the object", 0);
       handleBit = o.size * 8 - static_cast<size_t>(handleBits);
       switch (r.readBB()) {
@@ -440,8 +498,8 @@ void OdDwgFile::readObject(OdDwgObject& o) {
       o.entity = builtinIsEntity(o.type);
       if (o.dxfName.isEmpty()) throw OdDwgDecodeError("object of an unknown type " + std::to_string(o.type), 0);
     }
-    if (r2000 && !atLeast(AC1024)) handleBit = r.readRL();
-    if (atLeast(AC1021)) {
+    if (r2000 && !atLeast(kDwgR2010)) handleBit = r.readRL();
+    if (atLeast(kDwgR2007)) {
       // Strings sit at the end of the data, before the handle references.
       o.stringEnd = handleBit;
       r.useStringStreamEndingAt(handleBit);
@@ -460,43 +518,45 @@ void OdDwgFile::readObject(OdDwgObject& o) {
       o.xdata.push_back(std::move(x));
     }
     int reactors = 0;
-    bool byLayerLinetype = true, noLinks = false, noXdictionary = false;
-    int colorFlags = 0, materialFlags = 0;
+    bool byLayerLinetype = true, noLinks = false, noXdictionary = false, colorBook = false;
+    const bool r2004 = atLeast(kDwgR2004);
+    int materialFlags = 0;
     bool fullStyle = false, faceStyle = false, edgeStyle = false;
     if (o.entity) {
       if (r.readBit()) {
         uint64_t picture = r.readRL();
-        if (atLeast(AC1024)) picture |= static_cast<uint64_t>(r.readRL()) << 32;
+        if (atLeast(kDwgR2010)) picture |= static_cast<uint64_t>(r.readRL()) << 32;
         if (picture > o.size) throw OdDwgDecodeError("implausible picture size", r.bitPosition());
         r.skipBytes(static_cast<size_t>(picture));
       }
       if (!r2000) handleBit = r.readRL();
       o.entMode = static_cast<int>(r.readBB());
       reactors = r.readBL();
-      if (atLeast(AC1018)) noXdictionary = r.readBit();
-      if (atLeast(AC1027)) r.readBit();  // has binary data of its own
+      if (r2004) noXdictionary = r.readBit();
+      if (atLeast(kDwgR2013)) r.readBit();  // has binary data of its own
       if (!r2000) byLayerLinetype = r.readBit();
-      if (!atLeast(AC1018)) noLinks = r.readBit();
-      if (atLeast(AC1018)) {
-        // The colour index with flags in its high bits: 0x8000 a true
-        // colour follows, 0x4000 a colour-book reference among the
-        // handles, 0x2000 a transparency follows.
-        const unsigned value = static_cast<uint16_t>(r.readBS());
-        colorFlags = value & 0xE000;
-        o.color = static_cast<int>(value & 0x1FF);
-        if (colorFlags & 0x8000) r.readBL();
-        if (colorFlags & 0x2000) o.transparency = static_cast<uint32_t>(r.readBL());
+      if (!r2004) {
+        noLinks = r.readBit();
+        o.color = r.readBS();
       } else {
-        o.color = r.readCMC();
+        // The colour index with flags in its high bits: 0x8000 an RGB value
+        // follows, 0x4000 a colour-book reference is among the handles,
+        // 0x2000 a transparency follows.
+        const unsigned value = static_cast<uint16_t>(r.readBS());
+        o.color = static_cast<int>(value & 0x1FF);
+        if (value & 0x8000) o.trueColor = static_cast<uint32_t>(r.readBL());
+        if (value & 0x2000) o.transparency = static_cast<uint32_t>(r.readBL());
+        colorBook = value & 0x4000;
       }
       o.linetypeScale = r.readBD();
       // Linetype, (R2007 on) material and plot style: 0 ByLayer, 1 ByBlock,
-      // 2 Continuous / none, 3 by handle; R2007 on, then shadow flags.
+      // 2 Continuous / none, 3 by handle; R2007 on, then shadow flags and
+      // (R2010 on) whether visual styles are given.
       if (r2000) o.linetypeFlags = static_cast<int>(r.readBB());
-      if (atLeast(AC1021)) materialFlags = static_cast<int>(r.readBB());
+      if (atLeast(kDwgR2007)) materialFlags = static_cast<int>(r.readBB());
       if (r2000) o.plotStyleFlags = static_cast<int>(r.readBB());
-      if (atLeast(AC1021)) r.readRC();  // shadow flags
-      if (atLeast(AC1024)) {
+      if (atLeast(kDwgR2007)) r.readRC();  // shadow flags
+      if (atLeast(kDwgR2010)) {
         fullStyle = r.readBit();
         faceStyle = r.readBit();
         edgeStyle = r.readBit();
@@ -506,8 +566,8 @@ void OdDwgFile::readObject(OdDwgObject& o) {
     } else {
       if (!r2000) handleBit = r.readRL();
       reactors = r.readBL();
-      if (atLeast(AC1018)) noXdictionary = r.readBit();
-      if (atLeast(AC1027)) r.readBit();  // has binary data of its own
+      if (r2004) noXdictionary = r.readBit();
+      if (atLeast(kDwgR2013)) r.readBit();  // has binary data of its own
     }
     if (reactors < 0 || static_cast<size_t>(reactors) > o.size) throw OdDwgDecodeError("implausible reactor count", r.bitPosition());
     o.dataBit = r.bitPosition();
@@ -520,14 +580,15 @@ void OdDwgFile::readObject(OdDwgObject& o) {
     for (int i = 0; i < reactors; ++i) o.reactors.push_back(r.readH(o.handle).value);
     if (!noXdictionary) o.xdictionary = r.readH(o.handle).value;
     if (o.entity) {
-      if (colorFlags & 0x4000) r.readH(o.handle);  // colour book entry
       if (!r2000) {
         o.layer = r.readH(o.handle).value;
         if (!byLayerLinetype) o.linetype = r.readH(o.handle).value;
       }
+      // Up to R2000 the entities of a block are chained; from R2004 on
+      // the block record lists them.
       o.noLinks = noLinks;
-      if (atLeast(AC1018)) {
-        // No previous / next links: the block record lists its entities.
+      if (r2004) {
+        if (colorBook) r.readH(o.handle);
       } else if (noLinks) {
         o.prevEntity = o.handle - 1;
         o.nextEntity = o.handle + 1;

@@ -1,5 +1,6 @@
-// The structure of a DWG file of R13 to R2000 (AC1012 to AC1015): the file
-// header with its section locators, the classes, the object map (handle to
+// The structure of a DWG file: for R13 to R2000 (AC1012 to AC1015) the file
+// header with its section locators, from R2004 (AC1018) on the sections of
+// the paged container (DwgPagedFile.h); then the classes, the object map (handle to
 // file offset) and, for every object, its common data (type, handle,
 // extended data, reactors, extension dictionary, owner, layer…), with the
 // bit positions where its own data and its handle references start.
@@ -13,6 +14,7 @@
 #include <vector>
 
 #include "dwg/DwgBitReader.h"
+
 
 struct OdDwgClass {
   int number = 0;       // the object type that stands for this class (500 on)
@@ -46,14 +48,15 @@ struct OdDwgObject {
   uint64_t xdictionary = 0;
   int entMode = 0;          // entities: 0 owner given, 1 paper space, 2 model space
   int color = 256;
+  uint32_t trueColor = 0;   // R2004 on: 0xC2RRGGBB when the entity has a true colour
+  uint32_t transparency = 0;  // R2004 on: the raw transparency value, 0 when none
   double linetypeScale = 1.0;
   int linetypeFlags = 0, plotStyleFlags = 0;  // 0 ByLayer, 1 ByBlock, 2 Continuous, 3 by handle
   int invisible = 0;
   int lineWeight = -1;      // R2000 on: the raw lineweight index
   uint64_t layer = 0, linetype = 0, plotStyle = 0;
   uint64_t material = 0;    // R2007 on: a material given by handle
-  int64_t transparency = -1;  // R2004 on: the transparency when stored (-1: none)
-  uint64_t prevEntity = 0, nextEntity = 0;
+  uint64_t prevEntity = 0, nextEntity = 0;  // R13-R2000
   bool noLinks = false;     // entities: previous and next are the handles one below and above
 
   // Where the type's own data and its remaining handle references start
@@ -83,13 +86,18 @@ class OdDwgFile {
   // Returns false when the file cannot be read at all (problems says why).
   bool open(std::vector<uint8_t> data);
 
+  // The bytes the objects' offsets point into: the file up to R2000, the
+  // decoded AcDb:AcDbObjects section from R2004 on.
   const std::vector<uint8_t>& data() const { return m_data; }
   const std::string& versionName() const { return m_version; }
-  // The version as a number (AC1021 -> 1021); compare with atLeast.
-  int version() const { return m_versionNumber; }
-  bool atLeast(int version) const { return m_versionNumber >= version; }
-  // R2000 or later: the fields R2000 added are present.
-  bool isR2000() const { return atLeast(AC1015); }
+  OdDwgVersion version() const { return m_versionNumber; }
+  bool atLeast(OdDwgVersion v) const { return m_versionNumber >= v; }
+  // The R2000 forms (bit-coded thickness and extrusion, DD values…) hold
+  // from R2000 on.
+  bool isR2000() const { return atLeast(kDwgR2000); }
+  // Where object offsets are counted from, for messages: "" for the file
+  // itself, else the section's name ("AcDb:AcDbObjects").
+  const std::string& objectsSection() const { return m_objectsSection; }
   int codePage() const { return m_codePage; }
   const std::vector<OdDwgClass>& classes() const { return m_classes; }
   const OdDwgHeader& header() const { return m_header; }
@@ -100,14 +108,18 @@ class OdDwgFile {
   const std::vector<std::string>& problems() const { return m_problems; }
 
   // A reader over one object's data (after its size).
-  // R2007 on, `m_data` holds the objects section, where the object map's
-  // offsets point. Strings are read from the object's string stream.
+  // R2007 on, strings are read from the object's string stream.
   OdDwgBitReader objectReader(const OdDwgObject& object) const {
     OdDwgBitReader r(m_data.data() + object.start, object.size);
-    r.setVersion(m_versionNumber);
-    if (atLeast(AC1021) && object.stringEnd) r.useStringStreamEndingAt(object.stringEnd);
+    if (atLeast(kDwgR2007) && object.stringEnd) r.useStringStreamEndingAt(object.stringEnd);
     return r;
   }
+
+  // A colour of tables and header variables: up to R2000 the colour index
+  // (BS); from R2004 on BS index, BL RGB value (its high byte says how the
+  // colour is given), RC flags and the names they announce. Returns the
+  // colour index (256 ByLayer, 0 ByBlock).
+  int readCMC(OdDwgBitReader& r) const;
 
   // The DXF name of a built-in object type (empty when unknown).
   static const wchar_t* builtinTypeName(unsigned type);
@@ -115,18 +127,27 @@ class OdDwgFile {
 
  private:
   void problem(size_t offset, const std::string& what);
-  // Each reads from `buffer` (the file, or R2007 on a decoded section) at `seeker`.
-  void readClasses(const std::vector<uint8_t>& buffer, size_t seeker, size_t size);
-  void readHeader(const std::vector<uint8_t>& buffer, size_t seeker, size_t size);
-  void readObjectMap(const std::vector<uint8_t>& buffer, size_t seeker, size_t size);
+  // The file header of R13-R2000 with its section locators.
+  bool openLocated();
+  // The paged container of R2004 on.
+  bool openPaged();
+  // The coded, compressed pages of R2007 (DwgR2007File.h).
   bool openR2007();
-  void readObjects();
+  // The sections of R2004 on, decoded: the objects section becomes m_data.
+  bool readSections(std::vector<uint8_t> objects, const std::vector<uint8_t>& handles, const std::vector<uint8_t>& classes,
+                    const std::vector<uint8_t>& header);
+  // Sections read from `bytes` (the file or a decoded section) at `seeker`.
+  void readClasses(const std::vector<uint8_t>& bytes, size_t seeker, size_t size);
+  void readHeader(const std::vector<uint8_t>& bytes, size_t seeker, size_t size);
+  void readObjectMap(const std::vector<uint8_t>& bytes, size_t seeker, size_t size);
   void readObject(OdDwgObject& object);
 
   std::vector<uint8_t> m_data;
   std::string m_version;
-  int m_versionNumber = 0;
-  std::string m_where;  // R2007 on: the section that problem offsets are in
+  OdDwgVersion m_versionNumber = kDwgR13;
+  std::string m_section;         // the section being read, for messages ("" = the file)
+  std::string m_objectsSection;
+  int m_maintenance = 0;  // the maintenance release (byte 0x0B)
   int m_codePage = 1252;
   std::vector<OdDwgClass> m_classes;
   OdDwgHeader m_header;

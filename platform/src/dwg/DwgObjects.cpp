@@ -30,12 +30,15 @@ void DwgToDxf::commonEntity(const OdDwgObject& o, uint64_t owner) {
   else if (o.linetypeFlags == 2) m_w.writeString(6, L"Continuous");
   else if (o.linetype && !nameOf(o.linetype).isEmpty() && nameOf(o.linetype).iCompare(L"ByLayer") != 0)
     m_w.writeString(6, nameOf(o.linetype));
-  if (o.color != 256) m_w.writeInt(62, o.color);
+  // R2004 on: a true colour (high byte 0xC2) goes beside its index.
+  const bool trueColor = (o.trueColor >> 24) == 0xC2;
+  if (o.color != 256 || trueColor) m_w.writeInt(62, o.color);
+  if (trueColor) m_w.writeInt(420, static_cast<int32_t>(o.trueColor & 0xFFFFFF));
   if (m_r2000 && lineWeightOf(o.lineWeight) != -1) m_w.writeInt(370, lineWeightOf(o.lineWeight));
   if (o.linetypeScale != 1.0) m_w.writeDouble(48, o.linetypeScale);
   if (o.invisible) m_w.writeInt(60, o.invisible);
   if (o.material) m_w.writeHandle(347, o.material);
-  if (o.transparency >= 0) m_w.writeInt(440, static_cast<int32_t>(o.transparency));
+  if (o.transparency) m_w.writeInt(440, static_cast<int32_t>(o.transparency));
 }
 
 void DwgToDxf::commonRecord(const OdDwgObject& o, const wchar_t* subclass) {
@@ -57,7 +60,7 @@ void DwgToDxf::xdata(const OdDwgObject& o) {
         const uint8_t type = r.readRC();
         switch (type) {
           case 0: {
-            if (m_file.atLeast(AC1021)) {
+            if (m_file.atLeast(kDwgR2007)) {
               // R2007 on: a count of UTF-16 units and the units.
               const size_t length = r.readRS();
               std::wstring text;

@@ -28,10 +28,8 @@ void DwgToDxf::entityList(uint64_t block) {
   const BlockInfo& info = m_blocks[block];
   std::set<uint64_t> inBlock, taken;
   for (const OdDwgObject* o : owned) inBlock.insert(o->handle);
-  for (uint64_t at : info.order) {
-    if (!inBlock.count(at) || taken.count(at)) continue;
-    ordered.push_back(m_file.find(at));
-    taken.insert(at);
+  for (uint64_t at : info.entities) {
+    if (inBlock.count(at) && taken.insert(at).second) ordered.push_back(m_file.find(at));
   }
   for (uint64_t at = info.first; at && inBlock.count(at) && !taken.count(at);) {
     const OdDwgObject* o = m_file.find(at);
@@ -200,7 +198,10 @@ std::string DwgToDxf::convert() {
   flush();
 
   for (const auto& [name, count] : m_notRead) {
-    m_report.repairs.push_back(OdString().format(L"%d %hs object%ls not read yet; left out", count, name.c_str(), count == 1 ? L"" : L"s"));
+    // Class names come from the file (UTF-8 here): formatted as wide text,
+    // never through %hs, which fails on bytes outside ASCII.
+    m_report.repairs.push_back(OdString().format(L"%d %ls object%ls not read yet; left out", count, OdString(name.c_str()).c_str(),
+                                                 count == 1 ? L"" : L"s"));
   }
   return std::move(m_out);
 }

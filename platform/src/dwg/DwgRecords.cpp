@@ -6,7 +6,7 @@ namespace oddwg {
 void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
   d.readTV(m_cp);  // the name, already known
   d.readBit();  // referenced: a flag of the file, not kept by a drawing
-  if (!m_file.atLeast(AC1021)) d.readBS();  // xref index (no longer stored from R2007 on)
+  if (!m_file.atLeast(kDwgR2007)) d.readBS();  // xref index (no longer stored from R2007 on)
   const bool dependent = d.readBit();
   const int common = dependent ? 16 : 0;
   h.readH(o.handle);  // the external reference's block (or a null handle)
@@ -19,9 +19,12 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
       if (d.readBit()) info.flags |= 4;
       if (d.readBit()) info.flags |= 8;
       if (m_r2000) d.readBit();  // loaded
-      // R2004 on: the block record lists its entities instead of first / last.
-      const int32_t owned = m_file.atLeast(AC1018) && !(info.flags & 12) ? d.readBL() : 0;
-      if (owned < 0 || static_cast<size_t>(owned) > o.size) throw OdDwgDecodeError("implausible entity count", d.bitPosition());
+      // From R2004 on the record lists its entities (not for external references).
+      int32_t owned = 0;
+      if (m_file.atLeast(kDwgR2004) && !(info.flags & 12)) {
+        owned = d.readBL();
+        if (owned < 0 || static_cast<size_t>(owned) > o.size) throw OdDwgDecodeError("implausible entity count", d.bitPosition());
+      }
       for (double& v : info.base) v = d.readBD();
       info.path = d.readTV(m_cp);
       size_t inserts = 0;
@@ -36,19 +39,18 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
       }
       // R2007 on: insertion units, explodable, scaled uniformly.
       int units = 0, explodable = 1, scaling = 0;
-      const bool r2007 = m_file.atLeast(AC1021);
+      const bool r2007 = m_file.atLeast(kDwgR2007);
       if (r2007) {
         units = d.readBS();
         explodable = d.readBit();
         scaling = d.readRC();
       }
       // The handles after the (null) external reference: BLOCK, first and
-      // last entity unless an external reference, ENDBLK, then the inserts.
+      // last entity (R2004 on: every entity) unless an external reference,
+      // ENDBLK, then the inserts.
       h.readH(o.handle);
-      if (m_file.atLeast(AC1018)) {
-        for (int32_t i = 0; i < owned; ++i) {
-          info.order.push_back(h.readH(o.handle).value);
-        }
+      if (m_file.atLeast(kDwgR2004)) {
+        for (int32_t i = 0; i < owned; ++i) info.entities.push_back(h.readH(o.handle).value);
       } else if (!(info.flags & 12)) {
         info.first = h.readH(o.handle).value;
         info.last = h.readH(o.handle).value;
@@ -93,10 +95,10 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
         if (d.readBit()) flags |= 2;
         if (d.readBit()) flags |= 4;
       }
-      int color = d.readCMC();
+      int color = m_file.readCMC(d);
       if (color < 0) { off = true; color = -color; }
       const uint64_t plotStyle = m_r2000 ? h.readH(o.handle).value : 0;
-      const uint64_t material = m_file.atLeast(AC1021) ? h.readH(o.handle).value : 0;
+      const uint64_t material = m_file.atLeast(kDwgR2007) ? h.readH(o.handle).value : 0;
       const OdString linetype = nameOf(h.readH(o.handle).value);
       commonRecord(o, L"AcDbLayerTableRecord");
       m_w.writeInt(70, flags);
@@ -154,7 +156,7 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
       std::wstring wideArea;
       bool texts = false;
       for (const Dash& dash : list) texts = texts || (dash.flags & 2);
-      if (!m_file.atLeast(AC1021)) {
+      if (!m_file.atLeast(kDwgR2007)) {
         for (int i = 0; i < 256; ++i) area[i] = static_cast<char>(d.readRC());
       } else if (texts) {
         for (int i = 0; i < 256; ++i) wideArea += static_cast<wchar_t>(d.readRS());
@@ -177,7 +179,7 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
         m_w.writeDouble(44, dash.x);
         m_w.writeDouble(45, dash.y);
         if ((dash.flags & 2) && dash.shape >= 0 && dash.shape < 256) {
-          if (m_file.atLeast(AC1021)) {
+          if (m_file.atLeast(kDwgR2007)) {
             // R2007 on the shape number counts bytes of the area.
             const size_t at = static_cast<size_t>(dash.shape) / 2;
             const std::wstring tail = at < wideArea.size() ? wideArea.substr(at) : std::wstring();

@@ -63,9 +63,11 @@ class DwgToDxf {
   }
   void notRead(const OdDwgObject& o) { ++m_notRead[o.dxfName.toUtf8()]; }
   void failed(const OdDwgObject& o, const OdDwgDecodeError& e) {
-    m_report.repairs.push_back(OdString().format(L"offset 0x%llX: object %ls (%ls) could not be decoded (%hs at bit %zu); dropped",
-                                                 static_cast<unsigned long long>(o.offset), hexOf(o.handle).c_str(),
-                                                 o.dxfName.c_str(), e.what(), e.bit));
+    // Texts that may hold bytes of the file go in as wide strings (%hs fails outside ASCII).
+    const OdString section(m_file.objectsSection().empty() ? "" : (m_file.objectsSection() + " ").c_str());
+    m_report.repairs.push_back(OdString().format(L"%lsoffset 0x%llX: object %ls (%ls) could not be decoded (%ls at bit %zu); dropped",
+                                                 section.c_str(), static_cast<unsigned long long>(o.offset), hexOf(o.handle).c_str(),
+                                                 o.dxfName.c_str(), OdString(e.what()).c_str(), e.bit));
   }
   // Writes one object; false when its type is not read yet or decoding failed.
   bool emit(const OdDwgObject& o);
@@ -121,8 +123,8 @@ class DwgToDxf {
     int flags = 0;
     double base[3] = {0, 0, 0};
     OdString path, description;
-    uint64_t first = 0, last = 0;  // the block's first and last entity
-    std::vector<uint64_t> order;   // R2004 on: the block's entities in drawing order
+    uint64_t first = 0, last = 0;  // the block's first and last entity (R13-R2000)
+    std::vector<uint64_t> entities;  // its entities in drawing order (R2004 on)
   };
 
   const OdDwgFile& m_file;

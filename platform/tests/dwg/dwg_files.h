@@ -20,8 +20,9 @@ inline std::vector<uint8_t> readBytes(const std::string& path) {
   return std::vector<uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
 }
 
-// The corpus DWG files of the given versions, by the version their first bytes name.
-inline std::vector<std::string> dwgFilesOf(const std::set<std::string>& versions) {
+// The corpus DWG files of the given versions, by the version their first
+// bytes name ("AC1018").
+inline std::vector<std::string> dwgFilesOfVersions(const std::set<std::string>& versions) {
   std::vector<std::string> files;
   for (const auto& entry : std::filesystem::directory_iterator(dwgCorpusDir())) {
     if (entry.path().extension() != ".dwg") continue;
@@ -33,9 +34,14 @@ inline std::vector<std::string> dwgFilesOf(const std::set<std::string>& versions
   return files;
 }
 
-inline std::vector<std::string> dwgR13To2000Files() { return dwgFilesOf({"AC1012", "AC1014", "AC1015"}); }
+// R13, R14 and R2000: one file header with section locators.
+inline std::vector<std::string> dwgR13To2000Files() { return dwgFilesOfVersions({"AC1012", "AC1014", "AC1015"}); }
+// R2004: the paged container.
+inline std::vector<std::string> dwgR2004Files() { return dwgFilesOfVersions({"AC1018"}); }
 // R2007: coded, compressed pages and strings of their own.
-inline std::vector<std::string> dwgR2007Files() { return dwgFilesOf({"AC1021"}); }
+inline std::vector<std::string> dwgR2007Files() { return dwgFilesOfVersions({"AC1021"}); }
+// R2010, R2013, R2018: the paged container with objects of the R2007 form.
+inline std::vector<std::string> dwgR2010OnFiles() { return dwgFilesOfVersions({"AC1024", "AC1027", "AC1032"}); }
 
 inline std::string dwgTestName(const std::string& file) {
   std::string name;
