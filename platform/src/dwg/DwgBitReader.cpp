@@ -165,7 +165,76 @@ OdDwgHandleRef OdDwgBitReader::readH(uint64_t reference) {
   return ref;
 }
 
+void OdDwgBitReader::useStringStreamEndingAt(size_t endBit) {
+  if (endBit == 0 || endBit > m_bits) throw OdDwgDecodeError("string stream end outside the data", endBit);
+  const size_t saved = m_pos;
+  m_strings = true;
+  m_stringPos = m_stringEnd = 0;
+  m_pos = endBit - 1;
+  if (!readBit()) {
+    m_pos = saved;
+    return;  // no strings
+  }
+  if (endBit < 17) throw OdDwgDecodeError("string stream size outside the data", endBit);
+  size_t at = endBit - 17;
+  m_pos = at;
+  size_t size = readRS();
+  if (size & 0x8000) {
+    if (at < 16) throw OdDwgDecodeError("string stream size outside the data", at);
+    at -= 16;
+    m_pos = at;
+    size = (size & 0x7FFF) | (static_cast<size_t>(readRS()) << 15);
+  }
+  m_pos = saved;
+  if (size > at) throw OdDwgDecodeError("string stream larger than the data", at);
+  m_stringPos = at - size;
+  m_stringEnd = at;
+}
+
 OdString OdDwgBitReader::readTV(int codePage) {
+  if (m_strings) {
+    // UTF-16 units from the string stream, with its own position.
+    const size_t savedPos = m_pos, savedBits = m_bits;
+    m_pos = m_stringPos;
+    m_bits = m_stringEnd;
+    std::wstring text;
+    try {
+      const size_t length = static_cast<uint16_t>(readBS());
+      need(length * 16);
+      text.reserve(length);
+      for (size_t i = 0; i < length; ++i) {
+        unsigned unit = readRS();
+        // A surrogate pair makes one character.
+        if (unit >= 0xD800 && unit < 0xDC00 && i + 1 < length) {
+          const unsigned low = readRS();
+          ++i;
+          if (low >= 0xDC00 && low < 0xE000) unit = 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00);
+        }
+        text += static_cast<wchar_t>(unit);
+      }
+    } catch (...) {
+      m_pos = savedPos;
+      m_bits = savedBits;
+      throw;
+    }
+    m_stringPos = m_pos;
+    m_pos = savedPos;
+    m_bits = savedBits;
+    while (!text.empty() && text.back() == L'\0') text.pop_back();
+    // Characters kept as "\U+XXXX" from older versions are characters here.
+    for (size_t at = text.find(L"\\U+"); at != std::wstring::npos && at + 7 <= text.size(); at = text.find(L"\\U+", at + 1)) {
+      unsigned value = 0;
+      bool hexDigits = true;
+      for (size_t i = at + 3; i < at + 7; ++i) {
+        const wchar_t h = text[i];
+        const int digit = h >= L'0' && h <= L'9' ? h - L'0' : h >= L'A' && h <= L'F' ? h - L'A' + 10 : h >= L'a' && h <= L'f' ? h - L'a' + 10 : -1;
+        if (digit < 0) { hexDigits = false; break; }
+        value = value * 16 + static_cast<unsigned>(digit);
+      }
+      if (hexDigits && value != 0) text.replace(at, 7, 1, static_cast<wchar_t>(value));
+    }
+    return OdString(std::move(text));
+  }
   const int length = static_cast<uint16_t>(readBS());
   need(static_cast<size_t>(length) * 8);
   std::string bytes(static_cast<size_t>(length), '\0');

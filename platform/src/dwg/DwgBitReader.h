@@ -22,6 +22,19 @@ struct OdDwgDecodeError : std::runtime_error {
 
 // A handle reference: its code (what kind of reference, or how a relative
 // handle is to be applied) and the handle it names once resolved.
+// The versions of the file format, by the number in their first bytes
+// ("AC1018" is 1018), for comparisons such as atLeast(kDwgR2004).
+enum OdDwgVersion : int {
+  kDwgR13 = 1012,
+  kDwgR14 = 1014,
+  kDwgR2000 = 1015,
+  kDwgR2004 = 1018,
+  kDwgR2007 = 1021,
+  kDwgR2010 = 1024,
+  kDwgR2013 = 1027,
+  kDwgR2018 = 1032,
+};
+
 struct OdDwgHandleRef {
   uint8_t code = 0;
   uint64_t value = 0;  // absolute handle (relative codes already applied)
@@ -66,10 +79,19 @@ class OdDwgBitReader {
   // significant first. Relative codes (6, 8, 0xA, 0xC) are resolved
   // against `reference` (the handle of the object being read).
   OdDwgHandleRef readH(uint64_t reference = 0);
-  // A string of the R13-R2004 form: a bit-coded length and that many
-  // bytes in the drawing's code page; trailing NULs are dropped.
+  // A string in the form of the file's version: R13-R2004 a bit-coded
+  // length and that many bytes in the drawing's code page; R2007 on (once
+  // a string stream is set) a bit-coded length and that many UTF-16 units,
+  // read from the string stream. Trailing NULs are dropped.
   OdString readTV(int codePage);
-  // A colour of R13-R2000: just the colour index.
+  // R2007 on: strings are read from their own stream. The stream ends
+  // where the data ends (`endBit`, the bit position of the handles): the
+  // bit before says whether there are strings, the 16 bits before that
+  // their size in bits (high bit set: 16 more bits before them hold the
+  // size's high part), and the strings come just before the size.
+  void useStringStreamEndingAt(size_t endBit);
+  // A colour of R13-R2000: just the colour index (from R2004 on, see
+  // OdDwgFile::readCMC).
   int16_t readCMC() { return readBS(); }
   // Skips whole bytes (for blobs whose contents are not needed).
   void skipBytes(size_t n);
@@ -81,4 +103,6 @@ class OdDwgBitReader {
   const uint8_t* m_data;
   size_t m_bits;
   size_t m_pos = 0;
+  bool m_strings = false;           // strings come from the string stream
+  size_t m_stringPos = 0, m_stringEnd = 0;
 };

@@ -396,7 +396,9 @@ void DwgToDxf::mtext(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h)
   point3(d, insertion);
   point3(d, normal);
   point3(d, direction);
-  const double width = d.readBD(), height = d.readBD();
+  const double width = d.readBD();
+  const double frameHeight = m_file.atLeast(kDwgR2007) ? d.readBD() : 0.0;  // R2007 on
+  const double height = d.readBD();
   const int attachment = d.readBS(), drawing = d.readBS();
   d.readBD();  // extents height and width: derived
   d.readBD();
@@ -413,6 +415,7 @@ void DwgToDxf::mtext(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h)
   m_w.writePoint(10, insertion[0], insertion[1], insertion[2]);
   m_w.writeDouble(40, height);
   m_w.writeDouble(41, width);
+  if (m_file.atLeast(kDwgR2007)) m_w.writeDouble(46, frameHeight);
   m_w.writeInt(71, attachment);
   m_w.writeInt(72, drawing);
   // Text longer than 250 characters goes in pieces: 3 groups, then the last in 1.

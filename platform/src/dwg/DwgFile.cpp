@@ -1,10 +1,12 @@
 #include "dwg/DwgFile.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 
 #include "OdCodePage.h"
 #include "dwg/DwgPagedFile.h"
+#include "dwg/DwgR2007File.h"
 
 namespace {
 
@@ -52,6 +54,23 @@ const BuiltinType* builtin(unsigned type) {
 bool isSymbolTableRecord(unsigned type) {
   return type == 0x31 || type == 0x33 || type == 0x35 || type == 0x39 || type == 0x3D || type == 0x3F ||
          type == 0x41 || type == 0x43 || type == 0x45 || type == 0x47;
+}
+
+// The CRC of objects and map pieces: CRC-16 (polynomial 0xA001, bits
+// from the lowest), started from 0xC0C1.
+uint16_t crc16(const uint8_t* data, size_t size) {
+  static const auto table = [] {
+    std::array<uint16_t, 256> t{};
+    for (unsigned i = 0; i < 256; ++i) {
+      uint16_t c = static_cast<uint16_t>(i);
+      for (int k = 0; k < 8; ++k) c = (c & 1) ? static_cast<uint16_t>((c >> 1) ^ 0xA001) : static_cast<uint16_t>(c >> 1);
+      t[i] = c;
+    }
+    return t;
+  }();
+  uint16_t crc = 0xC0C1;
+  for (size_t i = 0; i < size; ++i) crc = static_cast<uint16_t>((crc >> 8) ^ table[(crc ^ data[i]) & 0xFF]);
+  return crc;
 }
 
 std::string hex(uint64_t value) {
@@ -116,6 +135,7 @@ bool OdDwgFile::open(std::vector<uint8_t> data) {
     return false;
   }
   m_version.assign(reinterpret_cast<const char*>(m_data.data()), 6);
+  m_maintenance = m_data[0x0B];
   static const std::pair<const char*, OdDwgVersion> kVersions[] = {
       {"AC1012", kDwgR13},   {"AC1014", kDwgR14},   {"AC1015", kDwgR2000}, {"AC1018", kDwgR2004},
       {"AC1021", kDwgR2007}, {"AC1024", kDwgR2010}, {"AC1027", kDwgR2013}, {"AC1032", kDwgR2018}};
@@ -123,12 +143,12 @@ bool OdDwgFile::open(std::vector<uint8_t> data) {
   for (const auto& [name, number] : kVersions) {
     if (m_version == name) { m_versionNumber = number; known = true; }
   }
-  // R2007 has a container of its own.
-  if (!known || m_versionNumber == kDwgR2007) {
-    problem(0, "DWG version " + m_version + " is not read yet (R13 to R2004, AC1012 to AC1018, are)");
+  if (!known) {
+    problem(0, "DWG version " + m_version + " is not read (R13 to R2018, AC1012 to AC1032, are)");
     return false;
   }
-  if (!(atLeast(kDwgR2004) ? openPaged() : openLocated())) return false;
+  // R2007 has a container of its own; R2004 and R2010 on share the paged one.
+  if (!(m_versionNumber == kDwgR2007 ? openR2007() : atLeast(kDwgR2004) ? openPaged() : openLocated())) return false;
   m_section = m_objectsSection;
   for (OdDwgObject& object : m_objects) readObject(object);
   m_section.clear();
@@ -190,12 +210,21 @@ bool OdDwgFile::openPaged() {
   const std::vector<uint8_t> classes = paged.section("AcDb:Classes");
   const std::vector<uint8_t> header = paged.section("AcDb:Header");
   report();
-  if (atLeast(kDwgR2007)) {
-    // The container is read; these versions' objects are of another form
-    // (strings apart, UTF-16 text, other type codes).
-    problem(0, "DWG version " + m_version + ": the sections are read, the objects of this version are not read yet");
+  return readSections(std::move(objects), handles, classes, header);
+}
+
+bool OdDwgFile::openR2007() {
+  if (m_data.size() > 0x14) m_codePage = odDwgCodePage(m_data[0x13] | (m_data[0x14] << 8));
+  OdDwgR2007Sections sections;
+  if (!odDwgReadR2007Sections(m_data, sections, [this](size_t offset, const std::string& what) { problem(offset, what); })) {
     return false;
   }
+  auto& s = sections.byName;
+  return readSections(std::move(s["AcDb:AcDbObjects"]), s["AcDb:Handles"], s["AcDb:Classes"], s["AcDb:Header"]);
+}
+
+bool OdDwgFile::readSections(std::vector<uint8_t> objects, const std::vector<uint8_t>& handles,
+                             const std::vector<uint8_t>& classes, const std::vector<uint8_t>& header) {
   if (objects.empty() || handles.empty()) {
     problem(0, std::string("no ") + (objects.empty() ? "AcDb:AcDbObjects" : "AcDb:Handles") + " section");
     return false;
@@ -228,13 +257,21 @@ void OdDwgFile::readClasses(const std::vector<uint8_t>& buf, size_t seeker, size
   }
   OdDwgBitReader c(buf.data() + seeker + 20, length);
   try {
+    int last = 0x7FFF;  // R2004 on: the highest class number comes first
+    if (atLeast(kDwgR2007)) {
+      // The size in bits of the data and strings, counted from here
+      // (R2010 on, after maintenance release 3, a second size first).
+      if (atLeast(kDwgR2010) && m_maintenance > 3) c.readRL();
+      const size_t bits = c.readRL();
+      c.useStringStreamEndingAt(std::min<size_t>(c.bitSize(), bits));
+    }
     if (atLeast(kDwgR2004)) {
-      c.readBS();  // the highest class number
+      last = c.readBS();
       c.readRC();
       c.readRC();
       c.readBit();
     }
-    while (c.bitPosition() + 13 <= c.bitSize()) {
+    for (int n = 500; n <= last && c.bitPosition() + 13 <= c.bitSize(); ++n) {
       OdDwgClass cls;
       cls.number = static_cast<uint16_t>(c.readBS());
       cls.proxyFlags = static_cast<uint16_t>(c.readBS());
@@ -266,11 +303,28 @@ void OdDwgFile::readHeader(const std::vector<uint8_t>& buf, size_t seeker, size_
   }
   OdDwgBitReader r(buf.data() + seeker + 20, std::min(buf.size() - seeker - 20, size));
   const bool r2000 = isR2000();
+  // R2007 on: the size in bits of data and strings comes first; the
+  // strings are in their own stream, the handles follow the data.
+  OdDwgBitReader handles = r;
   OdDwgHeader& h = m_header;
   auto flag = [&](const wchar_t* name) { const bool v = r.readBit(); if (name) h.ints.emplace_back(name, v ? 1 : 0); };
   auto shortVar = [&](const wchar_t* name) { const int v = r.readBS(); if (name) h.ints.emplace_back(name, v); };
   auto real = [&](const wchar_t* name) { const double v = r.readBD(); if (name) h.reals.emplace_back(name, v); };
   try {
+    if (atLeast(kDwgR2007)) {
+      size_t from = 0;
+      if (atLeast(kDwgR2010) && m_maintenance > 3) {
+        r.readRL();
+        from = 32;
+      }
+      const size_t dataEnd = std::min<size_t>(r.bitSize(), r.readRL() + from);
+      r.useStringStreamEndingAt(dataEnd);
+      handles.seekBit(dataEnd);
+      // The handle stream begins with the current layer, text style and linetype.
+      h.currentLayer = handles.readH().value;
+      h.currentTextStyle = handles.readH().value;
+      h.currentLinetype = handles.readH().value;
+    }
     for (int i = 0; i < 4; ++i) r.readBD();
     for (int i = 0; i < 4; ++i) r.readTV(m_codePage);
     r.readBL();
@@ -335,9 +389,11 @@ void OdDwgFile::readHeader(const std::vector<uint8_t>& buf, size_t seeker, size_
     for (int i = 0; i < (atLeast(kDwgR2004) ? 11 : 8); ++i) r.readBL();
     h.currentColor = readCMC(r);
     h.handseed = r.readH().value;
-    h.currentLayer = r.readH().value;
-    h.currentTextStyle = r.readH().value;
-    h.currentLinetype = r.readH().value;
+    if (!atLeast(kDwgR2007)) {
+      h.currentLayer = r.readH().value;
+      h.currentTextStyle = r.readH().value;
+      h.currentLinetype = r.readH().value;
+    }
     h.read = true;
   } catch (const OdDwgDecodeError& e) {
     problem(seeker + 20 + e.bit / 8, std::string("header variables: ") + e.what());
@@ -400,8 +456,38 @@ void OdDwgFile::readObject(OdDwgObject& o) {
     o.size = sizeReader.readMS();
     o.start = o.offset + sizeReader.bitPosition() / 8;
     if (o.size > m_data.size() - o.start) throw OdDwgDecodeError("object runs past the end of the file", 0);
+    // R2010 on, the size of the handle references (MC) follows the object's
+    // size and is not counted in it.
+    uint64_t handleBits = 0;
+    if (atLeast(kDwgR2010)) {
+      OdDwgBitReader mc(m_data.data() + o.start, m_data.size() - o.start);
+      handleBits = mc.readMCUnsigned();
+      o.size += mc.bitPosition() / 8;
+      if (o.size > m_data.size() - o.start) throw OdDwgDecodeError("object runs past the end of the file", 0);
+    }
+    // The size and the data are followed by their CRC. A mismatch is
+    // reported; the object is still decoded (its values may be intact).
+    if (o.size + 2 <= m_data.size() - o.start) {
+      const size_t end = o.start + o.size;
+      const uint16_t stored = static_cast<uint16_t>(m_data[end] | (m_data[end + 1] << 8));
+      if (crc16(m_data.data() + o.offset, end - o.offset) != stored) problem(o.offset, "object " + hex(o.handle) + ": CRC does not match its data");
+    }
     OdDwgBitReader r = objectReader(o);
-    o.type = static_cast<uint16_t>(r.readBS());
+    size_t handleBit = 0;
+    if (atLeast(kDwgR2010)) {
+      // The size of the handle references, in bits, then the type as BOT:
+      // 2 bits say one byte, one byte plus 0x1F0, or a raw short.
+      r.readMCUnsigned();
+      if (handleBits > o.size * 8) throw OdDwgDecodeError("handle references larger than the object", 0);
+      handleBit = o.size * 8 - static_cast<size_t>(handleBits);
+      switch (r.readBB()) {
+        case 0: o.type = r.readRC(); break;
+        case 1: o.type = 0x1F0u + r.readRC(); break;
+        default: o.type = r.readRS(); break;
+      }
+    } else {
+      o.type = static_cast<uint16_t>(r.readBS());
+    }
     if (o.type >= 500 && o.type != 0xFFFF) {
       const size_t index = o.type - 500;
       if (index >= m_classes.size()) throw OdDwgDecodeError("object of an unknown class " + std::to_string(o.type), 0);
@@ -412,8 +498,12 @@ void OdDwgFile::readObject(OdDwgObject& o) {
       o.entity = builtinIsEntity(o.type);
       if (o.dxfName.isEmpty()) throw OdDwgDecodeError("object of an unknown type " + std::to_string(o.type), 0);
     }
-    size_t handleBit = 0;
-    if (r2000) handleBit = r.readRL();
+    if (r2000 && !atLeast(kDwgR2010)) handleBit = r.readRL();
+    if (atLeast(kDwgR2007)) {
+      // Strings sit at the end of the data, before the handle references.
+      o.stringEnd = handleBit;
+      r.useStringStreamEndingAt(handleBit);
+    }
     const OdDwgHandleRef own = r.readH();
     if (own.value != o.handle) {
       throw OdDwgDecodeError("object map names handle " + hex(o.handle) + " but the object is " + hex(own.value), 0);
@@ -430,15 +520,20 @@ void OdDwgFile::readObject(OdDwgObject& o) {
     int reactors = 0;
     bool byLayerLinetype = true, noLinks = false, noXdictionary = false, colorBook = false;
     const bool r2004 = atLeast(kDwgR2004);
+    int materialFlags = 0;
+    bool fullStyle = false, faceStyle = false, edgeStyle = false;
     if (o.entity) {
       if (r.readBit()) {
-        const uint32_t picture = r.readRL();
-        r.skipBytes(picture);
+        uint64_t picture = r.readRL();
+        if (atLeast(kDwgR2010)) picture |= static_cast<uint64_t>(r.readRL()) << 32;
+        if (picture > o.size) throw OdDwgDecodeError("implausible picture size", r.bitPosition());
+        r.skipBytes(static_cast<size_t>(picture));
       }
       if (!r2000) handleBit = r.readRL();
       o.entMode = static_cast<int>(r.readBB());
       reactors = r.readBL();
       if (r2004) noXdictionary = r.readBit();
+      if (atLeast(kDwgR2013)) r.readBit();  // has binary data of its own
       if (!r2000) byLayerLinetype = r.readBit();
       if (!r2004) {
         noLinks = r.readBit();
@@ -449,14 +544,22 @@ void OdDwgFile::readObject(OdDwgObject& o) {
         // 0x2000 a transparency follows.
         const unsigned value = static_cast<uint16_t>(r.readBS());
         o.color = static_cast<int>(value & 0x1FF);
-        if (value & 0x8000) o.trueColor = r.readRL();
-        if (value & 0x2000) o.transparency = r.readRL();
+        if (value & 0x8000) o.trueColor = static_cast<uint32_t>(r.readBL());
+        if (value & 0x2000) o.transparency = static_cast<uint32_t>(r.readBL());
         colorBook = value & 0x4000;
       }
       o.linetypeScale = r.readBD();
-      if (r2000) {
-        o.linetypeFlags = static_cast<int>(r.readBB());
-        o.plotStyleFlags = static_cast<int>(r.readBB());
+      // Linetype, (R2007 on) material and plot style: 0 ByLayer, 1 ByBlock,
+      // 2 Continuous / none, 3 by handle; R2007 on, then shadow flags and
+      // (R2010 on) whether visual styles are given.
+      if (r2000) o.linetypeFlags = static_cast<int>(r.readBB());
+      if (atLeast(kDwgR2007)) materialFlags = static_cast<int>(r.readBB());
+      if (r2000) o.plotStyleFlags = static_cast<int>(r.readBB());
+      if (atLeast(kDwgR2007)) r.readRC();  // shadow flags
+      if (atLeast(kDwgR2010)) {
+        fullStyle = r.readBit();
+        faceStyle = r.readBit();
+        edgeStyle = r.readBit();
       }
       o.invisible = r.readBS();
       if (r2000) o.lineWeight = r.readRC();
@@ -464,6 +567,7 @@ void OdDwgFile::readObject(OdDwgObject& o) {
       if (!r2000) handleBit = r.readRL();
       reactors = r.readBL();
       if (r2004) noXdictionary = r.readBit();
+      if (atLeast(kDwgR2013)) r.readBit();  // has binary data of its own
     }
     if (reactors < 0 || static_cast<size_t>(reactors) > o.size) throw OdDwgDecodeError("implausible reactor count", r.bitPosition());
     o.dataBit = r.bitPosition();
@@ -495,7 +599,11 @@ void OdDwgFile::readObject(OdDwgObject& o) {
       if (r2000) {
         o.layer = r.readH(o.handle).value;
         if (o.linetypeFlags == 3) o.linetype = r.readH(o.handle).value;
+        if (materialFlags == 3) o.material = r.readH(o.handle).value;
         if (o.plotStyleFlags == 3) o.plotStyle = r.readH(o.handle).value;
+        if (fullStyle) r.readH(o.handle);  // visual styles
+        if (faceStyle) r.readH(o.handle);
+        if (edgeStyle) r.readH(o.handle);
       }
     }
     o.handleBit = r.bitPosition();

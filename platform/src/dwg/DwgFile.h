@@ -16,18 +16,6 @@
 
 #include "dwg/DwgBitReader.h"
 
-// The versions of the file format, by the number in their first bytes
-// ("AC1018" is 1018), for comparisons such as atLeast(kDwgR2004).
-enum OdDwgVersion : int {
-  kDwgR13 = 1012,
-  kDwgR14 = 1014,
-  kDwgR2000 = 1015,
-  kDwgR2004 = 1018,
-  kDwgR2007 = 1021,
-  kDwgR2010 = 1024,
-  kDwgR2013 = 1027,
-  kDwgR2018 = 1032,
-};
 
 struct OdDwgClass {
   int number = 0;       // the object type that stands for this class (500 on)
@@ -68,6 +56,7 @@ struct OdDwgObject {
   int invisible = 0;
   int lineWeight = -1;      // R2000 on: the raw lineweight index
   uint64_t layer = 0, linetype = 0, plotStyle = 0;
+  uint64_t material = 0;    // R2007 on: a material given by handle
   uint64_t prevEntity = 0, nextEntity = 0;  // R13-R2000
   bool noLinks = false;     // entities: previous and next are the handles one below and above
 
@@ -76,6 +65,9 @@ struct OdDwgObject {
   size_t dataBit = 0;
   size_t handleBit = 0;
   size_t endBit = 0;
+  // R2007 on: where the data and its string stream end and the handle
+  // references begin (bits from the start of the object data).
+  size_t stringEnd = 0;
   bool decoded = false;     // common data read without error
 };
 
@@ -117,8 +109,11 @@ class OdDwgFile {
   const std::vector<std::string>& problems() const { return m_problems; }
 
   // A reader over one object's data (after its size).
+  // R2007 on, strings are read from the object's string stream.
   OdDwgBitReader objectReader(const OdDwgObject& object) const {
-    return OdDwgBitReader(m_data.data() + object.start, object.size);
+    OdDwgBitReader r(m_data.data() + object.start, object.size);
+    if (atLeast(kDwgR2007) && object.stringEnd) r.useStringStreamEndingAt(object.stringEnd);
+    return r;
   }
 
   // A colour of tables and header variables: up to R2000 the colour index
@@ -137,6 +132,11 @@ class OdDwgFile {
   bool openLocated();
   // The paged container of R2004 on.
   bool openPaged();
+  // The coded, compressed pages of R2007 (DwgR2007File.h).
+  bool openR2007();
+  // The sections of R2004 on, decoded: the objects section becomes m_data.
+  bool readSections(std::vector<uint8_t> objects, const std::vector<uint8_t>& handles, const std::vector<uint8_t>& classes,
+                    const std::vector<uint8_t>& header);
   // Sections read from `bytes` (the file or a decoded section) at `seeker`.
   void readClasses(const std::vector<uint8_t>& bytes, size_t seeker, size_t size);
   void readHeader(const std::vector<uint8_t>& bytes, size_t seeker, size_t size);
@@ -148,6 +148,7 @@ class OdDwgFile {
   OdDwgVersion m_versionNumber = kDwgR13;
   std::string m_section;         // the section being read, for messages ("" = the file)
   std::string m_objectsSection;
+  int m_maintenance = 0;  // the maintenance release (byte 0x0B)
   int m_codePage = 1252;
   std::vector<OdDwgClass> m_classes;
   OdDwgHeader m_header;

@@ -37,6 +37,7 @@ void DwgToDxf::commonEntity(const OdDwgObject& o, uint64_t owner) {
   if (m_r2000 && lineWeightOf(o.lineWeight) != -1) m_w.writeInt(370, lineWeightOf(o.lineWeight));
   if (o.linetypeScale != 1.0) m_w.writeDouble(48, o.linetypeScale);
   if (o.invisible) m_w.writeInt(60, o.invisible);
+  if (o.material) m_w.writeHandle(347, o.material);
   if (o.transparency) m_w.writeInt(440, static_cast<int32_t>(o.transparency));
 }
 
@@ -59,6 +60,14 @@ void DwgToDxf::xdata(const OdDwgObject& o) {
         const uint8_t type = r.readRC();
         switch (type) {
           case 0: {
+            if (m_file.atLeast(kDwgR2007)) {
+              // R2007 on: a count of UTF-16 units and the units.
+              const size_t length = r.readRS();
+              std::wstring text;
+              for (size_t i = 0; i < length; ++i) text += static_cast<wchar_t>(r.readRS());
+              items.push_back(OdDxfTag::str(1000, OdString(std::move(text))));
+              break;
+            }
             const uint8_t length = r.readRC();
             r.readRS();  // the string's code page: the drawing's
             std::string bytes(length, '\0');

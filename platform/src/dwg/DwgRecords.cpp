@@ -200,7 +200,7 @@ void DwgToDxf::dimStyle(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader&
 void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
   d.readTV(m_cp);  // the name, already known
   d.readBit();  // referenced: a flag of the file, not kept by a drawing
-  d.readBS();  // xref index
+  if (!m_file.atLeast(kDwgR2007)) d.readBS();  // xref index (no longer stored from R2007 on)
   const bool dependent = d.readBit();
   const int common = dependent ? 16 : 0;
   h.readH(o.handle);  // the external reference's block (or a null handle)
@@ -231,6 +231,14 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
         preview.resize(static_cast<size_t>(size));
         for (auto& b : preview) b = d.readRC();
       }
+      // R2007 on: insertion units, explodable, scaled uniformly.
+      int units = 0, explodable = 1, scaling = 0;
+      const bool r2007 = m_file.atLeast(kDwgR2007);
+      if (r2007) {
+        units = d.readBS();
+        explodable = d.readBit();
+        scaling = d.readRC();
+      }
       // The handles after the (null) external reference: BLOCK, first and
       // last entity (R2004 on: every entity) unless an external reference,
       // ENDBLK, then the inserts.
@@ -254,6 +262,11 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
         m_w.writeString(102, L"{BLKREFS");
         for (uint64_t r : references) m_w.writeHandle(331, r);
         m_w.writeString(102, L"}");
+      }
+      if (r2007) {
+        m_w.writeInt(70, units);
+        m_w.writeInt(280, explodable);
+        m_w.writeInt(281, scaling);
       }
       return;
     }
@@ -279,6 +292,7 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
       int color = m_file.readCMC(d);
       if (color < 0) { off = true; color = -color; }
       const uint64_t plotStyle = m_r2000 ? h.readH(o.handle).value : 0;
+      const uint64_t material = m_file.atLeast(kDwgR2007) ? h.readH(o.handle).value : 0;
       const OdString linetype = nameOf(h.readH(o.handle).value);
       commonRecord(o, L"AcDbLayerTableRecord");
       m_w.writeInt(70, flags);
@@ -289,6 +303,7 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
         m_w.writeInt(370, lineWeight);
         if (isWritten(plotStyle)) m_w.writeHandle(390, plotStyle);
       }
+      if (material) m_w.writeHandle(347, material);
       return;
     }
     case 0x35: {
@@ -329,9 +344,17 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
         dash.rotation = d.readBD();
         dash.flags = d.readBS();
       }
-      // The texts of text dashes: 256 bytes, each text at its dash's shape number.
+      // The texts of text dashes: 256 bytes, each text at its dash's shape
+      // number; R2007 on 512 bytes of UTF-16, only when a dash has a text.
       char area[257] = {};
-      for (int i = 0; i < 256; ++i) area[i] = static_cast<char>(d.readRC());
+      std::wstring wideArea;
+      bool texts = false;
+      for (const Dash& dash : list) texts = texts || (dash.flags & 2);
+      if (!m_file.atLeast(kDwgR2007)) {
+        for (int i = 0; i < 256; ++i) area[i] = static_cast<char>(d.readRC());
+      } else if (texts) {
+        for (int i = 0; i < 256; ++i) wideArea += static_cast<wchar_t>(d.readRS());
+      }
       commonRecord(o, L"AcDbLinetypeTableRecord");
       m_w.writeInt(70, common);
       m_w.writeString(3, description);
@@ -349,8 +372,16 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
         degrees(50, dash.rotation);
         m_w.writeDouble(44, dash.x);
         m_w.writeDouble(45, dash.y);
-        if ((dash.flags & 2) && dash.shape >= 0 && dash.shape < 256)
-          m_w.writeString(9, odDecodeCodePage(std::string(area + dash.shape), m_cp));
+        if ((dash.flags & 2) && dash.shape >= 0 && dash.shape < 256) {
+          if (m_file.atLeast(kDwgR2007)) {
+            // R2007 on the shape number counts bytes of the area.
+            const size_t at = static_cast<size_t>(dash.shape) / 2;
+            const std::wstring tail = at < wideArea.size() ? wideArea.substr(at) : std::wstring();
+            m_w.writeString(9, OdString(tail.substr(0, tail.find(L'\0'))));
+          } else {
+            m_w.writeString(9, odDecodeCodePage(std::string(area + dash.shape), m_cp));
+          }
+        }
       }
       return;
     }

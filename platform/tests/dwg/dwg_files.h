@@ -38,6 +38,10 @@ inline std::vector<std::string> dwgFilesOfVersions(const std::set<std::string>& 
 inline std::vector<std::string> dwgR13To2000Files() { return dwgFilesOfVersions({"AC1012", "AC1014", "AC1015"}); }
 // R2004: the paged container.
 inline std::vector<std::string> dwgR2004Files() { return dwgFilesOfVersions({"AC1018"}); }
+// R2007: coded, compressed pages and strings of their own.
+inline std::vector<std::string> dwgR2007Files() { return dwgFilesOfVersions({"AC1021"}); }
+// R2010, R2013, R2018: the paged container with objects of the R2007 form.
+inline std::vector<std::string> dwgR2010OnFiles() { return dwgFilesOfVersions({"AC1024", "AC1027", "AC1032"}); }
 
 inline std::string dwgTestName(const std::string& file) {
   std::string name;

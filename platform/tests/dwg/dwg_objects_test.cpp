@@ -150,10 +150,10 @@ TEST_P(DwgTwin, ObjectsEqualTheDxfTwins) {
     if (!decodedClass(ours->dxfName())) return;
     OdDbObjectId twinId = fromDxf->getOdDbObjectId(id.handle(), false);
     // The twins leave out the registered applications of dimension-style
-    // overrides; the drawing keeps them.
-    if (twinId.isNull() && ours->dxfName() == L"APPID" &&
-        static_cast<OdDbSymbolTableRecord*>(ours.get())->getName().left(12) == L"ACAD_DSTYLE_") {
-      return;
+    // overrides, and (R2007) two that only the program itself uses.
+    if (twinId.isNull() && ours->dxfName() == L"APPID") {
+      const OdString name = static_cast<OdDbSymbolTableRecord*>(ours.get())->getName();
+      if (name.left(12) == L"ACAD_DSTYLE_" || name == L"ACAD_MLEADERVER" || name == L"ACAD_OBJECT_CHANGE_GUID") return;
     }
     // An R14 DXF holds one paper space only: further ones are not in the twin.
     if (twinId.isNull() && ours->dxfName() == L"BLOCK_RECORD" && report.versionName == L"AC1014" &&
@@ -260,6 +260,10 @@ TEST_P(DwgSavedAsDxf, AuditsCleanInAnIndependentReader) {
 INSTANTIATE_TEST_SUITE_P(Corpus, DwgSavedAsDxf, ::testing::ValuesIn(dwgR13To2000Files()),
                          [](const auto& info) { return dwgTestName(info.param); });
 INSTANTIATE_TEST_SUITE_P(R2004, DwgSavedAsDxf, ::testing::ValuesIn(dwgR2004Files()),
+                         [](const auto& info) { return dwgTestName(info.param); });
+INSTANTIATE_TEST_SUITE_P(R2007, DwgTwin, ::testing::ValuesIn(filesWithTwins(dwgR2007Files())),
+                         [](const auto& info) { return dwgTestName(info.param); });
+INSTANTIATE_TEST_SUITE_P(R2007, DwgSavedAsDxf, ::testing::ValuesIn(dwgR2007Files()),
                          [](const auto& info) { return dwgTestName(info.param); });
 
 }  // namespace

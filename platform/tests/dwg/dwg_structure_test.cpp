@@ -12,6 +12,7 @@
 #include "DbPolyline.h"
 #include "DwgRead.h"
 #include "dwg/DwgFile.h"
+#include "dwg/DwgR2007File.h"
 #include "dwg_files.h"
 
 namespace {
@@ -195,6 +196,69 @@ TEST_P(DwgCorpusStructure, OpenedDrawingHoldsTheIndependentReadersEntities) {
 
 INSTANTIATE_TEST_SUITE_P(Corpus, DwgCorpusStructure, ::testing::ValuesIn(dwgR13To2000Files()),
                          [](const auto& info) { return dwgTestName(info.param); });
+INSTANTIATE_TEST_SUITE_P(R2007, DwgCorpusStructure, ::testing::ValuesIn(dwgR2007Files()),
+                         [](const auto& info) { return dwgTestName(info.param); });
+
+TEST(DwgR2007Pages, ReedSolomonWordsDeinterleaved) {
+  // Two code words stored byte by byte in turn: byte k of the page is byte
+  // k / 2 of word k % 2. Keeping 3 data bytes of each word gives
+  // word 0: 0, 2, 4 and word 1: 1, 3, 5.
+  std::vector<uint8_t> page(2 * 255);
+  for (size_t k = 0; k < page.size(); ++k) page[k] = static_cast<uint8_t>(k);
+  EXPECT_EQ(odDwgRsDeinterleave(page.data(), 2, 3), (std::vector<uint8_t>{0, 2, 4, 1, 3, 5}));
+}
+
+TEST(DwgR2007Pages, DecompressionAsWorkedOutByHand) {
+  // 0x20 first: two bytes of no use, then 0x02 & 7 = a literal of 2 bytes,
+  // stored reversed ("00 70" -> 70 00). 0x60: copy 6 bytes from 1 back
+  // (offset 0 + ((0x03 & 0xF8) << 1) + 1), and 0x03 & 7 = a literal of 3
+  // bytes, reversed (80 24 01). 0x58: copy 5 bytes from 8 + 0 + 1 = 9
+  // back. Result: the 64-bit values 0x70 and 0x12480.
+  const uint8_t packed[] = {0x20, 0x00, 0x00, 0x02, 0x00, 0x70, 0x60, 0x03, 0x01, 0x24, 0x80, 0x58, 0x00};
+  EXPECT_EQ(odDwgR2007Decompress(packed, sizeof packed, 16),
+            (std::vector<uint8_t>{0x70, 0, 0, 0, 0, 0, 0, 0, 0x80, 0x24, 0x01, 0, 0, 0, 0, 0}));
+  // A literal of 0x09 + 8 = 17 bytes is cut into 8, 1, 8 bytes written in
+  // reverse order: the UTF-16 text "AcDb:File" of a section map.
+  const uint8_t literal[] = {0x09, 0x00, 0x46, 0x00, 0x69, 0x00, 0x6C, 0x00, 0x65, 0x3A,
+                             0x41, 0x00, 0x63, 0x00, 0x44, 0x00, 0x62, 0x00};
+  const std::vector<uint8_t> text = odDwgR2007Decompress(literal, sizeof literal, 17);
+  EXPECT_EQ(std::string(text.begin(), text.end()), std::string("A\0c\0D\0b\0:\0F\0i\0l\0e", 17));
+  // Damage is an error, never a read outside the data: a copy from before
+  // the start, output beyond the stated size, an instruction cut short.
+  const uint8_t backwards[] = {0x20, 0x00, 0x00, 0x01, 0x41, 0x60, 0x40};
+  EXPECT_THROW(odDwgR2007Decompress(backwards, sizeof backwards, 16), OdDwgDecodeError);
+  EXPECT_THROW(odDwgR2007Decompress(packed, sizeof packed, 10), OdDwgDecodeError);
+  EXPECT_THROW(odDwgR2007Decompress(packed, 7, 16), OdDwgDecodeError);
+}
+
+TEST(DwgDamagedFiles, TruncatedAndFlippedR2007FilesAreReportedNotFatal) {
+  const std::vector<uint8_t> original = readBytes(dwgCorpusDir() + "/2007_Line.dwg");
+  ASSERT_GT(original.size(), 0x1000u);
+  OdDwgFile intact;
+  ASSERT_TRUE(intact.open(original));
+  for (size_t length = 0; length < original.size(); length += 1499) {
+    OdDwgFile cut;
+    std::vector<uint8_t> part(original.begin(), original.begin() + static_cast<std::ptrdiff_t>(length));
+    if (cut.open(part)) EXPECT_LE(cut.objects().size(), intact.objects().size());
+    else EXPECT_FALSE(cut.problems().empty());
+  }
+  // A byte of a data page changed: the parity is not used to correct it,
+  // so the page decodes to other bytes or fails; either way the file opens
+  // or is refused with a reason, and whatever is wrong is reported.
+  for (size_t step = 0; step < 24; ++step) {
+    std::vector<uint8_t> flipped = original;
+    for (size_t i = 0x480 + step * 97; i < flipped.size(); i += 2000 + step) flipped[i] ^= static_cast<uint8_t>(1u << (step % 8));
+    OdDwgFile f;
+    if (!f.open(flipped)) EXPECT_FALSE(f.problems().empty());
+  }
+  // The coded file header overwritten: refused, with the offset named.
+  std::vector<uint8_t> header = original;
+  for (size_t i = 0x80; i < 0x80 + 0x3D8; ++i) header[i] = 0xFF;
+  OdDwgFile noHeader;
+  EXPECT_FALSE(noHeader.open(header));
+  ASSERT_FALSE(noHeader.problems().empty());
+  EXPECT_NE(noHeader.problems().front().find("offset 0x80"), std::string::npos) << noHeader.problems().front();
+}
 INSTANTIATE_TEST_SUITE_P(R2004, DwgCorpusStructure, ::testing::ValuesIn(dwgR2004Files()),
                          [](const auto& info) { return dwgTestName(info.param); });
 
