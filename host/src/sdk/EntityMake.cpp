@@ -11,6 +11,7 @@
 #include "DbBlockReference.h"
 #include "DbBlockTableRecord.h"
 #include "DbPolyline.h"
+#include "DbSchema.h"
 #include "DxfNames.h"
 #include "core/Host.h"
 #include "rydb.h"
@@ -81,26 +82,13 @@ OdRxClass* entityClassFor(const OdString& type, const OdDxfTagList& body) {
   return cls;
 }
 
-// Groups without which an entity of the type means nothing.
-bool hasMandatoryGroups(const OdString& type, const OdDxfTagList& body) {
-  struct Rule {
-    const wchar_t* type;
-    std::initializer_list<int> codes;
-  };
-  static const Rule kRules[] = {
-      {L"LINE", {10, 11}},     {L"POINT", {10}},         {L"CIRCLE", {10, 40}},     {L"ARC", {10, 40, 50, 51}},
-      {L"TEXT", {10, 1}},      {L"ATTRIB", {10, 1, 2}},  {L"ATTDEF", {10, 2}},      {L"INSERT", {2, 10}},
-      {L"SOLID", {10, 11, 12}}, {L"TRACE", {10, 11, 12}}, {L"3DFACE", {10, 11, 12}}, {L"ELLIPSE", {10, 11, 40}},
-      {L"LWPOLYLINE", {10}},   {L"VERTEX", {10}},        {L"RAY", {10, 11}},        {L"XLINE", {10, 11}},
-      {L"MTEXT", {10}},        {L"SHAPE", {10, 2}},
-  };
-  for (const Rule& rule : kRules) {
-    if (type != rule.type) continue;
-    for (int code : rule.codes) {
-      if (!hasGroup(body, code)) return false;
-    }
-  }
-  return true;
+// Groups without which an entity of the class means nothing: the fields its
+// table marks as required.
+bool hasMandatoryGroups(const OdRxClass* cls, const OdDxfTagList& body) {
+  const OdDbClassSchema* schema = schemaOf(cls);
+  if (!schema) return true;
+  const std::vector<int> codes = OdDbSchemaIo::requiredCodes(*schema);
+  return std::all_of(codes.begin(), codes.end(), [&body](int code) { return hasGroup(body, code); });
 }
 
 // Name references an entity does not get from its list take the drawing's
@@ -334,9 +322,10 @@ int entMake(const resbuf* list, ads_name result) {
       if (!state.complex) throw ListError{kErrnoBadComplex};
       OdDbEntity* owner = state.complex->entity.get();
       const bool fits = type == L"ATTRIB" ? owner->isKindOf(OdDbBlockReference::desc()) : !owner->isKindOf(OdDbBlockReference::desc());
-      if (!fits || !hasMandatoryGroups(type, parsed.body)) dropComplex(kErrnoBadComplex);
+      if (!fits) dropComplex(kErrnoBadComplex);
       OdRxClass* cls = type == L"ATTRIB" ? OdDbAttribute::desc()
                                           : odDbVertexClassForPolyline(owner, static_cast<int>(firstInt(parsed.body, 70, 0)));
+      if (!cls || !hasMandatoryGroups(cls, parsed.body)) dropComplex(kErrnoBadComplex);
       try {
         MadeEntity sub = makeEntity(cls, parsed, db);
         if (!owner->acceptsSubentity(sub.entity.get())) dropComplex(kErrnoBadComplex);
@@ -386,7 +375,7 @@ int entMake(const resbuf* list, ads_name result) {
     if (type == L"VIEWPORT") throw ListError{kErrnoViewport};
     OdRxClass* cls = entityClassFor(type, parsed.body);
     if (!cls) throw ListError{kErrnoBadEntityType};
-    if (!hasMandatoryGroups(type, parsed.body)) throw ListError{kErrnoMissingField};
+    if (!hasMandatoryGroups(cls, parsed.body)) throw ListError{kErrnoMissingField};
     MadeEntity made = makeEntity(cls, parsed, db);
     made.space = spaceFor(db, parsed.body);
     const bool complex = made.entity->isKindOf(OdDbBlockReference::desc()) ? firstInt(parsed.body, 66, 0) != 0

@@ -540,10 +540,10 @@ const OdDbClassSchema& OdDbLayout::classSchema() {
                                       {{L"AcDbLayout",
                                         {
                                             odField<&OdDbLayout::m_name>(1).named(L"name"),
-                                            odField<&OdDbLayout::m_layoutFlags>(70).named(L"flags"),
+                                            odField<&OdDbLayout::m_layoutFlags>(70).defaultsInt(1).named(L"flags"),
                                             odField<&OdDbLayout::m_tabOrder>(71).named(L"tabOrder"),
                                             odField<&OdDbLayout::m_limMin>(10).named(L"limMin"),
-                                            odField<&OdDbLayout::m_limMax>(11).named(L"limMax"),
+                                            odField<&OdDbLayout::m_limMax>(11).defaults(12, 9, 0).named(L"limMax"),
                                             odField<&OdDbLayout::m_blockId>(330).named(L"block"),
                                             odField<&OdDbLayout::m_viewportId>(331).optional().named(L"viewport"),
                                         }}}};

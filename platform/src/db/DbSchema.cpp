@@ -495,10 +495,17 @@ void collectCodes(const std::vector<OdDbField>& fields, std::vector<int>& codes)
 }
 
 // Takes a tag into a record's field (a value, or its presence); false when
-// it cannot be taken.
+// it cannot be taken. A value outside the field's valid set goes to the
+// default as it is read, so that the fields that follow are read as those
+// of a valid variant (an edge of an unknown kind keeps its points as a line).
 bool takeValue(OdDbObject* object, const OdDbField& field, void* record, const OdDxfTag& tag, OdDbTagContext& ctx) {
   // A count is not kept: the records that follow say how many.
   if (field.shape == OdDbFieldShape::kValue && !readValue(object, field, field.refIn(record), tag, ctx)) return false;
+  if (field.shape == OdDbFieldShape::kValue && field.hasValidSet() && ctx.repairsValues() &&
+      !field.isValidValue(integerAt(field, field.refIn(record)))) {
+    field.setDefaultIn(record);
+    ctx.valueRepaired(object, field.name);
+  }
   if (field.presence) *field.presence(record) = true;
   return true;
 }

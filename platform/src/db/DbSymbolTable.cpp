@@ -488,7 +488,7 @@ const OdDbClassSchema& OdDbTextStyleTableRecord::classSchema() {
             odField<&OdDbTextStyleTableRecord::m_xScale>(41).defaults(1.0).named(L"xScale"),
             odField<&OdDbTextStyleTableRecord::m_obliquingAngle>(50).degrees().named(L"obliquingAngle"),
             odField<&OdDbTextStyleTableRecord::m_generation>(71).named(L"generation"),
-            odField<&OdDbTextStyleTableRecord::m_priorSize>(42).named(L"priorSize"),
+            odField<&OdDbTextStyleTableRecord::m_priorSize>(42).defaults(2.5).named(L"priorSize"),
             odField<&OdDbTextStyleTableRecord::m_fileName>(3).named(L"fileName"),
             odField<&OdDbTextStyleTableRecord::m_bigFontFileName>(4).named(L"bigFontFileName"),
         }}}};
@@ -535,9 +535,9 @@ const OdDbClassSchema& OdDbViewTableRecord::classSchema() {
       {{L"AcDbViewTableRecord",
         {
             RECORD_NAME_AND_FLAGS(OdDbViewTableRecord),
-            odField<&OdDbViewTableRecord::m_height>(40).named(L"height"),
+            odField<&OdDbViewTableRecord::m_height>(40).defaults(1.0).named(L"height"),
             odField<&OdDbViewTableRecord::m_center>(10).named(L"center"),
-            odField<&OdDbViewTableRecord::m_width>(41).named(L"width"),
+            odField<&OdDbViewTableRecord::m_width>(41).defaults(1.0).named(L"width"),
             odField<&OdDbViewTableRecord::m_viewDirection>(11).named(L"viewDirection"),
             odField<&OdDbViewTableRecord::m_target>(12).named(L"target"),
         }}}};
@@ -551,12 +551,12 @@ const OdDbClassSchema& OdDbViewportTableRecord::classSchema() {
         {
             RECORD_NAME_AND_FLAGS(OdDbViewportTableRecord),
             odField<&OdDbViewportTableRecord::m_lowerLeft>(10).named(L"lowerLeft"),
-            odField<&OdDbViewportTableRecord::m_upperRight>(11).named(L"upperRight"),
+            odField<&OdDbViewportTableRecord::m_upperRight>(11).defaults(1, 1, 0).named(L"upperRight"),
             odField<&OdDbViewportTableRecord::m_center>(12).named(L"center"),
             odField<&OdDbViewportTableRecord::m_viewDirection>(16).named(L"viewDirection"),
             odField<&OdDbViewportTableRecord::m_target>(17).named(L"target"),
-            odField<&OdDbViewportTableRecord::m_height>(40).named(L"height"),
-            odField<&OdDbViewportTableRecord::m_aspect>(41).named(L"aspect"),
+            odField<&OdDbViewportTableRecord::m_height>(40).defaults(1.0).named(L"height"),
+            odField<&OdDbViewportTableRecord::m_aspect>(41).defaults(1.0).named(L"aspect"),
         }}}};
   return schema;
 }

@@ -5,8 +5,11 @@
 
 #include <algorithm>
 #include <random>
+#include <string>
+#include <vector>
 
 #include "DbBlockTableRecord.h"
+#include "DbCurves.h"
 #include "DbDatabase.h"
 #include "DbSchema.h"
 #include "DbSymbolTable.h"
@@ -178,4 +181,52 @@ TEST(Filing, RequiredGroupsComeFromTheTables) {
   EXPECT_EQ(required(L"OdDbPolyline"), (std::vector<int>{10}));
   EXPECT_EQ(required(L"OdDbBlockReference"), (std::vector<int>{2, 10}));
   EXPECT_TRUE(required(L"OdDbHatch").empty());
+}
+
+namespace {
+
+// The plain fields whose value in a freshly made object differs from the
+// default its table declares ("Class/field").
+void collectDefaultDifferences(const OdRxClass* cls, const OdDbObject* object, std::vector<std::string>& out) {
+  for (const OdDbSubclass* sub : cls->schema()->chain()) {
+    for (const OdDbField& field : sub->fields) {
+      if (field.shape != OdDbFieldShape::kValue || field.kind == OdDbFieldKind::kCustom || field.isId()) continue;
+      if (field.hasDefault(object)) continue;
+      out.push_back(cls->name().toUtf8() + "/" + OdString(field.name).toUtf8());
+    }
+  }
+}
+
+}  // namespace
+
+// A fresh object holds its table's defaults: the value a repaired field goes
+// back to, and the value an optional field leaves unwritten, is the value a
+// new object starts with.
+TEST(Filing, MemberDefaultsAreTheTablesDefaults) {
+  // Fields left out, with why:
+  const std::vector<std::string> leftOut = {
+      // The dimension subclass's flags hold the kind of dimension (and the
+      // block-owned bit), so each dimension class starts with its own
+      // value, while the one table they share can declare only one.
+      "OdDbAlignedDimension/flags", "OdDbRotatedDimension/flags", "OdDbRadialDimension/flags",
+      "OdDbDiametricDimension/flags", "OdDb2LineAngularDimension/flags", "OdDb3PointAngularDimension/flags",
+      "OdDbOrdinateDimension/flags",
+      // A text style starts with the font file "txt"; a text field's declared
+      // default is the empty text (an empty style font is written as such).
+      "OdDbTextStyleTableRecord/fileName",
+  };
+  std::vector<std::string> differences;
+  for (OdRxClass* cls : persistentClasses()) {
+    OdRxObjectPtr created = cls->create();
+    collectDefaultDifferences(cls, static_cast<OdDbObject*>(created.get()), differences);
+  }
+  for (const std::string& difference : differences) {
+    if (std::find(leftOut.begin(), leftOut.end(), difference) == leftOut.end()) ADD_FAILURE() << difference;
+  }
+  // The comparison sees a value that is not the default.
+  OdDbCirclePtr circle = OdDbCircle::createObject();
+  circle->setRadius(5);
+  std::vector<std::string> changed;
+  collectDefaultDifferences(OdDbCircle::desc(), circle.get(), changed);
+  EXPECT_EQ(changed, std::vector<std::string>{"OdDbCircle/radius"});
 }

@@ -16,6 +16,7 @@
 #include "DbBlockReference.h"
 #include "DbBlockTableRecord.h"
 #include "DbCurves.h"
+#include "DbHatch.h"
 #include "DbDatabase.h"
 #include "DbPolyline.h"
 #include "DbSymbolTable.h"
@@ -226,6 +227,54 @@ TEST(BadInput, EnumerationsOutOfTheirSetAreRepairedToTheDefaultOncePerObject) {
   }
   std::filesystem::remove_all(dir);
   EXPECT_EQ(output, "0 0 1 1 0 0 0 -1 35\n");
+}
+
+namespace {
+
+// A solid hatch over the unit square, one loop of four line edges, the
+// second of the given edge type; the style and pattern type as given.
+std::string squareHatch(int secondEdgeType, int style, int patternType) {
+  std::string text = "0 HATCH\n5 " + std::to_string(0x100 + style) +
+                     "\n8 0\n100 AcDbEntity\n100 AcDbHatch\n10 0\n20 0\n30 0\n210 0\n220 0\n230 1\n"
+                     "2 SOLID\n70 1\n71 0\n91 1\n92 1\n93 4\n";
+  const double corners[5][2] = {{0, 0}, {1, 0}, {1, 1}, {0, 1}, {0, 0}};
+  for (int i = 0; i < 4; ++i) {
+    text += "72 " + std::to_string(i == 1 ? secondEdgeType : 1) + "\n10 " + std::to_string(corners[i][0]) + "\n20 " +
+            std::to_string(corners[i][1]) + "\n11 " + std::to_string(corners[i + 1][0]) + "\n21 " +
+            std::to_string(corners[i + 1][1]) + "\n";
+  }
+  return text + "97 0\n75 " + std::to_string(style) + "\n76 " + std::to_string(patternType) + "\n98 0\n";
+}
+
+}  // namespace
+
+TEST(BadInput, EnumerationsInsideRecordsAreRepairedToo) {
+  // A hatch whose second edge is of kind 9 (of 1-4), style 5 (of 0-2) and
+  // pattern type 7 (of 0-2); and a hatch whose values are all valid.
+  OdDxfReadReport report;
+  OdDbDatabasePtr db = odDxfReadBuffer(blocksAndEntities("", squareHatch(9, 5, 7) + squareHatch(1, 1, 0)), &report);
+  const auto hatches = repairsWith(report, L"HATCH had invalid values");
+  ASSERT_EQ(hatches.size(), 1u);
+  for (const wchar_t* field : {L"edgeType", L"hatchStyle", L"patternType"}) {
+    EXPECT_GE(hatches[0].find(field), 0) << OdString(field).toUtf8();
+  }
+  OdDbBlockTableRecordPtr space = OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject());
+  ASSERT_EQ(space->entityIds().size(), 2u);
+  OdDbHatchPtr repaired = OdDbHatch::cast(space->entityIds()[0].safeOpenObject());
+  EXPECT_EQ(repaired->hatchStyle(), OdDbHatch::kNormal);
+  EXPECT_EQ(repaired->patternType(), OdDbHatch::kPreDefined);
+  OdInt32 loopType = 0;
+  OdDbHatchEdgeArray edges;
+  ASSERT_EQ(repaired->getLoopAt(0, loopType, edges), eOk);
+  ASSERT_EQ(edges.size(), 4u);
+  for (const OdDbHatchEdge& edge : edges) EXPECT_EQ(edge.type, OdDbHatchEdge::kLine);
+  // The edge of an unknown kind keeps its points as a line.
+  EXPECT_EQ(edges[1].start, OdGePoint2d(1, 0));
+  EXPECT_EQ(edges[1].end, OdGePoint2d(1, 1));
+  EXPECT_EQ(edges[2].start, OdGePoint2d(1, 1));
+  OdDbHatchPtr kept = OdDbHatch::cast(space->entityIds()[1].safeOpenObject());
+  EXPECT_EQ(kept->hatchStyle(), OdDbHatch::kOuter);
+  EXPECT_EQ(kept->patternType(), OdDbHatch::kUserDefined);
 }
 
 TEST(Saving, FollowsLinksRefusesWhatIsNoFileAndKeepsTheMode) {

@@ -14,7 +14,7 @@ const OdDbClassSchema& OdDb3dPolyline::classSchema() {
         {
             odCustomField(OdDbVertexListOps::verticesFollowCodec(), L"verticesFollow"),
             odField<&OdDb3dPolyline::m_basePoint>(10).named(L"basePoint"),
-            odField<&OdDb3dPolyline::m_flags>(70).named(L"flags"),
+            odField<&OdDb3dPolyline::m_flags>(70).defaultsInt(OdDb2dPolyline::k3dFlag).named(L"flags"),
             odField<&OdDb3dPolyline::m_curveType>(75).optional().named(L"curveType"),
         }}}};
   return schema;

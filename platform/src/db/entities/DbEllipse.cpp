@@ -12,9 +12,9 @@ const OdDbClassSchema& OdDbEllipse::classSchema() {
       {{L"AcDbEllipse",
         {
             odField<&OdDbEllipse::m_center>(10).required().named(L"center"),
-            odField<&OdDbEllipse::m_majorAxis>(11).required().named(L"majorAxis"),
+            odField<&OdDbEllipse::m_majorAxis>(11).required().defaults(1, 0, 0).named(L"majorAxis"),
             odField<&OdDbEllipse::m_normal>(210).named(L"normal"),
-            odField<&OdDbEllipse::m_radiusRatio>(40).required().named(L"radiusRatio"),
+            odField<&OdDbEllipse::m_radiusRatio>(40).required().defaults(1.0).named(L"radiusRatio"),
             odField<&OdDbEllipse::m_startParam>(41).named(L"startParam"),
             odField<&OdDbEllipse::m_endParam>(42).defaults(Oda2PI).named(L"endParam"),
         }}}};

@@ -19,9 +19,9 @@ const OdDbClassSchema& OdDbLeader::classSchema() {
       {{L"AcDbLeader",
         {
             odNameField<&OdDbLeader::m_styleId>(3, OdDbNameTable::kDimStyle, L"Standard").named(L"style"),
-            odField<&OdDbLeader::m_hasArrowHead>(71).named(L"hasArrowHead"),
+            odField<&OdDbLeader::m_hasArrowHead>(71).defaultsInt(1).named(L"hasArrowHead"),
             odField<&OdDbLeader::m_pathType>(72).named(L"pathType"),
-            odField<&OdDbLeader::m_annotationType>(73).named(L"annotationType"),
+            odField<&OdDbLeader::m_annotationType>(73).defaultsInt(OdDbLeader::kNoAnnotation).named(L"annotationType"),
             odField<&OdDbLeader::m_hookLineDirection>(74).named(L"hookLineDirection"),
             odField<&OdDbLeader::m_hasHookLine>(75).named(L"hasHookLine"),
             odField<&OdDbLeader::m_textHeight>(40).named(L"textHeight"),
@@ -32,9 +32,9 @@ const OdDbClassSchema& OdDbLeader::classSchema() {
                 .optional()
                 .named(L"annotation"),
             odField<&OdDbLeader::m_normal>(210).named(L"normal"),
-            odField<&OdDbLeader::m_horizontalDirection>(211).named(L"horizontalDirection"),
-            odField<&OdDbLeader::m_blockOffset>(212).named(L"blockOffset"),
-            odField<&OdDbLeader::m_annotationOffset>(213).named(L"annotationOffset"),
+            odField<&OdDbLeader::m_horizontalDirection>(211).defaults(1, 0, 0).named(L"horizontalDirection"),
+            odField<&OdDbLeader::m_blockOffset>(212).defaults(0, 0, 0).named(L"blockOffset"),
+            odField<&OdDbLeader::m_annotationOffset>(213).defaults(0, 0, 0).named(L"annotationOffset"),
         }}}};
   return schema;
 }

@@ -142,7 +142,7 @@ const OdDbClassSchema& OdDbMline::classSchema() {
         {
             odField<&OdDbMline::m_styleName>(2).named(L"styleName"),
             odField<&OdDbMline::m_styleId>(340, OdDbFieldKind::kHardPointer).named(L"style"),
-            odField<&OdDbMline::m_scale>(40).named(L"scale"),
+            odField<&OdDbMline::m_scale>(40).defaults(1.0).named(L"scale"),
             odField<&OdDbMline::m_justification>(70).named(L"justification"),
             odField<&OdDbMline::m_flags>(71).named(L"flags"),
             odCustomField(countCodec, L"vertexCount"),

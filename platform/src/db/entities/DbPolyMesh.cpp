@@ -35,7 +35,7 @@ const OdDbClassSchema& OdDbPolyFaceMesh::classSchema() {
                         {
                             odCustomField(OdDbVertexListOps::verticesFollowCodec(), L"verticesFollow"),
                             odField<&OdDbPolyFaceMesh::m_basePoint>(10).named(L"basePoint"),
-                            odField<&OdDbPolyFaceMesh::m_flags>(70).named(L"flags"),
+                            odField<&OdDbPolyFaceMesh::m_flags>(70).defaultsInt(OdDb2dPolyline::kPolyFaceFlag).named(L"flags"),
                             odField<&OdDbPolyFaceMesh::m_numVertices>(71).named(L"numVertices"),
                             odField<&OdDbPolyFaceMesh::m_numFaces>(72).named(L"numFaces"),
                         }}}};
@@ -166,7 +166,7 @@ const OdDbClassSchema& OdDbPolygonMesh::classSchema() {
         {
             odCustomField(OdDbVertexListOps::verticesFollowCodec(), L"verticesFollow"),
             odField<&OdDbPolygonMesh::m_basePoint>(10).named(L"basePoint"),
-            odField<&OdDbPolygonMesh::m_flags>(70).named(L"flags"),
+            odField<&OdDbPolygonMesh::m_flags>(70).defaultsInt(OdDb2dPolyline::kMeshFlag).named(L"flags"),
             odField<&OdDbPolygonMesh::m_mSize>(71).named(L"mSize"),
             odField<&OdDbPolygonMesh::m_nSize>(72).named(L"nSize"),
             odField<&OdDbPolygonMesh::m_mDensity>(73).optional().named(L"mDensity"),

@@ -50,17 +50,17 @@ std::vector<OdDbField> OdDbRasterImage::imageFields() {
   return {
       odField<&OdDbRasterImage::m_classVersion>(90).named(L"classVersion"),
       odField<&OdDbRasterImage::m_origin>(10).named(L"origin"),
-      odField<&OdDbRasterImage::m_uPixel>(11).named(L"uPixel"),
-      odField<&OdDbRasterImage::m_vPixel>(12).named(L"vPixel"),
-      odField<&OdDbRasterImage::m_imageSize>(13).named(L"imageSize"),
+      odField<&OdDbRasterImage::m_uPixel>(11).defaults(1, 0, 0).named(L"uPixel"),
+      odField<&OdDbRasterImage::m_vPixel>(12).defaults(0, 1, 0).named(L"vPixel"),
+      odField<&OdDbRasterImage::m_imageSize>(13).defaults(1, 1, 0).named(L"imageSize"),
       odField<&OdDbRasterImage::m_imageDefId>(340, OdDbFieldKind::kHardPointer).named(L"imageDef"),
-      odField<&OdDbRasterImage::m_displayFlags>(70).named(L"displayFlags"),
+      odField<&OdDbRasterImage::m_displayFlags>(70).defaultsInt(kShow | kShowUnAligned).named(L"displayFlags"),
       odField<&OdDbRasterImage::m_clipping>(280).named(L"clipping"),
-      odField<&OdDbRasterImage::m_brightness>(281).named(L"brightness"),
-      odField<&OdDbRasterImage::m_contrast>(282).named(L"contrast"),
+      odField<&OdDbRasterImage::m_brightness>(281).defaultsInt(50).named(L"brightness"),
+      odField<&OdDbRasterImage::m_contrast>(282).defaultsInt(50).named(L"contrast"),
       odField<&OdDbRasterImage::m_fade>(283).named(L"fade"),
       odField<&OdDbRasterImage::m_reactorId>(360, OdDbFieldKind::kHardOwner).named(L"reactor"),
-      odField<&OdDbRasterImage::m_clipType>(71).named(L"clipType"),
+      odField<&OdDbRasterImage::m_clipType>(71).defaultsInt(kRect).named(L"clipType"),
       odCustomField(clipCodec, L"clipBoundary"),
       odField<&OdDbRasterImage::m_clipInverted>(290).since(OdDb::vAC24).named(L"clipInverted"),
   };
@@ -95,8 +95,17 @@ void readImageMarkerForm(OdDbObject* object, OdDbTagContext& ctx) {
 }  // namespace
 
 const OdDbClassSchema& OdDbWipeout::classSchema() {
+  // A wipeout is shown clipped: the image fields with its own defaults.
+  static const std::vector<OdDbField> fields = [] {
+    std::vector<OdDbField> image = imageFields();
+    for (OdDbField& field : image) {
+      if (field.code == 70) field.defaultsInt(kShow | kShowUnAligned | kClip);
+      if (field.code == 280) field.defaultsInt(1);
+    }
+    return image;
+  }();
   static const OdDbClassSchema schema{
-      &OdDbEntity::classSchema(), {{L"AcDbWipeout", imageFields()}}, {&readImageMarkerForm, nullptr}};
+      &OdDbEntity::classSchema(), {{L"AcDbWipeout", fields}}, {&readImageMarkerForm, nullptr}};
   return schema;
 }
 

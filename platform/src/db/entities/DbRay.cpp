@@ -43,7 +43,7 @@ const OdDbClassSchema& OdDbRay::classSchema() {
                                       {{L"AcDbRay",
                                         {
                                             odField<&OdDbRay::m_basePoint>(10).required().named(L"basePoint"),
-                                            odField<&OdDbRay::m_unitDir>(11).required().named(L"unitDir"),
+                                            odField<&OdDbRay::m_unitDir>(11).required().defaults(1, 0, 0).named(L"unitDir"),
                                         }}}};
   return schema;
 }
@@ -95,7 +95,7 @@ const OdDbClassSchema& OdDbXline::classSchema() {
                                       {{L"AcDbXline",
                                         {
                                             odField<&OdDbXline::m_basePoint>(10).required().named(L"basePoint"),
-                                            odField<&OdDbXline::m_unitDir>(11).required().named(L"unitDir"),
+                                            odField<&OdDbXline::m_unitDir>(11).required().defaults(1, 0, 0).named(L"unitDir"),
                                         }}}};
   return schema;
 }

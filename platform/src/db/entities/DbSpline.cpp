@@ -37,7 +37,7 @@ const OdDbClassSchema& OdDbSpline::classSchema() {
         {
             odField<&OdDbSpline::m_normal>(210).optional().defaults(0, 0, 0).named(L"normal"),
             odField<&OdDbSpline::m_flags>(70).named(L"flags"),
-            odField<&OdDbSpline::m_degree>(71).named(L"degree"),
+            odField<&OdDbSpline::m_degree>(71).defaultsInt(3).named(L"degree"),
             odCustomField(counts, L"counts"),
             odField<&OdDbSpline::m_knotTolerance>(42).defaults(1e-10).named(L"knotTolerance"),
             odField<&OdDbSpline::m_controlPointTolerance>(43).defaults(1e-10).named(L"controlPointTolerance"),

@@ -128,7 +128,7 @@ const OdDbClassSchema& OdDb3dPolylineVertex::classSchema() {
                                       {{L"AcDb3dPolylineVertex",
                                         {
                                             odField<&OdDb3dPolylineVertex::m_position>(10).required().named(L"position"),
-                                            odField<&OdDb3dPolylineVertex::m_flags>(70).named(L"flags"),
+                                            odField<&OdDb3dPolylineVertex::m_flags>(70).defaultsInt(OdDbVertex::k3dPolylineVertex).named(L"flags"),
                                         }}}};
   return schema;
 }
@@ -141,7 +141,7 @@ const OdDbClassSchema& OdDbPolygonMeshVertex::classSchema() {
       {{L"AcDbPolygonMeshVertex",
         {
             odField<&OdDbPolygonMeshVertex::m_position>(10).required().named(L"position"),
-            odField<&OdDbPolygonMeshVertex::m_flags>(70).named(L"flags"),
+            odField<&OdDbPolygonMeshVertex::m_flags>(70).defaultsInt(OdDbVertex::kMeshVertex).named(L"flags"),
         }}}};
   return schema;
 }
@@ -154,7 +154,7 @@ const OdDbClassSchema& OdDbPolyFaceMeshVertex::classSchema() {
       {{L"AcDbPolyFaceMeshVertex",
         {
             odField<&OdDbPolyFaceMeshVertex::m_position>(10).required().named(L"position"),
-            odField<&OdDbPolyFaceMeshVertex::m_flags>(70).named(L"flags"),
+            odField<&OdDbPolyFaceMeshVertex::m_flags>(70).defaultsInt(OdDbVertex::kMeshVertex | OdDbVertex::kPolyFaceVertex).named(L"flags"),
         }}}};
   return schema;
 }
@@ -167,7 +167,7 @@ const OdDbClassSchema& OdDbFaceRecord::classSchema() {
       {{L"AcDbFaceRecord",
         {
             odField<&OdDbFaceRecord::m_position>(10).required().named(L"position"),
-            odField<&OdDbFaceRecord::m_flags>(70).named(L"flags"),
+            odField<&OdDbFaceRecord::m_flags>(70).defaultsInt(OdDbVertex::kPolyFaceVertex).named(L"flags"),
             odField<&OdDbFaceRecord::m_index0>(71).named(L"vertex1"),
             odField<&OdDbFaceRecord::m_index1>(72).named(L"vertex2"),
             odField<&OdDbFaceRecord::m_index2>(73).optional().named(L"vertex3"),
