@@ -297,7 +297,7 @@ void DwgToDxf::hatch(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h)
     const int32_t colors = count(d.readBL());
     for (int32_t i = 0; i < colors; ++i) {
       const double value = d.readBD();
-      gradient.colors.emplace_back(value, d.readCMC());
+      gradient.colors.emplace_back(value, m_file.readCMC(d));
     }
     gradient.name = d.readTV(m_cp);
   }
