@@ -474,6 +474,14 @@ void DwgToDxf::hatch(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h)
   }
 }
 
+bool DwgToDxf::modelerDataIsText(OdDwgBitReader d) {
+  // The modeler data of format 2 (R2007 on) is the modeler's binary form,
+  // which DXF holds as text: it is not converted, the entity is not read.
+  if (d.readBit()) return true;  // empty
+  d.readBit();
+  return d.readBS() == 1;
+}
+
 void DwgToDxf::modelerGeometry(const OdDwgObject& o, OdDwgBitReader& d) {
   // B empty; B; BS format version; (version 1) blocks of BL size and that
   // many bytes, until a size of 0: the modeler's text, each character
