@@ -214,10 +214,14 @@ TEST_F(ProgramTest, ADwgDrawingOpensAndIsSavedAsDxf) {
   EXPECT_TRUE(contains(saved.out, "Drawings read from DWG files are saved as DXF.")) << saved.out;
   EXPECT_TRUE(contains(saved.out, "Saved " + file("plan.dxf").string())) << saved.out;
   OdDbDatabasePtr written = odDxfReadFile(OdString(file("plan.dxf").string()));
-  // The model space of this drawing holds 13 entities, 11 of them of the
-  // classes read so far (a shape and a dimension are not yet).
-  EXPECT_EQ(modelSpaceEntities(written.get()), 11u);
+  // The model space of this drawing holds 13 entities (as its DXF twin
+  // lists them): all come through, the shape as a proxy.
+  EXPECT_EQ(modelSpaceEntities(written.get()), 13u);
   EXPECT_FALSE(written->getOdDbObjectId(OdDbHandle(0x2C), false).isNull());  // the LINE keeps its handle
+  OdDbObjectPtr dimension = written->getOdDbObjectId(OdDbHandle(0x45), false).openObject();
+  ASSERT_FALSE(dimension.isNull());
+  EXPECT_EQ(dimension->dxfName(), OdString(L"DIMENSION"));
+  EXPECT_FALSE(written->getOdDbObjectId(OdDbHandle(0x39), false).isNull());  // the shape
 
   // A DWG output name is refused, the drawing left as it was.
   const ProgramRun refused = run("--no-module --output " + quoted(file("copy.dwg").string()) + " " + quoted(drawing.string()));

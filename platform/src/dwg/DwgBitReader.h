@@ -90,9 +90,7 @@ class OdDwgBitReader {
   // their size in bits (high bit set: 16 more bits before them hold the
   // size's high part), and the strings come just before the size.
   void useStringStreamEndingAt(size_t endBit);
-  // A colour of R13-R2000: just the colour index (from R2004 on, see
-  // OdDwgFile::readCMC).
-  int16_t readCMC() { return readBS(); }
+  // Colours (CMC) depend on the file's version: see OdDwgFile::readCMC.
   // Skips whole bytes (for blobs whose contents are not needed).
   void skipBytes(size_t n);
 

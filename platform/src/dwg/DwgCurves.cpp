@@ -297,7 +297,7 @@ void DwgToDxf::hatch(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h)
     const int32_t colors = count(d.readBL());
     for (int32_t i = 0; i < colors; ++i) {
       const double value = d.readBD();
-      gradient.colors.emplace_back(value, d.readCMC());
+      gradient.colors.emplace_back(value, m_file.readCMC(d));
     }
     gradient.name = d.readTV(m_cp);
   }
@@ -472,6 +472,14 @@ void DwgToDxf::hatch(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h)
     }
     out.writeString(470, gradient.name);
   }
+}
+
+bool DwgToDxf::modelerDataIsText(OdDwgBitReader d) {
+  // The modeler data of format 2 (R2007 on) is the modeler's binary form,
+  // which DXF holds as text: it is not converted, the entity is not read.
+  if (d.readBit()) return true;  // empty
+  d.readBit();
+  return d.readBS() == 1;
 }
 
 void DwgToDxf::modelerGeometry(const OdDwgObject& o, OdDwgBitReader& d) {

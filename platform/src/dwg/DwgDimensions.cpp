@@ -39,11 +39,9 @@ void DwgToDxf::dimension(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader
     spacing = d.readBD();
     measurement = d.readBD();
   }
-  if (r2007) {
-    d.readBit();
-    d.readBit();  // arrows flipped: not kept by the platform
-    d.readBit();
-  }
+  bool r2007Flags[3] = {false, false, false};  // DXF 73, and the arrows flipped (74, 75)
+  if (r2007)
+    for (bool& flag : r2007Flags) flag = d.readBit();
   const double blockX = d.readRD(), blockY = d.readRD();
 
   // The kind's own points.
@@ -107,6 +105,8 @@ void DwgToDxf::dimension(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader
   if (spacingStyle != 1) m_w.writeInt(72, spacingStyle);
   if (spacing != 1.0) m_w.writeDouble(41, spacing);
   if (m_r2000) m_w.writeDouble(42, measurement);
+  if (r2007)
+    for (int i = 0; i < 3; ++i) m_w.writeInt(73 + i, r2007Flags[i]);
   // A text of one space is how the file says "no text of the user's" (the
   // program that writes both forms gives an empty text in DXF for it).
   if (userText == L" ") m_w.writeString(1, L"");

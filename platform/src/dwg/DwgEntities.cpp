@@ -455,6 +455,10 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
   try {
     d.seekBit(o.dataBit);
     h.seekBit(o.handleBit);
+    if (!proxy && (type == 0x25 || type == 0x26 || type == 0x27) && !modelerDataIsText(d)) {
+      notRead(o);
+      return false;
+    }
     m_w.writeString(0, proxy ? L"ACAD_PROXY_ENTITY" : known->second);
     const uint64_t owner = o.entMode == 2 ? m_modelSpace : o.entMode == 1 ? m_paperSpace : o.owner;
     commonEntity(o, owner);

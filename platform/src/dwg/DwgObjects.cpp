@@ -140,7 +140,7 @@ void DwgToDxf::mlineStyle(const OdDwgObject& o, OdDwgBitReader& d) {
   // 512 and 1024.
   const OdString name = d.readTV(m_cp), description = d.readTV(m_cp);
   const int bits = static_cast<uint16_t>(d.readBS());
-  const int fill = d.readCMC();
+  const int fill = m_file.readCMC(d);
   const double start = d.readBD(), end = d.readBD();
   const int lines = d.readRC();
   int flags = bits & ~(1 | 2 | 32 | 64 | 512 | 1024);
@@ -161,7 +161,7 @@ void DwgToDxf::mlineStyle(const OdDwgObject& o, OdDwgBitReader& d) {
   m_w.writeInt(71, lines);
   for (int i = 0; i < lines; ++i) {
     const double offset = d.readBD();
-    const int color = d.readCMC();
+    const int color = m_file.readCMC(d);
     const int linetype = d.readBS();
     m_w.writeDouble(49, offset);
     m_w.writeInt(62, color);

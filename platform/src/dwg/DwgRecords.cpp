@@ -23,7 +23,7 @@ constexpr DimVar kDimVarsR2000[] = {
     {90, Dv::BS, 0},    {140, Dv::BD, 0.18}, {141, Dv::BD, 0.09}, {142, Dv::BD, 0},     {143, Dv::BD, 25.4},
     {144, Dv::BD, 1},   {145, Dv::BD, 0},   {146, Dv::BD, 1},     {147, Dv::BD, 0.09},  {148, Dv::BD, 0},
     {170, Dv::B, 0},    {171, Dv::BS, 2},   {172, Dv::B, 0},      {173, Dv::B, 0},      {174, Dv::B, 0},
-    {175, Dv::B, 0},    {176, Dv::BS, 0},   {177, Dv::BS, 0},     {178, Dv::BS, 0},     {179, Dv::BS, 0},
+    {175, Dv::B, 0},    {176, Dv::CMC, 0},  {177, Dv::CMC, 0},    {178, Dv::CMC, 0},    {179, Dv::BS, 0},
     {271, Dv::BS, 4},   {272, Dv::BS, 4},   {273, Dv::BS, 2},     {274, Dv::BS, 2},     {275, Dv::BS, 0},
     {276, Dv::BS, 0},   {277, Dv::BS, 2},   {278, Dv::BS, 46},    {279, Dv::BS, 0},     {280, Dv::BS, 0},
     {281, Dv::B, 0},    {282, Dv::B, 0},    {283, Dv::BS, 1},     {284, Dv::BS, 0},     {285, Dv::BS, 0},
@@ -149,7 +149,7 @@ void DwgToDxf::dimStyle(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader&
         case Dv::RC: value.number = d.readRC(); break;
         case Dv::BS: value.number = d.readBS(); break;
         case Dv::BD: value.number = d.readBD(); break;
-        case Dv::CMC: value.number = d.readCMC(); break;
+        case Dv::CMC: value.number = m_file.readCMC(d); break;
         case Dv::TV: value.text = d.readTV(m_cp); break;
       }
       if (var->code == 295 && r2010) {

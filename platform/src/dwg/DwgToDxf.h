@@ -133,6 +133,8 @@ class DwgToDxf {
   void spline(const OdDwgObject& o, OdDwgBitReader& d);
   void mline(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void modelerGeometry(const OdDwgObject& o, OdDwgBitReader& d);
+  // False when the modeler data is in its binary form (format 2), which is not read.
+  static bool modelerDataIsText(OdDwgBitReader d);
   void hatch(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   // DwgDimensions.cpp
   void dimension(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);

@@ -92,6 +92,34 @@ std::string firstDifference(OdDbObject* a, OdDbObject* b) {
       list->erase(std::remove_if(list->begin(), list->end(), [](const OdDxfTag& t) { return t.code == 340; }), list->end());
     }
   }
+  // An xrecord holding a preview bitmap (a 40-byte bitmap header, the
+  // palette, the rows) is drawn anew, at the window's width, when the twin
+  // is saved: the bitmaps are compared by their headers' height and depth,
+  // and ours must hold exactly the bytes its own header announces.
+  if (a->dxfName() == L"XRECORD") {
+    auto bitmap = [](OdDxfTagList& list) {
+      OdBinaryData bytes;
+      for (const OdDxfTag& t : list)
+        if (t.code == 310) bytes.insert(bytes.end(), t.bin.begin(), t.bin.end());
+      return bytes;
+    };
+    auto field = [](const OdBinaryData& b, size_t at, int size) {
+      uint32_t v = 0;
+      for (int i = 0; i < size; ++i) v |= static_cast<uint32_t>(b[at + i]) << (8 * i);
+      return v;
+    };
+    const OdBinaryData ba = bitmap(ta), bb = bitmap(tb);
+    if (ba.size() > 40 && bb.size() > 40 && field(ba, 0, 4) == 40 && field(bb, 0, 4) == 40 && ba != bb) {
+      const uint32_t width = field(ba, 4, 4), height = field(ba, 8, 4), depth = field(ba, 14, 2);
+      if (height != field(bb, 8, 4) || depth != field(bb, 14, 2)) return "preview bitmaps of other heights or depths";
+      const uint32_t colours = field(ba, 32, 4) ? field(ba, 32, 4) : depth <= 8 ? 1u << depth : 0;
+      const size_t rows = static_cast<size_t>((width * depth + 31) / 32 * 4) * height;
+      if (ba.size() != 40 + 4 * colours + rows) return "preview bitmap of " + std::to_string(ba.size()) + " bytes, its header announces others";
+      for (OdDxfTagList* list : {&ta, &tb}) {
+        list->erase(std::remove_if(list->begin(), list->end(), [](const OdDxfTag& t) { return t.code == 310; }), list->end());
+      }
+    }
+  }
   for (size_t i = 0; i < std::max(ta.size(), tb.size()); ++i) {
     if (i >= ta.size() || i >= tb.size()) {
       const OdDxfTag& extra = i < ta.size() ? ta[i] : tb[i];
