@@ -140,7 +140,7 @@ void DwgToDxf::mlineStyle(const OdDwgObject& o, OdDwgBitReader& d) {
   // 512 and 1024.
   const OdString name = d.readTV(m_cp), description = d.readTV(m_cp);
   const int bits = static_cast<uint16_t>(d.readBS());
-  const int fill = d.readCMC();
+  const int fill = tableColor(d);
   const double start = d.readBD(), end = d.readBD();
   const int lines = d.readRC();
   int flags = bits & ~(1 | 2 | 32 | 64 | 512 | 1024);
@@ -161,7 +161,7 @@ void DwgToDxf::mlineStyle(const OdDwgObject& o, OdDwgBitReader& d) {
   m_w.writeInt(71, lines);
   for (int i = 0; i < lines; ++i) {
     const double offset = d.readBD();
-    const int color = d.readCMC();
+    const int color = tableColor(d);
     const int linetype = d.readBS();
     m_w.writeDouble(49, offset);
     m_w.writeInt(62, color);
@@ -271,6 +271,14 @@ void DwgToDxf::xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& 
     switch (OdDxf::valueTypeOf(code)) {
       case OdDxf::ValueType::kString: {
         const uint16_t length = d.readRS();
+        if (m_file.atLeast(kDwgR2010)) {
+          // R2010 on: a count of UTF-16 units and the units (R2007 keeps
+          // the code-page form here).
+          std::wstring units;
+          for (size_t i = 0; i < length; ++i) units += static_cast<wchar_t>(d.readRS());
+          items.push_back(OdDxfTag::str(code, OdString(std::move(units))));
+          break;
+        }
         d.readRC();  // the string's code page: the drawing's
         std::string text(length, '\0');
         for (auto& c : text) c = static_cast<char>(d.readRC());

@@ -149,7 +149,7 @@ void DwgToDxf::dimStyle(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader&
         case Dv::RC: value.number = d.readRC(); break;
         case Dv::BS: value.number = d.readBS(); break;
         case Dv::BD: value.number = d.readBD(); break;
-        case Dv::CMC: value.number = d.readCMC(); break;
+        case Dv::CMC: value.number = tableColor(d); break;
         case Dv::TV: value.text = d.readTV(m_cp); break;
       }
       if (var->code == 295 && r2010) {

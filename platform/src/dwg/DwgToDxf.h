@@ -57,6 +57,10 @@ class DwgToDxf {
   // The drawing as the DXF groups of its objects, held as values (no text).
   OdDxfTagStream convert();
 
+  // The colours of dimension and multiline styles: the index alone up to
+  // R2007, the full colour (index, RGB, flags, names) from R2010 on.
+  int tableColor(OdDwgBitReader& d) const { return m_file.atLeast(kDwgR2010) ? m_file.readCMC(d) : d.readCMC(); }
+
  private:
   using Decoder = std::function<bool(const OdDwgObject&, OdDwgBitReader&, OdDwgBitReader&)>;
 
