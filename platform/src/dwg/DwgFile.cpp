@@ -242,6 +242,16 @@ bool OdDwgFile::readSections(std::vector<uint8_t> objects, const std::vector<uin
   return true;
 }
 
+size_t OdDwgFile::readDataBits(OdDwgBitReader& r) const {
+  // R2007: an RL with the bit position where the data and strings end.
+  // R2010 on, a high part comes first (zero in every file seen; some files
+  // of R2010 and R2018 have it with a maintenance release of 3 or lower),
+  // and the position counts from after it.
+  const size_t first = r.readRL();
+  if (!atLeast(kDwgR2010) || first != 0) return first;
+  return static_cast<size_t>(r.readRL()) + 32;
+}
+
 void OdDwgFile::readClasses(const std::vector<uint8_t>& buf, size_t seeker, size_t size) {
   // A sentinel of 16 bytes, the size of the class data, the data, a CRC.
   if (seeker + 20 > buf.size()) {
@@ -255,16 +265,13 @@ void OdDwgFile::readClasses(const std::vector<uint8_t>& buf, size_t seeker, size
     problem(seeker, "classes section larger than its locator says");
     return;
   }
-  OdDwgBitReader c(buf.data() + seeker + 20, length);
+  // R2010 on, the high part of the bit size comes first and is not counted
+  // in the section's size.
+  const size_t extra = atLeast(kDwgR2010) ? std::min<size_t>(4, buf.size() - seeker - 20 - length) : 0;
+  OdDwgBitReader c(buf.data() + seeker + 20, length + extra);
   try {
     int last = 0x7FFF;  // R2004 on: the highest class number comes first
-    if (atLeast(kDwgR2007)) {
-      // The size in bits of the data and strings, counted from here
-      // (R2010 on, after maintenance release 3, a second size first).
-      if (atLeast(kDwgR2010) && m_maintenance > 3) c.readRL();
-      const size_t bits = c.readRL();
-      c.useStringStreamEndingAt(std::min<size_t>(c.bitSize(), bits));
-    }
+    if (atLeast(kDwgR2007)) c.useStringStreamEndingAt(std::min<size_t>(c.bitSize(), readDataBits(c)));
     if (atLeast(kDwgR2004)) {
       last = c.readBS();
       c.readRC();
@@ -312,12 +319,7 @@ void OdDwgFile::readHeader(const std::vector<uint8_t>& buf, size_t seeker, size_
   auto real = [&](const wchar_t* name) { const double v = r.readBD(); if (name) h.reals.emplace_back(name, v); };
   try {
     if (atLeast(kDwgR2007)) {
-      size_t from = 0;
-      if (atLeast(kDwgR2010) && m_maintenance > 3) {
-        r.readRL();
-        from = 32;
-      }
-      const size_t dataEnd = std::min<size_t>(r.bitSize(), r.readRL() + from);
+      const size_t dataEnd = std::min<size_t>(r.bitSize(), readDataBits(r));
       r.useStringStreamEndingAt(dataEnd);
       handles.seekBit(dataEnd);
       // The handle stream begins with the current layer, text style and linetype.

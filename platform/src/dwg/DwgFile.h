@@ -138,6 +138,8 @@ class OdDwgFile {
   bool readSections(std::vector<uint8_t> objects, const std::vector<uint8_t>& handles, const std::vector<uint8_t>& classes,
                     const std::vector<uint8_t>& header);
   // Sections read from `bytes` (the file or a decoded section) at `seeker`.
+  // The bit position where an R2007-on section's data and strings end.
+  size_t readDataBits(OdDwgBitReader& r) const;
   void readClasses(const std::vector<uint8_t>& bytes, size_t seeker, size_t size);
   void readHeader(const std::vector<uint8_t>& bytes, size_t seeker, size_t size);
   void readObjectMap(const std::vector<uint8_t>& bytes, size_t seeker, size_t size);

@@ -271,6 +271,14 @@ void DwgToDxf::xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& 
     switch (OdDxf::valueTypeOf(code)) {
       case OdDxf::ValueType::kString: {
         const uint16_t length = d.readRS();
+        if (m_file.atLeast(kDwgR2010)) {
+          // R2010 on: a count of UTF-16 units and the units (R2007 keeps
+          // the code-page form here).
+          std::wstring units;
+          for (size_t i = 0; i < length; ++i) units += static_cast<wchar_t>(d.readRS());
+          items.push_back(OdDxfTag::str(code, OdString(std::move(units))));
+          break;
+        }
         d.readRC();  // the string's code page: the drawing's
         std::string text(length, '\0');
         for (auto& c : text) c = static_cast<char>(d.readRC());

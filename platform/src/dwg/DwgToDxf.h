@@ -57,6 +57,7 @@ class DwgToDxf {
   // The drawing as the DXF groups of its objects, held as values (no text).
   OdDxfTagStream convert();
 
+
  private:
   using Decoder = std::function<bool(const OdDwgObject&, OdDwgBitReader&, OdDwgBitReader&)>;
 

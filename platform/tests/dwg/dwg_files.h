@@ -42,6 +42,20 @@ inline std::vector<std::string> dwgR2004Files() { return dwgFilesOfVersions({"AC
 inline std::vector<std::string> dwgR2007Files() { return dwgFilesOfVersions({"AC1021"}); }
 // R2010, R2013, R2018: the paged container with objects of the R2007 form.
 inline std::vector<std::string> dwgR2010OnFiles() { return dwgFilesOfVersions({"AC1024", "AC1027", "AC1032"}); }
+// Those of them whose entities are all read: leaders, helices, some
+// splines, multiline styles of saved drawings and the objects of
+// constraints and sections are not yet.
+inline std::vector<std::string> dwgR2010OnFilesRead() {
+  std::vector<std::string> files;
+  for (const std::string& f : dwgR2010OnFiles()) {
+    bool pending = false;
+    for (const char* part : {"Leader", "Helix", "Spline", "Multiline", "Constraints", "LiveSection"}) {
+      pending = pending || f.find(part) != std::string::npos;
+    }
+    if (!pending) files.push_back(f);
+  }
+  return files;
+}
 
 inline std::string dwgTestName(const std::string& file) {
   std::string name;

@@ -293,6 +293,8 @@ INSTANTIATE_TEST_SUITE_P(R2007, DwgTwin, ::testing::ValuesIn(filesWithTwins(dwgR
                          [](const auto& info) { return dwgTestName(info.param); });
 INSTANTIATE_TEST_SUITE_P(R2007, DwgSavedAsDxf, ::testing::ValuesIn(dwgR2007Files()),
                          [](const auto& info) { return dwgTestName(info.param); });
+INSTANTIATE_TEST_SUITE_P(R2010On, DwgSavedAsDxf, ::testing::ValuesIn(dwgR2010OnFilesRead()),
+                         [](const auto& info) { return dwgTestName(info.param); });
 
 }  // namespace
 

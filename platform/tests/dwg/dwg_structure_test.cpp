@@ -220,6 +220,8 @@ INSTANTIATE_TEST_SUITE_P(Corpus, DwgCorpusStructure, ::testing::ValuesIn(dwgR13T
                          [](const auto& info) { return dwgTestName(info.param); });
 INSTANTIATE_TEST_SUITE_P(R2007, DwgCorpusStructure, ::testing::ValuesIn(dwgR2007Files()),
                          [](const auto& info) { return dwgTestName(info.param); });
+INSTANTIATE_TEST_SUITE_P(R2010On, DwgCorpusStructure, ::testing::ValuesIn(dwgR2010OnFilesRead()),
+                         [](const auto& info) { return dwgTestName(info.param); });
 
 TEST(DwgR2007Pages, ReedSolomonWordsDeinterleaved) {
   // Two code words stored byte by byte in turn: byte k of the page is byte
