@@ -252,7 +252,11 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
       h.readH(o.handle);
       std::vector<uint64_t> references;
       for (size_t i = 0; i < inserts; ++i) references.push_back(h.readH(o.handle).value);
+      // R2000 on: the space's layout.
+      const uint64_t layout = m_r2000 ? h.readH(o.handle).value : 0;
       commonRecord(o, L"AcDbBlockTableRecord");
+      // R2000 on, DXF gives every block its layout (null for blocks that are not spaces).
+      if (m_r2000) m_w.writeHandle(340, layout && isWritten(layout) ? layout : 0);
       for (size_t at = 0; at < preview.size(); at += 127) {
         OdBinaryData chunk(preview.begin() + static_cast<std::ptrdiff_t>(at),
                            preview.begin() + static_cast<std::ptrdiff_t>(std::min(preview.size(), at + 127)));

@@ -102,6 +102,7 @@ class DwgToDxf {
   bool object(const OdDwgObject& o);
   void xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void mlineStyle(const OdDwgObject& o, OdDwgBitReader& d);
+  void layout(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void group(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   const std::vector<uint64_t>& linetypes();
   std::vector<uint64_t> m_linetypes;
