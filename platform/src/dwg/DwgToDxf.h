@@ -130,6 +130,7 @@ class DwgToDxf {
   void record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void dimStyle(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags);
   void viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags);
+  void view(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags);
   // DwgCurves.cpp
   void spline(const OdDwgObject& o, OdDwgBitReader& d);
   void mline(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
