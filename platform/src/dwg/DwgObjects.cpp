@@ -110,7 +110,7 @@ void DwgToDxf::xdata(const OdDwgObject& o) {
 }
 
 bool DwgToDxf::objectDecoded(const OdDwgObject& o) {
-  return o.dxfName == L"DICTIONARY" || o.dxfName == L"ACDBPLACEHOLDER" || o.dxfName == L"XRECORD" || o.dxfName == L"LAYOUT" || o.type == 0x49 || o.type == 0x48;
+  return o.dxfName == L"DICTIONARY" || o.dxfName == L"ACDBPLACEHOLDER" || o.dxfName == L"XRECORD" || o.dxfName == L"LAYOUT" || o.dxfName == L"SORTENTSTABLE" || o.type == 0x49 || o.type == 0x48;
 }
 
 void DwgToDxf::group(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
@@ -234,6 +234,27 @@ void DwgToDxf::layout(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
   if (viewport && isWrittenAny(viewport) && m_file.find(viewport)->type != 0x22) m_w.writeHandle(331, viewport);
   if (namedUcs && isWrittenAny(namedUcs)) m_w.writeHandle(345, namedUcs);
   if (baseUcs && isWrittenAny(baseUcs)) m_w.writeHandle(346, baseUcs);
+}
+
+void DwgToDxf::sortents(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
+  // BL entry count and a sort handle per entry in the data; the handles:
+  // the block, then the entity of each entry.
+  const int32_t count = d.readBL();
+  if (count < 0 || static_cast<size_t>(count) > o.size) throw OdDwgDecodeError("implausible entry count", d.bitPosition());
+  std::vector<uint64_t> sortHandles;
+  for (int32_t i = 0; i < count; ++i) sortHandles.push_back(d.readH(o.handle).value);
+  const uint64_t block = h.readH(o.handle).value;
+  m_w.writeString(0, L"SORTENTSTABLE");
+  header(o, o.owner);
+  m_w.writeString(100, L"AcDbSortentsTable");
+  m_w.writeHandle(330, block);
+  for (int32_t i = 0; i < count; ++i) {
+    const uint64_t entity = h.readH(o.handle).value;
+    // Entries of entities not read (viewports) are left out with them.
+    if (entity && (!isWrittenAny(entity) || m_file.find(entity)->type == 0x22)) continue;
+    m_w.writeHandle(331, entity);
+    m_w.writeHandle(5, sortHandles[static_cast<size_t>(i)]);
+  }
 }
 
 void DwgToDxf::mlineStyle(const OdDwgObject& o, OdDwgBitReader& d) {
@@ -436,6 +457,8 @@ bool DwgToDxf::object(const OdDwgObject& o) {
       xrecord(o, d, h);
     } else if (o.dxfName == L"LAYOUT") {
       layout(o, d, h);
+    } else if (o.dxfName == L"SORTENTSTABLE") {
+      sortents(o, d, h);
     } else if (o.type == 0x49) {
       mlineStyle(o, d);
     } else if (o.type == 0x48) {

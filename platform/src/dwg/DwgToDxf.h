@@ -103,6 +103,7 @@ class DwgToDxf {
   void xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void mlineStyle(const OdDwgObject& o, OdDwgBitReader& d);
   void layout(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+  void sortents(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void group(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   const std::vector<uint64_t>& linetypes();
   std::vector<uint64_t> m_linetypes;
