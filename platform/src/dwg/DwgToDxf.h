@@ -127,7 +127,7 @@ class DwgToDxf {
   void ellipse(OdDwgBitReader& d);
   void rayOrXline(OdDwgBitReader& d, const wchar_t* subclass);
   void mtext(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
-  void image(OdDwgBitReader& d, OdDwgBitReader& h, const OdDwgObject& o);
+  void image(OdDwgBitReader& d, OdDwgBitReader& h, const OdDwgObject& o, const wchar_t* subclass);
   void point3(OdDwgBitReader& d, double xyz[3]) { for (int i = 0; i < 3; ++i) xyz[i] = d.readBD(); }
   void record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void dimStyle(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags);
