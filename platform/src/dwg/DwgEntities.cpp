@@ -432,6 +432,53 @@ void DwgToDxf::mtext(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h)
   }
 }
 
+void DwgToDxf::image(OdDwgBitReader& d, OdDwgBitReader& h, const OdDwgObject& o, const wchar_t* subclass) {
+  // BL class version, 3BD insertion point, 3BD U and V vectors, 2RD size in
+  // pixels, BS display flags, B clipping, RC brightness, contrast and fade,
+  // (R2010) B clip mode, BS boundary type: 1 a rectangle of two 2RD
+  // corners, else BL vertex count and 2RD vertices. Handles: the image
+  // definition and its reactor (null for wipeouts, which share the form).
+  const int32_t version = d.readBL();
+  double at[3], u[3], v[3];
+  point3(d, at);
+  point3(d, u);
+  point3(d, v);
+  const double width = d.readRD(), height = d.readRD();
+  const int display = d.readBS();
+  const int clipping = d.readBit();
+  const int brightness = d.readRC(), contrast = d.readRC(), fade = d.readRC();
+  const int clipMode = m_file.atLeast(kDwgR2010) ? d.readBit() : 0;
+  const int boundary = d.readBS();
+  int32_t vertices = 2;
+  if (boundary != 1) {
+    vertices = d.readBL();
+    if (vertices < 0 || static_cast<size_t>(vertices) > o.size) throw OdDwgDecodeError("implausible clip vertex count", d.bitPosition());
+  }
+  std::vector<std::pair<double, double>> clip;
+  for (int32_t i = 0; i < vertices; ++i) {
+    const double x = d.readRD(), y = d.readRD();
+    clip.emplace_back(x, y);
+  }
+  const uint64_t definition = h.readH(o.handle).value, reactor = h.readH(o.handle).value;
+  m_w.writeString(100, subclass);
+  m_w.writeInt(90, version);
+  m_w.writePoint(10, at[0], at[1], at[2]);
+  m_w.writePoint(11, u[0], u[1], u[2]);
+  m_w.writePoint(12, v[0], v[1], v[2]);
+  m_w.writePoint(13, width, height, 0);
+  if (!definition || isWrittenAny(definition)) m_w.writeHandle(340, definition);
+  m_w.writeInt(70, display);
+  m_w.writeInt(280, clipping);
+  m_w.writeInt(281, brightness);
+  m_w.writeInt(282, contrast);
+  m_w.writeInt(283, fade);
+  if (!reactor || isWrittenAny(reactor)) m_w.writeHandle(360, reactor);
+  m_w.writeInt(71, boundary);
+  if (boundary != 1) m_w.writeInt(91, vertices);
+  for (const auto& [x, y] : clip) m_w.writePoint(14, x, y, 0);
+  if (clipMode) m_w.writeInt(290, clipMode);
+}
+
 bool DwgToDxf::emit(const OdDwgObject& o) {
   if (!o.decoded) return false;
   static const std::map<unsigned, const wchar_t*> kEntities = {
@@ -442,9 +489,11 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
       {0x1D, L"POLYLINE"}, {0x1E, L"POLYLINE"}, {0x0C, L"VERTEX"}, {0x0D, L"VERTEX"}, {0x0E, L"VERTEX"},
       {0x14, L"DIMENSION"}, {0x15, L"DIMENSION"}, {0x16, L"DIMENSION"}, {0x17, L"DIMENSION"}, {0x18, L"DIMENSION"},
       {0x19, L"DIMENSION"}, {0x1A, L"DIMENSION"}, {0x24, L"SPLINE"}, {0x2F, L"MLINE"},
-      {0x25, L"REGION"}, {0x26, L"3DSOLID"}, {0x27, L"BODY"}, {0x4E, L"HATCH"}, {0x2D, L"LEADER"}};
+      {0x25, L"REGION"}, {0x26, L"3DSOLID"}, {0x27, L"BODY"}, {0x4E, L"HATCH"}, {0x2D, L"LEADER"}, {0x1000, L"IMAGE"}, {0x1001, L"WIPEOUT"}};
   // R13 and R14 keep light polylines as a class of their own.
-  const unsigned type = o.type >= 500 && o.dxfName == L"LWPOLYLINE" ? 0x4D : o.type;
+  const unsigned type = o.type >= 500 && o.dxfName == L"LWPOLYLINE" ? 0x4D : o.type >= 500 && o.dxfName == L"IMAGE"     ? 0x1000
+                      : o.type >= 500 && o.dxfName == L"WIPEOUT" ? 0x1001
+                                                                 : o.type;
   auto known = kEntities.find(type);
   const bool proxy = known == kEntities.end() && isProxy(o);
   if (known == kEntities.end() && !proxy) {
@@ -491,6 +540,8 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
       case 0x25: case 0x26: case 0x27: modelerGeometry(o, d); break;
       case 0x4E: hatch(o, d, h); break;
       case 0x2D: leader(o, d, h); break;
+      case 0x1000: image(d, h, o, L"AcDbRasterImage"); break;
+      case 0x1001: image(d, h, o, L"AcDbWipeout"); break;
     }
     xdata(o);
   } catch (const OdDwgDecodeError& e) {

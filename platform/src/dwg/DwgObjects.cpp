@@ -110,7 +110,7 @@ void DwgToDxf::xdata(const OdDwgObject& o) {
 }
 
 bool DwgToDxf::objectDecoded(const OdDwgObject& o) {
-  return o.dxfName == L"DICTIONARY" || o.dxfName == L"ACDBPLACEHOLDER" || o.dxfName == L"XRECORD" || o.type == 0x49 || o.type == 0x48;
+  return o.dxfName == L"DICTIONARY" || o.dxfName == L"ACDBPLACEHOLDER" || o.dxfName == L"XRECORD" || o.dxfName == L"LAYOUT" || o.dxfName == L"SORTENTSTABLE" || o.type == 0x49 || o.type == 0x48;
 }
 
 void DwgToDxf::group(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
@@ -129,6 +129,131 @@ void DwgToDxf::group(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h)
     const uint64_t entity = h.readH(o.handle).value;
     // Entities not read are left out of the group with them.
     if (isWrittenAny(entity)) m_w.writeHandle(340, entity);
+  }
+}
+
+void DwgToDxf::layout(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
+  // The plot settings: TV page setup, TV printer, BS flags, BD margins
+  // (left, bottom, right, top), BD paper width and height, TV paper size,
+  // 2BD plot origin, BS paper units, rotation and plot type, 2BD window
+  // corners, (R13-R2000) TV plot view name, BD real-world and drawing units,
+  // TV style sheet, BS scale type, BD scale factor, 2BD paper image origin,
+  // (R2004 on) BS shade plot mode, resolution level and custom DPI.
+  const bool r2004 = m_file.atLeast(kDwgR2004), r2007 = m_file.atLeast(kDwgR2007);
+  const OdString pageSetup = d.readTV(m_cp), printer = d.readTV(m_cp);
+  const int plotFlags = d.readBS();
+  double margins[4], paper[2], origin[2], window[4], units[2], imageOrigin[2];
+  for (double& v : margins) v = d.readBD();
+  for (double& v : paper) v = d.readBD();
+  const OdString paperSize = d.readTV(m_cp);
+  for (double& v : origin) v = d.readBD();
+  const int paperUnits = d.readBS(), rotation = d.readBS(), plotType = d.readBS();
+  for (double& v : window) v = d.readBD();
+  OdString viewName = r2004 ? OdString() : d.readTV(m_cp);
+  for (double& v : units) v = d.readBD();
+  const OdString styleSheet = d.readTV(m_cp);
+  const int scaleType = d.readBS();
+  const double scaleFactor = d.readBD();
+  for (double& v : imageOrigin) v = d.readBD();
+  int shade[3] = {0, 0, 0};
+  if (r2004) for (int& v : shade) v = d.readBS();
+  // The layout: TV name, BL tab order, BS flags, 3BD UCS origin, 2RD
+  // limits, 3BD insertion base, 3BD UCS X and Y axes, BD elevation, BS
+  // orthographic type, 3BD extents, (R2004 on) RL viewport count.
+  const OdString name = d.readTV(m_cp);
+  const int32_t tabOrder = d.readBL();
+  const int flags = d.readBS();
+  double ucsOrigin[3], limits[4], base[3], xAxis[3], yAxis[3], extents[6];
+  point3(d, ucsOrigin);
+  for (double& v : limits) v = d.readRD();
+  point3(d, base);
+  point3(d, xAxis);
+  point3(d, yAxis);
+  const double elevation = d.readBD();
+  const int orthoType = d.readBS();
+  point3(d, extents);
+  point3(d, extents + 3);
+  int32_t viewports = 0;
+  if (r2004) {
+    viewports = d.readBL();
+    if (viewports < 0 || static_cast<size_t>(viewports) > o.size) throw OdDwgDecodeError("implausible viewport count", d.bitPosition());
+  }
+  // Handles: (R2004 on) the plot view, (R2007 on) the visual style, the
+  // paper-space block, the last active viewport, the base and named UCS,
+  // (R2004 on) the viewports.
+  if (r2004) viewName = nameOf(h.readH(o.handle).value);
+  if (r2007) h.readH(o.handle);
+  const uint64_t block = h.readH(o.handle).value, viewport = h.readH(o.handle).value;
+  const uint64_t baseUcs = h.readH(o.handle).value, namedUcs = h.readH(o.handle).value;
+  for (int32_t i = 0; i < viewports; ++i) h.readH(o.handle);
+
+  m_w.writeString(0, L"LAYOUT");
+  header(o, o.owner);
+  m_w.writeString(100, L"AcDbPlotSettings");
+  m_w.writeString(1, pageSetup);
+  m_w.writeString(2, printer);
+  m_w.writeString(4, paperSize);
+  m_w.writeString(6, viewName);
+  for (int i = 0; i < 4; ++i) m_w.writeDouble(40 + i, margins[i]);
+  m_w.writeDouble(44, paper[0]);
+  m_w.writeDouble(45, paper[1]);
+  m_w.writeDouble(46, origin[0]);
+  m_w.writeDouble(47, origin[1]);
+  m_w.writeDouble(48, window[0]);
+  m_w.writeDouble(49, window[1]);
+  m_w.writeDouble(140, window[2]);
+  m_w.writeDouble(141, window[3]);
+  m_w.writeDouble(142, units[0]);
+  m_w.writeDouble(143, units[1]);
+  m_w.writeInt(70, plotFlags);
+  m_w.writeInt(72, paperUnits);
+  m_w.writeInt(73, rotation);
+  m_w.writeInt(74, plotType);
+  m_w.writeString(7, styleSheet);
+  m_w.writeInt(75, scaleType);
+  m_w.writeDouble(147, scaleFactor);
+  if (r2004) for (int i = 0; i < 3; ++i) m_w.writeInt(76 + i, shade[i]);
+  m_w.writeDouble(148, imageOrigin[0]);
+  m_w.writeDouble(149, imageOrigin[1]);
+  m_w.writeString(100, L"AcDbLayout");
+  m_w.writeString(1, name);
+  m_w.writeInt(70, flags);
+  m_w.writeInt(71, tabOrder);
+  m_w.writePoint(10, limits[0], limits[1], 0);
+  m_w.writePoint(11, limits[2], limits[3], 0);
+  m_w.writePoint(12, base[0], base[1], base[2]);
+  m_w.writePoint(14, extents[0], extents[1], extents[2]);
+  m_w.writePoint(15, extents[3], extents[4], extents[5]);
+  m_w.writeDouble(146, elevation);
+  m_w.writePoint(13, ucsOrigin[0], ucsOrigin[1], ucsOrigin[2]);
+  m_w.writePoint(16, xAxis[0], xAxis[1], xAxis[2]);
+  m_w.writePoint(17, yAxis[0], yAxis[1], yAxis[2]);
+  m_w.writeInt(76, orthoType);
+  m_w.writeHandle(330, block);
+  // Only references to what is written (viewport entities are not read yet).
+  if (viewport && isWrittenAny(viewport) && m_file.find(viewport)->type != 0x22) m_w.writeHandle(331, viewport);
+  if (namedUcs && isWrittenAny(namedUcs)) m_w.writeHandle(345, namedUcs);
+  if (baseUcs && isWrittenAny(baseUcs)) m_w.writeHandle(346, baseUcs);
+}
+
+void DwgToDxf::sortents(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
+  // BL entry count and a sort handle per entry in the data; the handles:
+  // the block, then the entity of each entry.
+  const int32_t count = d.readBL();
+  if (count < 0 || static_cast<size_t>(count) > o.size) throw OdDwgDecodeError("implausible entry count", d.bitPosition());
+  std::vector<uint64_t> sortHandles;
+  for (int32_t i = 0; i < count; ++i) sortHandles.push_back(d.readH(o.handle).value);
+  const uint64_t block = h.readH(o.handle).value;
+  m_w.writeString(0, L"SORTENTSTABLE");
+  header(o, o.owner);
+  m_w.writeString(100, L"AcDbSortentsTable");
+  m_w.writeHandle(330, block);
+  for (int32_t i = 0; i < count; ++i) {
+    const uint64_t entity = h.readH(o.handle).value;
+    // Entries of entities not read (viewports) are left out with them.
+    if (entity && (!isWrittenAny(entity) || m_file.find(entity)->type == 0x22)) continue;
+    m_w.writeHandle(331, entity);
+    m_w.writeHandle(5, sortHandles[static_cast<size_t>(i)]);
   }
 }
 
@@ -338,6 +463,10 @@ bool DwgToDxf::object(const OdDwgObject& o) {
       header(o, o.owner);
     } else if (o.dxfName == L"XRECORD") {
       xrecord(o, d, h);
+    } else if (o.dxfName == L"LAYOUT") {
+      layout(o, d, h);
+    } else if (o.dxfName == L"SORTENTSTABLE") {
+      sortents(o, d, h);
     } else if (o.type == 0x49) {
       mlineStyle(o, d);
     } else if (o.type == 0x48) {

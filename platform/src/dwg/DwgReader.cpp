@@ -137,7 +137,7 @@ OdDxfTagStream DwgToDxf::convert() {
       }
       OdDwgBitReader d = m_file.objectReader(o), h = m_file.objectReader(o);
       try {
-        if (o.type != 0x31 && o.type != 0x33 && o.type != 0x35 && o.type != 0x39 && o.type != 0x43 && o.type != 0x45 && o.type != 0x41) {
+        if (o.type != 0x31 && o.type != 0x33 && o.type != 0x35 && o.type != 0x39 && o.type != 0x43 && o.type != 0x45 && o.type != 0x41 && o.type != 0x3D) {
           notRead(o);
           continue;
         }

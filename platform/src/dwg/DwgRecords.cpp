@@ -46,6 +46,78 @@ constexpr DimVar kDimVarsR14[] = {
 };
 }  // namespace
 
+void DwgToDxf::view(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags) {
+  // BD height, BD width, 2RD centre, 3BD target, 3BD direction, BD twist,
+  // BD lens length, BD front and back clip, 4 bits of view mode (as in the
+  // viewport records), (R2000) RC render mode, (R2007) B default lights,
+  // RC lighting type, BD brightness and contrast, CMC ambient colour; B
+  // paper space; (R2000) B UCS kept with the view and, when set, 3BD UCS
+  // origin, X and Y axes, BD elevation, BS orthographic type; (R2007) B
+  // camera plottable. Handles (R2000, with a UCS): base and named UCS.
+  const bool r2007 = m_file.atLeast(kDwgR2007);
+  const double height = d.readBD(), width = d.readBD();
+  const double cx = d.readRD(), cy = d.readRD();
+  double target[3], direction[3];
+  point3(d, target);
+  point3(d, direction);
+  const double twist = d.readBD(), lens = d.readBD(), front = d.readBD(), back = d.readBD();
+  int mode = 0;
+  if (d.readBit()) mode |= 1;
+  if (d.readBit()) mode |= 2;
+  if (d.readBit()) mode |= 4;
+  if (!d.readBit()) mode |= 16;
+  const int render = m_r2000 ? d.readRC() : 0;
+  if (r2007) {
+    d.readBit();
+    d.readRC();
+    d.readBD();
+    d.readBD();
+    d.readCMC();
+  }
+  if (d.readBit()) flags |= 1;
+  bool withUcs = false;
+  double origin[3] = {0, 0, 0}, xAxis[3] = {1, 0, 0}, yAxis[3] = {0, 1, 0}, elevation = 0;
+  int ortho = 0;
+  if (m_r2000) {
+    withUcs = d.readBit();
+    if (withUcs) {
+      point3(d, origin);
+      point3(d, xAxis);
+      point3(d, yAxis);
+      elevation = d.readBD();
+      ortho = d.readBS();
+    }
+  }
+  uint64_t baseUcs = 0, namedUcs = 0;
+  if (m_r2000 && withUcs) {
+    baseUcs = h.readH(o.handle).value;
+    namedUcs = h.readH(o.handle).value;
+  }
+  commonRecord(o, L"AcDbViewTableRecord");
+  m_w.writeInt(70, flags);
+  m_w.writeDouble(40, height);
+  m_w.writePoint(10, cx, cy, 0);
+  m_w.writeDouble(41, width);
+  m_w.writePoint(11, direction[0], direction[1], direction[2]);
+  m_w.writePoint(12, target[0], target[1], target[2]);
+  m_w.writeDouble(42, lens);
+  m_w.writeDouble(43, front);
+  m_w.writeDouble(44, back);
+  degrees(50, twist);
+  m_w.writeInt(71, mode);
+  if (!m_r2000) return;
+  m_w.writeInt(281, render);
+  m_w.writeInt(72, withUcs ? 1 : 0);
+  if (!withUcs) return;
+  m_w.writePoint(110, origin[0], origin[1], origin[2]);
+  m_w.writePoint(111, xAxis[0], xAxis[1], xAxis[2]);
+  m_w.writePoint(112, yAxis[0], yAxis[1], yAxis[2]);
+  m_w.writeInt(79, ortho);
+  m_w.writeDouble(146, elevation);
+  if (namedUcs && isWrittenAny(namedUcs)) m_w.writeHandle(345, namedUcs);
+  if (baseUcs && isWrittenAny(baseUcs)) m_w.writeHandle(346, baseUcs);
+}
+
 void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags) {
   // BD view height, BD view width, 2RD centre, 3BD target, 3BD direction,
   // BD twist, BD lens length, BD front and back clip, 4 bits of view mode
@@ -252,7 +324,11 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
       h.readH(o.handle);
       std::vector<uint64_t> references;
       for (size_t i = 0; i < inserts; ++i) references.push_back(h.readH(o.handle).value);
+      // R2000 on: the space's layout.
+      const uint64_t layout = m_r2000 ? h.readH(o.handle).value : 0;
       commonRecord(o, L"AcDbBlockTableRecord");
+      // R2000 on, DXF gives every block its layout (null for blocks that are not spaces).
+      if (m_r2000) m_w.writeHandle(340, layout && isWritten(layout) ? layout : 0);
       for (size_t at = 0; at < preview.size(); at += 127) {
         OdBinaryData chunk(preview.begin() + static_cast<std::ptrdiff_t>(at),
                            preview.begin() + static_cast<std::ptrdiff_t>(std::min(preview.size(), at + 127)));
@@ -390,6 +466,9 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
       return;
     case 0x41:
       viewportRecord(o, d, common);
+      return;
+    case 0x3D:
+      view(o, d, h, common);
       return;
     case 0x43:
       commonRecord(o, L"AcDbRegAppTableRecord");

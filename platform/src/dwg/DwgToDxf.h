@@ -103,6 +103,8 @@ class DwgToDxf {
   bool object(const OdDwgObject& o);
   void xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void mlineStyle(const OdDwgObject& o, OdDwgBitReader& d);
+  void layout(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+  void sortents(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void group(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   const std::vector<uint64_t>& linetypes();
   std::vector<uint64_t> m_linetypes;
@@ -126,10 +128,12 @@ class DwgToDxf {
   void ellipse(OdDwgBitReader& d);
   void rayOrXline(OdDwgBitReader& d, const wchar_t* subclass);
   void mtext(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+  void image(OdDwgBitReader& d, OdDwgBitReader& h, const OdDwgObject& o, const wchar_t* subclass);
   void point3(OdDwgBitReader& d, double xyz[3]) { for (int i = 0; i < 3; ++i) xyz[i] = d.readBD(); }
   void record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void dimStyle(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags);
   void viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags);
+  void view(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags);
   // DwgCurves.cpp
   void spline(const OdDwgObject& o, OdDwgBitReader& d);
   void mline(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
