@@ -72,7 +72,7 @@ void DwgToDxf::view(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, 
     d.readRC();
     d.readBD();
     d.readBD();
-    d.readCMC();
+    m_file.readCMC(d);
   }
   if (d.readBit()) flags |= 1;
   bool withUcs = false;
