@@ -2,9 +2,11 @@
 // objects by class, repairs) and writes it to OUT when given.
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <map>
 
 #include "DbDatabase.h"
+#include "DwgRead.h"
 #include "DxfFile.h"
 
 namespace {
@@ -28,7 +30,10 @@ int main(int argc, char** argv) {
   try {
     OdDxfReadReport report;
     OdDbDatabasePtr db = odDxfReadFile(OdString(argv[1]), &report);
-    std::printf("%s: %s DXF %s\n", argv[1], report.binary ? "binary" : "ASCII",
+    char start[6] = {};
+    std::ifstream(argv[1], std::ios::binary).read(start, sizeof start);
+    const char* format = odIsDwgData(std::string_view(start, sizeof start)) ? "DWG" : report.binary ? "binary DXF" : "ASCII DXF";
+    std::printf("%s: %s %s\n", argv[1], format,
                 report.versionName.isEmpty() ? "(no version)" : report.versionName.toUtf8().c_str());
     std::map<std::string, int> counts;
     size_t erased = 0;
