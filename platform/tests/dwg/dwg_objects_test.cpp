@@ -2,6 +2,7 @@
 // twin saved by the program that made the drawing (same handles, equal
 // fields), and python3-ezdxf auditing the drawing once saved as DXF.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -271,7 +272,7 @@ class DwgSavedAsDxf : public ::testing::TestWithParam<std::string> {};
 TEST_P(DwgSavedAsDxf, AuditsCleanInAnIndependentReader) {
   const std::string dwg = dwgCorpusDir() + "/" + GetParam();
   OdDbDatabasePtr db = odDxfReadFile(OdString(dwg.c_str()));
-  const std::string out = (std::filesystem::temp_directory_path() / ("dwg_saved_" + dwgTestName(GetParam()) + ".dxf")).string();
+  const std::string out = (std::filesystem::temp_directory_path() / ("dwg_saved_" + std::to_string(::getpid()) + "_" + dwgTestName(GetParam()) + ".dxf")).string();
   odDxfWriteFile(db.get(), OdString(out.c_str()));
   const std::string command = "/usr/bin/python3 -c \"import ezdxf,sys; d=ezdxf.readfile(sys.argv[1]); a=d.audit(); "
                               "print(len(a.errors)); [print(e.message) for e in a.errors]\" '" + out + "' 2>&1";
@@ -332,7 +333,7 @@ TEST(DwgDamagedDrawings, ReadOrRefusedNeverAFault) {
   // A version not read is refused as such, through the common file reader.
   std::vector<uint8_t> unknown = original;
   std::memcpy(unknown.data(), "AC1099", 6);
-  const std::string path = (std::filesystem::temp_directory_path() / "dwg_unknown_version.dwg").string();
+  const std::string path = (std::filesystem::temp_directory_path() / ("dwg_unknown_version_" + std::to_string(::getpid()) + ".dwg")).string();
   std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(unknown.data()), static_cast<std::streamsize>(unknown.size()));
   try {
     odDxfReadFile(OdString(path.c_str()));
