@@ -83,13 +83,6 @@ void ryDbCmpDwgFile::wrHandle(const OdDbObjectId& id) { wrInt64(static_cast<OdIn
 
 namespace kestrix::curves {
 
-namespace {
-template <class T>
-const T& at(const void* p) {
-  return *static_cast<const T*>(p);
-}
-}  // namespace
-
 void fileOutClassData(const OdDbObject* object, OdDbDwgFiler* filer) {
   const OdDbClassSchema* schema = object->isA()->schema();
   if (!schema) return;
@@ -99,26 +92,10 @@ void fileOutClassData(const OdDbObject* object, OdDbDwgFiler* filer) {
     if (OdString(sub->marker) == L"AcDbEntity") continue;
     for (const OdDbField& field : sub->fields) {
       if (field.flags & OdDbField::kNoFiler) continue;
-      const void* p = field.ref(object);
-      switch (field.kind) {
-        case OdDbFieldKind::kBool: filer->wrBool(at<bool>(p)); break;
-        case OdDbFieldKind::kInt8: filer->wrInt8(at<OdInt8>(p)); break;
-        case OdDbFieldKind::kInt16: filer->wrInt16(at<OdInt16>(p)); break;
-        case OdDbFieldKind::kInt32: filer->wrInt32(at<OdInt32>(p)); break;
-        case OdDbFieldKind::kInt64: filer->wrInt64(at<OdInt64>(p)); break;
-        case OdDbFieldKind::kDouble: filer->wrDouble(at<double>(p)); break;
-        case OdDbFieldKind::kString: filer->wrString(at<OdString>(p)); break;
-        case OdDbFieldKind::kPoint2d: filer->wrPoint2d(at<OdGePoint2d>(p)); break;
-        case OdDbFieldKind::kPoint3d: filer->wrPoint3d(at<OdGePoint3d>(p)); break;
-        case OdDbFieldKind::kVector3d: filer->wrVector3d(at<OdGeVector3d>(p)); break;
-        // Owned sub-objects are other objects in every copy: left out.
-        case OdDbFieldKind::kHardOwner:
-        case OdDbFieldKind::kSoftOwner: break;
-        case OdDbFieldKind::kHardPointer: filer->wrHardPointerId(at<OdDbObjectId>(p)); break;
-        case OdDbFieldKind::kSoftPointer:
-        case OdDbFieldKind::kNameRef: filer->wrSoftPointerId(at<OdDbObjectId>(p)); break;
-        case OdDbFieldKind::kCustom: field.codec->fileOut(object, filer); break;
-      }
+      // Owned sub-objects are other objects in every copy: left out.
+      if (field.kind == OdDbFieldKind::kHardOwner || field.kind == OdDbFieldKind::kSoftOwner) continue;
+      if (field.kind == OdDbFieldKind::kCustom) field.codec->fileOut(object, filer);
+      else OdDbSchemaIo::fileOutValue(field, field.ref(object), filer);
     }
   }
 }

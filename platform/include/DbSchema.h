@@ -528,6 +528,8 @@ void readFields(OdDbObject* object, const OdDxfTag* begin, const OdDxfTag* end, 
 // Files every field out or in (the object header is filed by OdDbObject).
 void fileOutFields(const OdDbObject* object, OdDbDwgFiler* filer);
 void fileInFields(OdDbObject* object, OdDbDwgFiler* filer);
+// Files one plain value (not a custom codec's) held at `value`.
+void fileOutValue(const OdDbField& field, const void* value, OdDbDwgFiler* filer);
 // The group codes an entity made from a list must be given: the required
 // fields of the class, those inside records included.
 std::vector<int> requiredCodes(const OdDbClassSchema& schema);

@@ -328,7 +328,9 @@ int findField(const CodeIndex& index, int sub, int code, const std::vector<bool>
 }
 
 
-void fileOutValue(const OdDbField& field, const void* p, OdDbDwgFiler* filer) {
+}  // namespace
+
+void OdDbSchemaIo::fileOutValue(const OdDbField& field, const void* p, OdDbDwgFiler* filer) {
   switch (field.kind) {
     case OdDbFieldKind::kBool: filer->wrBool(at<bool>(p)); break;
     case OdDbFieldKind::kInt8: filer->wrInt8(at<OdInt8>(p)); break;
@@ -348,6 +350,8 @@ void fileOutValue(const OdDbField& field, const void* p, OdDbDwgFiler* filer) {
     case OdDbFieldKind::kCustom: break;
   }
 }
+
+namespace {
 
 void fileInValue(const OdDbField& field, void* p, OdDbDwgFiler* filer) {
   switch (field.kind) {
@@ -443,7 +447,7 @@ void fileOutRecord(const std::vector<OdDbField>& fields, const void* record, OdD
     if (field.presence) filer->wrBool(*field.presence(const_cast<void*>(record)));
     const void* p = field.refIn(record);
     if (field.shape == OdDbFieldShape::kValue) {
-      fileOutValue(field, p, filer);
+      OdDbSchemaIo::fileOutValue(field, p, filer);
       continue;
     }
     const size_t count = field.array->size(p);
