@@ -46,27 +46,38 @@ constexpr DimVar kDimVarsR14[] = {
 };
 }  // namespace
 
+// BD height, BD width, 2RD centre, 3BD target, 3BD direction, BD twist, BD
+// lens length, BD front and back clip, 4 bits of view mode (perspective,
+// front clip, back clip, front clip at the eye: DXF's 16 is its opposite),
+// (R2000) RC render mode.
+DwgToDxf::ViewHead DwgToDxf::viewHead(OdDwgBitReader& d) {
+  ViewHead v;
+  v.height = d.readBD();
+  v.width = d.readBD();
+  v.cx = d.readRD();
+  v.cy = d.readRD();
+  point3(d, v.target);
+  point3(d, v.direction);
+  v.twist = d.readBD();
+  v.lens = d.readBD();
+  v.front = d.readBD();
+  v.back = d.readBD();
+  if (d.readBit()) v.mode |= 1;
+  if (d.readBit()) v.mode |= 2;
+  if (d.readBit()) v.mode |= 4;
+  if (!d.readBit()) v.mode |= 16;
+  v.render = m_r2000 ? d.readRC() : 0;
+  return v;
+}
+
 void DwgToDxf::view(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags) {
-  // BD height, BD width, 2RD centre, 3BD target, 3BD direction, BD twist,
-  // BD lens length, BD front and back clip, 4 bits of view mode (as in the
-  // viewport records), (R2000) RC render mode, (R2007) B default lights,
-  // RC lighting type, BD brightness and contrast, CMC ambient colour; B
-  // paper space; (R2000) B UCS kept with the view and, when set, 3BD UCS
-  // origin, X and Y axes, BD elevation, BS orthographic type; (R2007) B
-  // camera plottable. Handles (R2000, with a UCS): base and named UCS.
+  // The view head, then (R2007) B default lights, RC lighting type, BD
+  // brightness and contrast, CMC ambient colour; B paper space; (R2000) B
+  // UCS kept with the view and, when set, 3BD UCS origin, X and Y axes, BD
+  // elevation, BS orthographic type; (R2007) B camera plottable. Handles
+  // (R2000, with a UCS): base and named UCS.
   const bool r2007 = m_file.atLeast(kDwgR2007);
-  const double height = d.readBD(), width = d.readBD();
-  const double cx = d.readRD(), cy = d.readRD();
-  double target[3], direction[3];
-  point3(d, target);
-  point3(d, direction);
-  const double twist = d.readBD(), lens = d.readBD(), front = d.readBD(), back = d.readBD();
-  int mode = 0;
-  if (d.readBit()) mode |= 1;
-  if (d.readBit()) mode |= 2;
-  if (d.readBit()) mode |= 4;
-  if (!d.readBit()) mode |= 16;
-  const int render = m_r2000 ? d.readRC() : 0;
+  const ViewHead v = viewHead(d);
   if (r2007) {
     d.readBit();
     d.readRC();
@@ -95,18 +106,18 @@ void DwgToDxf::view(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, 
   }
   commonRecord(o, L"AcDbViewTableRecord");
   m_w.writeInt(70, flags);
-  m_w.writeDouble(40, height);
-  m_w.writePoint(10, cx, cy, 0);
-  m_w.writeDouble(41, width);
-  m_w.writePoint(11, direction[0], direction[1], direction[2]);
-  m_w.writePoint(12, target[0], target[1], target[2]);
-  m_w.writeDouble(42, lens);
-  m_w.writeDouble(43, front);
-  m_w.writeDouble(44, back);
-  degrees(50, twist);
-  m_w.writeInt(71, mode);
+  m_w.writeDouble(40, v.height);
+  m_w.writePoint(10, v.cx, v.cy, 0);
+  m_w.writeDouble(41, v.width);
+  m_w.writePoint(11, v.direction[0], v.direction[1], v.direction[2]);
+  m_w.writePoint(12, v.target[0], v.target[1], v.target[2]);
+  m_w.writeDouble(42, v.lens);
+  m_w.writeDouble(43, v.front);
+  m_w.writeDouble(44, v.back);
+  degrees(50, v.twist);
+  m_w.writeInt(71, v.mode);
   if (!m_r2000) return;
-  m_w.writeInt(281, render);
+  m_w.writeInt(281, v.render);
   m_w.writeInt(72, withUcs ? 1 : 0);
   if (!withUcs) return;
   m_w.writePoint(110, origin[0], origin[1], origin[2]);
@@ -119,26 +130,13 @@ void DwgToDxf::view(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, 
 }
 
 void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags) {
-  // BD view height, BD view width, 2RD centre, 3BD target, 3BD direction,
-  // BD twist, BD lens length, BD front and back clip, 4 bits of view mode
-  // (perspective, front clip, back clip, front clip at the eye: DXF's 16
-  // is its opposite), (R2000) RC render mode, 2RD lower left and upper
-  // right, B UCS follow, BS circle zoom, B fast zoom, 2 bits UCS icon, B
-  // grid, 2RD grid spacing, B snap, B snap style, BS isometric plane, BD
-  // snap rotation, 2RD snap base and spacing; (R2000) B, B UCS per
-  // viewport, 3BD UCS origin, x and y axes, BD elevation, BS orthographic type.
-  const double height = d.readBD(), width = d.readBD();
-  const double cx = d.readRD(), cy = d.readRD();
-  double target[3], direction[3];
-  point3(d, target);
-  point3(d, direction);
-  const double twist = d.readBD(), lens = d.readBD(), front = d.readBD(), back = d.readBD();
-  int mode = 0;
-  if (d.readBit()) mode |= 1;
-  if (d.readBit()) mode |= 2;
-  if (d.readBit()) mode |= 4;
-  if (!d.readBit()) mode |= 16;
-  const int render = m_r2000 ? d.readRC() : 0;
+  // The view head, then 2RD lower left and upper right, B UCS follow, BS
+  // circle zoom, B fast zoom, 2 bits UCS icon, B grid, 2RD grid spacing, B
+  // snap, B snap style, BS isometric plane, BD snap rotation, 2RD snap base
+  // and spacing; (R2000) B, B UCS per viewport, 3BD UCS origin, x and y
+  // axes, BD elevation, BS orthographic type.
+  const ViewHead v = viewHead(d);
+  int mode = v.mode;
   const double llx = d.readRD(), lly = d.readRD(), urx = d.readRD(), ury = d.readRD();
   if (d.readBit()) mode |= 8;  // UCS follow
   const int circleZoom = d.readBS();
@@ -166,19 +164,19 @@ void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags
   m_w.writeInt(70, flags);
   m_w.writePoint(10, llx, lly);
   m_w.writePoint(11, urx, ury);
-  m_w.writePoint(12, cx, cy);
+  m_w.writePoint(12, v.cx, v.cy);
   m_w.writePoint(13, sbx, sby);
   m_w.writePoint(14, ssx, ssy);
   m_w.writePoint(15, gx, gy);
-  m_w.writePoint(16, direction[0], direction[1], direction[2]);
-  m_w.writePoint(17, target[0], target[1], target[2]);
-  m_w.writeDouble(40, height);
-  m_w.writeDouble(41, height != 0 ? width / height : 0);
-  m_w.writeDouble(42, lens);
-  m_w.writeDouble(43, front);
-  m_w.writeDouble(44, back);
+  m_w.writePoint(16, v.direction[0], v.direction[1], v.direction[2]);
+  m_w.writePoint(17, v.target[0], v.target[1], v.target[2]);
+  m_w.writeDouble(40, v.height);
+  m_w.writeDouble(41, v.height != 0 ? v.width / v.height : 0);
+  m_w.writeDouble(42, v.lens);
+  m_w.writeDouble(43, v.front);
+  m_w.writeDouble(44, v.back);
   degrees(50, snapRotation);
-  degrees(51, twist);
+  degrees(51, v.twist);
   m_w.writeInt(71, mode);
   m_w.writeInt(72, circleZoom);
   m_w.writeInt(73, fastZoom);
@@ -188,7 +186,7 @@ void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags
   m_w.writeInt(77, snapStyle);
   m_w.writeInt(78, isoPair);
   if (m_r2000) {
-    m_w.writeInt(281, render);
+    m_w.writeInt(281, v.render);
     m_w.writeInt(65, perViewport);
     m_w.writePoint(110, origin[0], origin[1], origin[2]);
     m_w.writePoint(111, xAxis[0], xAxis[1], xAxis[2]);

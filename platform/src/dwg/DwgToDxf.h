@@ -132,6 +132,15 @@ class DwgToDxf {
   void point3(OdDwgBitReader& d, double xyz[3]) { for (int i = 0; i < 3; ++i) xyz[i] = d.readBD(); }
   void record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void dimStyle(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags);
+  // What view records and viewport records begin with: the view's size,
+  // centre, target, direction, twist, lens, clips, mode bits and render mode.
+  struct ViewHead {
+    double height = 0, width = 0, cx = 0, cy = 0;
+    double target[3] = {0, 0, 0}, direction[3] = {0, 0, 1};
+    double twist = 0, lens = 0, front = 0, back = 0;
+    int mode = 0, render = 0;
+  };
+  ViewHead viewHead(OdDwgBitReader& d);
   void viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags);
   void view(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags);
   // DwgCurves.cpp
