@@ -500,10 +500,7 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
     notRead(o);
     return false;
   }
-  OdDwgBitReader d = m_file.objectReader(o), h = m_file.objectReader(o);
-  try {
-    d.seekBit(o.dataBit);
-    h.seekBit(o.handleBit);
+  return decodeObject(o, [&](OdDwgBitReader& d, OdDwgBitReader& h) {
     if (!proxy && (type == 0x25 || type == 0x26 || type == 0x27) && !modelerDataIsText(d)) {
       notRead(o);
       return false;
@@ -543,14 +540,8 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
       case 0x1000: image(d, h, o, L"AcDbRasterImage"); break;
       case 0x1001: image(d, h, o, L"AcDbWipeout"); break;
     }
-    xdata(o);
-  } catch (const OdDwgDecodeError& e) {
-    m_w.release();
-    failed(o, e);
-    return false;
-  }
-  flush();
-  return true;
+    return true;
+  });
 }
 
 

@@ -454,10 +454,7 @@ void DwgToDxf::xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& 
 }
 
 bool DwgToDxf::object(const OdDwgObject& o) {
-  OdDwgBitReader d = m_file.objectReader(o), h = m_file.objectReader(o);
-  try {
-    d.seekBit(o.dataBit);
-    h.seekBit(o.handleBit);
+  return decodeObject(o, [&](OdDwgBitReader& d, OdDwgBitReader& h) {
     if (o.dxfName == L"ACDBPLACEHOLDER") {
       m_w.writeString(0, L"ACDBPLACEHOLDER");
       header(o, o.owner);
@@ -475,7 +472,8 @@ bool DwgToDxf::object(const OdDwgObject& o) {
       m_w.writeString(0, L"ACAD_PROXY_OBJECT");
       header(o, o.owner);
       proxyData(o);
-    } else {      // Item count, (R14) a byte, (R2000) cloning and hard-owner flags, the names; then one handle per item.
+    } else {
+      // Item count, (R14) a byte, (R2000) cloning and hard-owner flags, the names; then one handle per item.
       const int32_t items = d.readBL();
       if (items < 0 || static_cast<size_t>(items) > o.size) throw OdDwgDecodeError("implausible item count", d.bitPosition());
       int cloning = 1;
@@ -498,14 +496,8 @@ bool DwgToDxf::object(const OdDwgObject& o) {
         m_w.writeHandle(item.code == 2 ? 360 : 350, item.value);
       }
     }
-    xdata(o);
-  } catch (const OdDwgDecodeError& e) {
-    m_w.release();
-    failed(o, e);
-    return false;
-  }
-  flush();
-  return true;
+    return true;
+  });
 }
 
 

@@ -135,22 +135,15 @@ OdDxfTagStream DwgToDxf::convert() {
         m_report.repairs.push_back(OdString().format(L"%ls record %ls is not listed in its table; left out", kind.name(), hexOf(o.handle).c_str()));
         continue;
       }
-      OdDwgBitReader d = m_file.objectReader(o), h = m_file.objectReader(o);
-      try {
-        if (o.type != 0x31 && o.type != 0x33 && o.type != 0x35 && o.type != 0x39 && o.type != 0x43 && o.type != 0x45 && o.type != 0x41 && o.type != 0x3D) {
-          notRead(o);
-          continue;
-        }
-        d.seekBit(o.dataBit);
-        h.seekBit(o.handleBit);
+      if (o.type != 0x31 && o.type != 0x33 && o.type != 0x35 && o.type != 0x39 && o.type != 0x43 && o.type != 0x45 && o.type != 0x41 && o.type != 0x3D) {
+        notRead(o);
+        continue;
+      }
+      decodeObject(o, [&](OdDwgBitReader& d, OdDwgBitReader& h) {
         m_w.writeString(0, kind.name());
         record(o, d, h);
-        xdata(o);
-        flush();
-      } catch (const OdDwgDecodeError& e) {
-        m_w.release();
-        failed(o, e);
-      }
+        return true;
+      });
     }
     m_w.writeString(0, L"ENDTAB");
   }

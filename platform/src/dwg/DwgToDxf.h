@@ -83,6 +83,28 @@ class DwgToDxf {
                                                  section.c_str(), static_cast<unsigned long long>(o.offset), hexOf(o.handle).c_str(),
                                                  o.dxfName.c_str(), OdString(e.what()).c_str(), e.bit));
   }
+  // Decodes one object with `body`, given readers at its own data and at its
+  // remaining handles; its groups and extended data join the output only
+  // when all were read. False when the body declined or decoding failed.
+  template <class Body>
+  bool decodeObject(const OdDwgObject& o, Body&& body) {
+    OdDwgBitReader d = m_file.objectReader(o), h = m_file.objectReader(o);
+    try {
+      d.seekBit(o.dataBit);
+      h.seekBit(o.handleBit);
+      if (!body(d, h)) {
+        m_w.release();
+        return false;
+      }
+      xdata(o);
+    } catch (const OdDwgDecodeError& e) {
+      m_w.release();
+      failed(o, e);
+      return false;
+    }
+    flush();
+    return true;
+  }
   // Writes one object; false when its type is not read yet or decoding failed.
   bool emit(const OdDwgObject& o);
   void commonEntity(const OdDwgObject& o, uint64_t owner);
