@@ -13,24 +13,15 @@
 #include "DbBlockTableRecord.h"
 #include "DbDatabase.h"
 #include "DbObject.h"
-#include "DbSchema.h"
 #include "DbProxy.h"
+#include "DbSchema.h"
 #include "DbSymbolTable.h"
+#include "DbTagSupport.h"
 #include "DwgRead.h"
 #include "DxfFile.h"
 #include "dwg_files.h"
 
 namespace {
-
-class Context : public OdDbTagContext {
- public:
-  explicit Context(OdDbDatabase* db) : m_db(db) {}
-  OdDbDatabase* database() const override { return m_db; }
-  OdDbObjectId idFromHandle(OdUInt64 handle) override { return m_db->getOdDbObjectId(OdDbHandle(handle), false); }
-
- private:
-  OdDbDatabase* m_db;
-};
 
 // The classes that the DWG reader decodes so far.
 bool decodedClass(const OdString& dxfName) {
@@ -46,7 +37,7 @@ bool decodedClass(const OdString& dxfName) {
 // Field values as groups; numbers compared to the precision DXF text keeps.
 std::string firstDifference(OdDbObject* a, OdDbObject* b) {
   OdDxfTagList ta, tb;
-  Context ca(a->database()), cb(b->database());
+  OdDbDatabaseTagContext ca(a->database()), cb(b->database());
   OdDbSchemaIo::writeFields(a, ta, ca, true);
   OdDbSchemaIo::writeFields(b, tb, cb, true);
   // Some twins give the dimension text colour where it is the default (0), others not.

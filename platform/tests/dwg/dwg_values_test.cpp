@@ -8,24 +8,15 @@
 #include "DbDatabase.h"
 #include "DbObject.h"
 #include "DbSchema.h"
+#include "DbTagSupport.h"
 #include "DxfFile.h"
 #include "dwg_files.h"
 
 namespace {
 
-class Context : public OdDbTagContext {
- public:
-  explicit Context(OdDbDatabase* db) : m_db(db) {}
-  OdDbDatabase* database() const override { return m_db; }
-  OdDbObjectId idFromHandle(OdUInt64 handle) override { return m_db->getOdDbObjectId(OdDbHandle(handle), false); }
-
- private:
-  OdDbDatabase* m_db;
-};
-
 OdDxfTagList groupsOf(OdDbObject* object) {
   OdDxfTagList tags;
-  Context context(object->database());
+  OdDbDatabaseTagContext context(object->database());
   OdDbSchemaIo::writeFields(object, tags, context, true);
   return tags;
 }
