@@ -474,31 +474,54 @@ void DwgToDxf::hatch(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h)
   }
 }
 
-bool DwgToDxf::modelerDataIsText(OdDwgBitReader d) {
-  // The modeler data of format 2 (R2007 on) is the modeler's binary form,
-  // which DXF holds as text: it is not converted, the entity is not read.
-  if (d.readBit()) return true;  // empty
-  d.readBit();
-  return d.readBS() == 1;
+const OdModelerText* DwgToDxf::modelerBinary(const OdDwgObject& o) const {
+  if (!o.decoded || o.type < 0x25 || o.type > 0x27) return nullptr;
+  auto known = m_modelerBinary.find(o.handle);
+  if (known != m_modelerBinary.end()) return known->second.get();
+  std::unique_ptr<OdModelerText>& converted = m_modelerBinary[o.handle];
+  // B empty; B; BS format version; (version 2) the binary form, which
+  // gives no size: it ends with its end record.
+  OdDwgBitReader d = m_file.objectReader(o);
+  try {
+    d.seekBit(o.dataBit);
+    if (d.readBit()) return nullptr;
+    d.readBit();
+    if (d.readBS() != 2) return nullptr;
+    std::vector<uint8_t> bytes;
+    bytes.reserve(o.size);
+    while (d.bitSize() - d.bitPosition() >= 8) bytes.push_back(d.readRC());
+    converted = std::make_unique<OdModelerText>(odModelerBinaryToText(bytes.data(), bytes.size()));
+  } catch (const OdDwgDecodeError&) {
+    return nullptr;  // the entity's decoder reports it
+  }
+  return converted.get();
 }
 
-void DwgToDxf::modelerGeometry(const OdDwgObject& o, OdDwgBitReader& d) {
+void DwgToDxf::modelerGeometry(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
   // B empty; B; BS format version; (version 1) blocks of BL size and that
   // many bytes, until a size of 0: the modeler's text, each character
-  // above the space coded as 159 minus it, as DXF keeps it too. What
-  // follows (wires and silhouettes for display) is not needed.
+  // above the space coded as 159 minus it, as DXF keeps it too; (version 2)
+  // the binary form, converted to that text. What follows (wires and
+  // silhouettes for display) is not needed.
   const bool empty = d.readBit();
   int version = 1;
   std::string text;
   if (!empty) {
     d.readBit();
     version = d.readBS();
-    if (version != 1) throw OdDwgDecodeError("modeler data of format " + std::to_string(version) + " not read yet", d.bitPosition());
-    for (;;) {
-      const int32_t size = d.readBL();
-      if (size == 0) break;
-      if (size < 0 || static_cast<size_t>(size) > o.size) throw OdDwgDecodeError("implausible modeler data block", d.bitPosition());
-      for (int32_t i = 0; i < size; ++i) text += static_cast<char>(d.readRC());
+    const OdModelerText* binary = version == 2 ? modelerBinary(o) : nullptr;
+    if (binary && binary->ok) {
+      text = odModelerTextEncoded(binary->text);
+      version = 1;
+    } else if (version != 1) {
+      throw OdDwgDecodeError("modeler data of format " + std::to_string(version) + " not read", d.bitPosition());
+    } else {
+      for (;;) {
+        const int32_t size = d.readBL();
+        if (size == 0) break;
+        if (size < 0 || static_cast<size_t>(size) > o.size) throw OdDwgDecodeError("implausible modeler data block", d.bitPosition());
+        for (int32_t i = 0; i < size; ++i) text += static_cast<char>(d.readRC());
+      }
     }
   }
   m_w.writeString(100, L"AcDbModelerGeometry");
@@ -519,7 +542,14 @@ void DwgToDxf::modelerGeometry(const OdDwgObject& o, OdDwgBitReader& d) {
     } while (piece < line.size());
     at = end + 1;
   }
-  if (o.type == 0x26) m_w.writeString(100, L"AcDb3dSolid");
+  if (o.type == 0x26) {
+    m_w.writeString(100, L"AcDb3dSolid");
+    // R2007 on, the solid's last handle names the object that records how it was built.
+    if (m_file.atLeast(kDwgR2007)) {
+      const uint64_t history = h.readH(o.handle).value;
+      if (history && isWrittenAny(history)) m_w.writeHandle(350, history);
+    }
+  }
 }
 
 }  // namespace oddwg

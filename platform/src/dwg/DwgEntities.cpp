@@ -495,16 +495,13 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
                       : o.type >= 500 && o.dxfName == L"WIPEOUT" ? 0x1001
                                                                  : o.type;
   auto known = kEntities.find(type);
-  const bool proxy = known == kEntities.end() && isProxy(o);
+  // Modeler data in the binary form that could not be converted is kept whole, as a proxy.
+  const bool proxy = (known == kEntities.end() && isProxy(o)) || modelerKeptAsProxy(o);
   if (known == kEntities.end() && !proxy) {
     notRead(o);
     return false;
   }
   return decodeObject(o, [&](OdDwgBitReader& d, OdDwgBitReader& h) {
-    if (!proxy && (type == 0x25 || type == 0x26 || type == 0x27) && !modelerDataIsText(d)) {
-      notRead(o);
-      return false;
-    }
     m_w.writeString(0, proxy ? L"ACAD_PROXY_ENTITY" : known->second);
     const uint64_t owner = o.entMode == 2 ? m_modelSpace : o.entMode == 1 ? m_paperSpace : o.owner;
     commonEntity(o, owner);
@@ -534,7 +531,7 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
       case 0x14: case 0x15: case 0x16: case 0x17: case 0x18: case 0x19: case 0x1A: dimension(o, d, h); break;
       case 0x24: spline(o, d); break;
       case 0x2F: mline(o, d, h); break;
-      case 0x25: case 0x26: case 0x27: modelerGeometry(o, d); break;
+      case 0x25: case 0x26: case 0x27: modelerGeometry(o, d, h); break;
       case 0x4E: hatch(o, d, h); break;
       case 0x2D: leader(o, d, h); break;
       case 0x1000: image(d, h, o, L"AcDbRasterImage"); break;

@@ -364,7 +364,7 @@ void DwgToDxf::classes() {
   for (const OdDwgClass& c : m_file.classes()) record(c.dxfName, c.cppName, c.appName, c.proxyFlags, c.wasZombie, c.isEntity);
   int next = 500 + static_cast<int>(m_file.classes().size());
   for (const OdDwgObject& o : m_file.objects()) {
-    if (o.type >= 500 || m_proxyClasses.count(o.type) || !isProxy(o)) continue;
+    if (o.type >= 500 || m_proxyClasses.count(o.type) || !(isProxy(o) || modelerKeptAsProxy(o))) continue;
     m_proxyClasses[o.type] = next++;
     record(o.dxfName, o.dxfName, OdString(), 0, false, o.entity);
   }

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,7 @@
 #include "DxfNames.h"
 #include "OdCodePage.h"
 #include "dwg/DwgFile.h"
+#include "dwg/DwgModelerBinary.h"
 #include "dxf/DxfTagStream.h"
 #include "dxf/DxfStructure.h"
 
@@ -168,9 +170,17 @@ class DwgToDxf {
   // DwgCurves.cpp
   void spline(const OdDwgObject& o, OdDwgBitReader& d);
   void mline(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
-  void modelerGeometry(const OdDwgObject& o, OdDwgBitReader& d);
-  // False when the modeler data is in its binary form (format 2), which is not read.
-  static bool modelerDataIsText(OdDwgBitReader d);
+  void modelerGeometry(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+  // The modeler data of a region, body or solid that holds it in the
+  // binary form (format 2, R2007 on) converted to the text form, once per
+  // object; null when the object holds the text form or no data. A failed
+  // conversion keeps the entity as a proxy.
+  const OdModelerText* modelerBinary(const OdDwgObject& o) const;
+  bool modelerKeptAsProxy(const OdDwgObject& o) const {
+    const OdModelerText* t = modelerBinary(o);
+    return t && !t->ok;
+  }
+  mutable std::map<uint64_t, std::unique_ptr<OdModelerText>> m_modelerBinary;
   void hatch(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   // DwgDimensions.cpp
   void dimension(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);

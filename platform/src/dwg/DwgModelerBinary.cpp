@@ -1,0 +1,246 @@
+#include "dwg/DwgModelerBinary.h"
+
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <vector>
+
+namespace oddwg {
+namespace {
+
+// The words of a record's true/false values, in the order they come. A
+// bound pair ("I" infinite / "F" finite) is followed, when finite, by its
+// value, which is a token of its own.
+struct Flag {
+  const char* no;
+  const char* yes;
+};
+constexpr Flag kSense{"forward", "reversed"}, kBound{"I", "F"}, kSenseV{"forward_v", "reverse_v"};
+
+const std::map<std::string, std::vector<Flag>>& flagWords() {
+  static const std::map<std::string, std::vector<Flag>> kWords = {
+      {"face", {kSense, {"single", "double"}, {"out", "in"}}},
+      {"coedge", {kSense}},
+      {"edge", {kSense}},
+      {"straight-curve", {kBound, kBound}},
+      {"ellipse-curve", {kBound, kBound}},
+      {"plane-surface", {kSenseV, kBound, kBound, kBound, kBound}},
+      {"sphere-surface", {kSenseV, kBound, kBound, kBound, kBound}},
+      {"torus-surface", {kSenseV, kBound, kBound, kBound, kBound}},
+      // The base ellipse's bounds, then the surface's sense and bounds.
+      {"cone-surface", {kBound, kBound, kSense, kBound, kBound, kBound, kBound}},
+      {"transform", {{"no_rotate", "rotate"}, {"no_reflect", "reflect"}, {"no_shear", "shear"}}},
+  };
+  return kWords;
+}
+
+// A double as the text form writes it: 19 significant digits, no trailing zeros.
+void appendDouble(std::string& out, double value) {
+  char text[40];
+  std::snprintf(text, sizeof text, "%.19g", value);
+  out += text;
+}
+
+class Reader {
+ public:
+  Reader(const uint8_t* data, size_t size) : m_data(data), m_size(size) {}
+  size_t at() const { return m_at; }
+  bool atEnd() const { return m_at >= m_size; }
+  bool ok() const { return m_error.empty(); }
+  const std::string& error() const { return m_error; }
+  void fail(const std::string& why) {
+    if (m_error.empty()) m_error = why + " at byte " + std::to_string(m_at);
+  }
+  uint8_t byte() { return need(1) ? m_data[m_at++] : 0; }
+  uint32_t u32() {
+    if (!need(4)) return 0;
+    uint32_t v = 0;
+    for (int i = 0; i < 4; ++i) v |= static_cast<uint32_t>(m_data[m_at + i]) << (8 * i);
+    m_at += 4;
+    return v;
+  }
+  int32_t i32() { return static_cast<int32_t>(u32()); }
+  double f64() {
+    if (!need(8)) return 0;
+    uint64_t v = 0;
+    for (int i = 0; i < 8; ++i) v |= static_cast<uint64_t>(m_data[m_at + i]) << (8 * i);
+    m_at += 8;
+    double d;
+    std::memcpy(&d, &v, sizeof d);
+    return d;
+  }
+  std::string chars(size_t n) {
+    if (!need(n)) return {};
+    std::string s(reinterpret_cast<const char*>(m_data + m_at), n);
+    m_at += n;
+    return s;
+  }
+
+ private:
+  bool need(size_t n) {
+    if (n <= m_size - m_at) return true;
+    fail("binary modeler data ends early");
+    m_at = m_size;
+    return false;
+  }
+  const uint8_t* m_data;
+  size_t m_size;
+  size_t m_at = 0;
+  std::string m_error;
+};
+
+enum Tag : uint8_t {
+  kChar = 2, kShort = 3, kLong = 4, kFloat = 5, kDouble = 6, kString1 = 7, kString2 = 8, kString4 = 9,
+  kTrue = 10, kFalse = 11, kPointer = 12, kName = 13, kNamePart = 14, kOpen = 15, kClose = 16,
+  kEnd = 17, kLiteral = 18, kPosition = 19, kVector = 20, kEnum = 21,
+};
+
+// One record: its name (parts joined by '-') and its tokens, written as one line.
+class RecordWriter {
+ public:
+  explicit RecordWriter(Reader& in) : m_in(in) {}
+
+  // Reads the record's name; false (without failing) at the end of the data.
+  bool name(std::string& name) {
+    name.clear();
+    for (;;) {
+      if (m_in.atEnd()) {
+        m_in.fail("binary modeler data without its end record");
+        return false;
+      }
+      const uint8_t tag = m_in.byte();
+      if (tag != kName && tag != kNamePart) {
+        m_in.fail("record without a name (tag " + std::to_string(tag) + ")");
+        return false;
+      }
+      name += m_in.chars(m_in.byte());
+      if (tag == kName) return m_in.ok();
+      name += '-';
+    }
+  }
+
+  // Reads the tokens up to the record's end and appends its line to `out`.
+  void body(const std::string& name, std::string& out) {
+    auto words = flagWords().find(name);
+    const std::vector<Flag>* flags = words == flagWords().end() ? nullptr : &words->second;
+    size_t flag = 0;
+    std::string line = name, part;
+    auto word = [&](const std::string& w) {
+      line += ' ';
+      line += w;
+    };
+    auto number = [&](double v) {
+      line += ' ';
+      appendDouble(line, v);
+    };
+    while (m_in.ok()) {
+      const uint8_t tag = m_in.byte();
+      switch (tag) {
+        case kChar: word(std::to_string(static_cast<int8_t>(m_in.byte()))); break;
+        case kShort: {
+          const int lo = m_in.byte(), hi = m_in.byte();
+          word(std::to_string(static_cast<int16_t>(lo | hi << 8)));
+          break;
+        }
+        case kLong: word(std::to_string(m_in.i32())); break;
+        case kFloat: {
+          const uint32_t bits = m_in.u32();
+          float f;
+          std::memcpy(&f, &bits, sizeof f);
+          number(f);
+          break;
+        }
+        case kDouble: number(m_in.f64()); break;
+        case kString1: case kString2: case kString4: case kLiteral: {
+          const size_t n = tag == kString2 ? (m_in.byte() | m_in.byte() << 8) : tag == kString4 ? m_in.u32() : m_in.byte();
+          word("@" + std::to_string(n) + " " + m_in.chars(n));
+          break;
+        }
+        case kTrue: case kFalse:
+          if (!flags || flag >= flags->size()) {
+            m_in.fail("true/false value " + std::to_string(flag + 1) + " of a " + name + " record has no known words");
+            break;
+          }
+          word(tag == kTrue ? (*flags)[flag].yes : (*flags)[flag].no);
+          ++flag;
+          break;
+        case kPointer: word("$" + std::to_string(m_in.i32())); break;
+        case kNamePart: part += m_in.chars(m_in.byte()) + "-"; break;
+        case kName:
+          word(part + m_in.chars(m_in.byte()));
+          part.clear();
+          break;
+        case kOpen: word("{"); break;
+        case kClose: word("}"); break;
+        case kPosition: case kVector:
+          for (int i = 0; i < 3; ++i) number(m_in.f64());
+          break;
+        case kEnum: m_in.fail("enumeration in a " + name + " record"); break;
+        case kEnd:
+          out += line;
+          out += " #\n";
+          return;
+        default: m_in.fail("unknown tag " + std::to_string(tag) + " in a " + name + " record"); break;
+      }
+    }
+  }
+
+ private:
+  Reader& m_in;
+};
+
+}  // namespace
+
+OdModelerText odModelerBinaryToText(const uint8_t* data, size_t size) {
+  OdModelerText result;
+  Reader in(data, size);
+  static const char kMagic[] = "ACIS BinaryFile";
+  if (in.chars(sizeof kMagic - 1) != kMagic) {
+    result.error = "binary modeler data without its signature";
+    return result;
+  }
+  const int32_t version = in.i32();
+  in.i32();  // the record count: the text gives the count of records written
+  const int32_t bodies = in.i32(), flags = in.i32();
+  // Product, modeler version and date, each with its length; then the
+  // size of a unit in millimetres and the two tolerances.
+  std::string product;
+  for (int i = 0; i < 3 && in.ok(); ++i) {
+    const uint8_t tag = in.byte();
+    if (tag != kString1) in.fail("header string expected");
+    const std::string s = in.chars(in.byte());
+    product += (i ? " " : "") + std::to_string(s.size()) + " " + s;
+  }
+  std::string reals;
+  for (int i = 0; i < 3 && in.ok(); ++i) {
+    if (in.byte() != kDouble) in.fail("header real expected");
+    if (i) reals += ' ';
+    appendDouble(reals, in.f64());
+  }
+  std::string lines, name;
+  RecordWriter records(in);
+  while (in.ok() && records.name(name)) {
+    if (name.rfind("End-of-", 0) == 0) break;
+    records.body(name, lines);
+    ++result.records;
+  }
+  if (!in.ok()) {
+    result.error = in.error();
+    return result;
+  }
+  result.text = std::to_string(version) + " " + std::to_string(result.records) + " " + std::to_string(bodies) + " " +
+                std::to_string(flags) + "\n" + product + "\n" + reals + "\n" + lines;
+  result.used = in.at();
+  result.ok = true;
+  return result;
+}
+
+std::string odModelerTextEncoded(const std::string& text) {
+  std::string coded = text;
+  for (char& c : coded) {
+    if (c > ' ' && c <= '~') c = static_cast<char>(159 - c);
+  }
+  return coded;
+}
+
+}  // namespace oddwg
