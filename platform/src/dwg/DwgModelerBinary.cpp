@@ -209,7 +209,7 @@ OdModelerText odModelerBinaryToText(const uint8_t* data, size_t size) {
     const uint8_t tag = in.byte();
     if (tag != kString1) in.fail("header string expected");
     const std::string s = in.chars(in.byte());
-    product += (i ? " " : "") + std::to_string(s.size()) + " " + s;
+    product += (i ? " " : "") + std::to_string(s.size()) + (s.empty() ? "" : " " + s);
   }
   std::string reals;
   for (int i = 0; i < 3 && in.ok(); ++i) {
