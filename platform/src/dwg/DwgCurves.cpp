@@ -534,7 +534,17 @@ void DwgToDxf::modelerGeometry(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBit
     // Spaces that pad a line (the first one's) are not part of the data.
     size_t last = end;
     while (last > at && text[last - 1] == ' ') --last;
-    const std::wstring line = odDecodeCodePage(text.substr(at, last - at), m_cp);
+    // The lines are kept as a DXF file holds them, where a caret is written
+    // "^ " and a control character as a caret and a letter (the coded text
+    // of "A" is "^").
+    std::string raw;
+    for (size_t i = at; i < last; ++i) {
+      const unsigned char c = static_cast<unsigned char>(text[i]);
+      if (c == '^') raw += "^ ";
+      else if (c < ' ') raw += {'^', static_cast<char>(c + '@')};
+      else raw += static_cast<char>(c);
+    }
+    const std::wstring line = odDecodeCodePage(raw, m_cp);
     size_t piece = 0;
     do {
       m_w.writeString(piece == 0 ? 1 : 3, std::wstring_view(line).substr(piece, 255));
