@@ -52,21 +52,12 @@ class Reader {
     if (m_error.empty()) m_error = why + " at byte " + std::to_string(m_at);
   }
   uint8_t byte() { return need(1) ? m_data[m_at++] : 0; }
-  uint32_t u32() {
-    if (!need(4)) return 0;
-    uint32_t v = 0;
-    for (int i = 0; i < 4; ++i) v |= static_cast<uint32_t>(m_data[m_at + i]) << (8 * i);
-    m_at += 4;
-    return v;
-  }
+  uint32_t u32() { return little<uint32_t>(); }
   int32_t i32() { return static_cast<int32_t>(u32()); }
   double f64() {
-    if (!need(8)) return 0;
-    uint64_t v = 0;
-    for (int i = 0; i < 8; ++i) v |= static_cast<uint64_t>(m_data[m_at + i]) << (8 * i);
-    m_at += 8;
+    const uint64_t bits = little<uint64_t>();
     double d;
-    std::memcpy(&d, &v, sizeof d);
+    std::memcpy(&d, &bits, sizeof d);
     return d;
   }
   std::string chars(size_t n) {
@@ -77,6 +68,15 @@ class Reader {
   }
 
  private:
+  // An unsigned integer of the value's size, least significant byte first.
+  template <typename T>
+  T little() {
+    if (!need(sizeof(T))) return 0;
+    T v = 0;
+    for (size_t i = 0; i < sizeof(T); ++i) v |= static_cast<T>(m_data[m_at + i]) << (8 * i);
+    m_at += sizeof(T);
+    return v;
+  }
   bool need(size_t n) {
     if (n <= m_size - m_at) return true;
     fail("binary modeler data ends early");
