@@ -526,8 +526,8 @@ void OdDwgFile::readObject(OdDwgObject& o) {
     bool fullStyle = false, faceStyle = false, edgeStyle = false;
     if (o.entity) {
       if (r.readBit()) {
-        uint64_t picture = r.readRL();
-        if (atLeast(kDwgR2010)) picture |= static_cast<uint64_t>(r.readRL()) << 32;
+        // The size of the graphics in bytes: RL, from R2010 on a BLL.
+        const uint64_t picture = atLeast(kDwgR2010) ? r.readBLL() : r.readRL();
         if (picture > o.size) throw OdDwgDecodeError("implausible picture size", r.bitPosition());
         r.skipBytes(static_cast<size_t>(picture));
       }
