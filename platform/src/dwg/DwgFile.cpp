@@ -529,6 +529,8 @@ void OdDwgFile::readObject(OdDwgObject& o) {
         // The size of the graphics in bytes: RL, from R2010 on a BLL.
         const uint64_t picture = atLeast(kDwgR2010) ? r.readBLL() : r.readRL();
         if (picture > o.size) throw OdDwgDecodeError("implausible picture size", r.bitPosition());
+        o.pictureBit = r.bitPosition();
+        o.pictureSize = static_cast<size_t>(picture);
         r.skipBytes(static_cast<size_t>(picture));
       }
       if (!r2000) handleBit = r.readRL();

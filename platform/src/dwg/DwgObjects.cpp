@@ -39,6 +39,19 @@ void DwgToDxf::commonEntity(const OdDwgObject& o, uint64_t owner) {
   if (o.invisible) m_w.writeInt(60, o.invisible);
   if (o.material) m_w.writeHandle(347, o.material);
   if (o.transparency) m_w.writeInt(440, static_cast<int32_t>(o.transparency));
+  // The entity's graphics as stored: the size (DXF 92, from R2010 on 160)
+  // and the bytes, which need not start on a byte of the data.
+  if (o.pictureSize) {
+    m_w.writeInt(m_file.atLeast(kDwgR2010) ? 160 : 92, static_cast<OdInt64>(o.pictureSize));
+    OdDwgBitReader r = m_file.objectReader(o);
+    r.seekBit(o.pictureBit);
+    uint8_t chunk[127];
+    for (size_t at = 0; at < o.pictureSize; at += sizeof chunk) {
+      const size_t n = std::min(sizeof chunk, o.pictureSize - at);
+      for (size_t i = 0; i < n; ++i) chunk[i] = r.readRC();
+      m_w.writeBinary(310, chunk, n);
+    }
+  }
 }
 
 void DwgToDxf::commonRecord(const OdDwgObject& o, const wchar_t* subclass) {

@@ -27,7 +27,7 @@ namespace {
 bool decodedClass(const OdString& dxfName) {
   static const wchar_t* const kNames[] = {L"LINE",  L"CIRCLE", L"ARC",   L"POINT", L"TEXT",  L"ATTRIB",       L"ATTDEF",
                                           L"INSERT", L"LWPOLYLINE", L"LAYER", L"LTYPE", L"STYLE", L"APPID", L"BLOCK_RECORD",
-                                          L"3DFACE", L"SOLID", L"TRACE", L"ELLIPSE", L"RAY", L"XLINE", L"MTEXT", L"POLYLINE", L"VERTEX", L"XRECORD", L"DIMENSION", L"DIMSTYLE", L"SPLINE", L"MLINE", L"3DSOLID", L"REGION", L"BODY", L"MLINESTYLE", L"HATCH", L"GROUP", L"LEADER", L"VPORT"};
+                                          L"3DFACE", L"SOLID", L"TRACE", L"ELLIPSE", L"RAY", L"XLINE", L"MTEXT", L"POLYLINE", L"VERTEX", L"XRECORD", L"DIMENSION", L"DIMSTYLE", L"SPLINE", L"MLINE", L"3DSOLID", L"REGION", L"BODY", L"MLINESTYLE", L"HATCH", L"GROUP", L"LEADER", L"VPORT", L"IMAGE", L"WIPEOUT"};
   for (const wchar_t* name : kNames) {
     if (dxfName == name) return true;
   }
@@ -161,7 +161,12 @@ std::string firstDifference(OdDbObject* a, OdDbObject* b) {
     auto near = [tolerance](double p, double q) { return std::fabs(p - q) <= tolerance * std::max(1.0, std::fabs(p) + std::fabs(q)); };
     // The R14 twin shortens long application names.
     const bool shortened = y.s.getLength() == 26 && x.s.left(26) == y.s && a->dxfName() == L"APPID";
-    if (!near(x.x, y.x) || !near(x.y, y.y) || !near(x.z, y.z) || x.i != y.i || (x.s.iCompare(y.s) != 0 && !shortened)) return what;
+    // The R14 twin draws entities' graphics anew (the same figures, their
+    // coordinates differing in the last bits): their size alone is compared.
+    const bool redrawn = x.code == 310 && a->isKindOf(OdDbEntity::desc()) && a->database()->headerString(L"$ACADVER") == L"AC1014";
+    if (!near(x.x, y.x) || !near(x.y, y.y) || !near(x.z, y.z) || x.i != y.i || (x.s.iCompare(y.s) != 0 && !shortened) ||
+        (x.bin != y.bin && !redrawn))
+      return what;
   }
   return "";
 }
