@@ -72,6 +72,13 @@ int32_t OdDwgBitReader::readBL() {
   }
 }
 
+uint64_t OdDwgBitReader::readBLL() {
+  const unsigned bytes = readBits(3);
+  uint64_t value = 0;
+  for (unsigned i = 0; i < bytes; ++i) value |= static_cast<uint64_t>(readRC()) << (8 * i);
+  return value;
+}
+
 double OdDwgBitReader::readBD() {
   switch (readBB()) {
     case 0: return readRD();

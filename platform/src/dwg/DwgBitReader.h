@@ -63,6 +63,9 @@ class OdDwgBitReader {
   unsigned readBB() { return readBits(2); }
   int16_t readBS();
   int32_t readBL();
+  // A 64-bit length (BLL): 3 bits give the count of bytes that follow,
+  // least significant first.
+  uint64_t readBLL();
   double readBD();
   // A double coded against a default (DD): 2 bits say whether it is the
   // default, the default with its low 4 bytes replaced, with 6 bytes

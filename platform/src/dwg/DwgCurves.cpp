@@ -127,10 +127,14 @@ void DwgToDxf::spline(const OdDwgObject& o, OdDwgBitReader& d) {
   // knots (BD), the control points (3BD and, weighted, BD weight) and the
   // fit points (3BD).
   const bool r2013 = m_file.versionName() >= "AC1027";
-  const int32_t scenario = d.readBL();
+  int32_t scenario = d.readBL();
   if (r2013) {
-    d.readBL();
-    d.readBL();
+    // From R2013 on the scenario field may say "by control points" while
+    // the flags (bit 0: made by fit points) and the knot parametrisation
+    // (15: custom knots, i.e. by control points) say how it was made.
+    const int32_t splineFlags = d.readBL(), knotParametrisation = d.readBL();
+    if (splineFlags & 1) scenario = 2;
+    if (knotParametrisation == 15) scenario = 1;
   }
   const int32_t degree = d.readBL();
   double fitTolerance = 0, knotTolerance = 1e-9, controlTolerance = 1e-10;

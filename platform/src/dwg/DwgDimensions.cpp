@@ -156,7 +156,7 @@ void DwgToDxf::leader(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
   // B; BS annotation type; BS path type; BL point count and 3BD points;
   // 3BD the end projected on the annotation; 3BD normal; 3BD horizontal
   // direction; (R14) 3BD block offset and 3BD annotation offset; (R13,
-  // R14) BD gap; BD text height and width; B hook line along the
+  // R14) BD gap; (R13-R2007) BD text height and width; B hook line along the
   // direction; B arrowhead; (R13, R14) BS arrowhead type, BD arrow size, B,
   // B, BS, BS block colour, B, B; (R2000) BS, B, B. Handles: the
   // annotation, the style.
@@ -176,7 +176,10 @@ void DwgToDxf::leader(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
     point3(d, annotationOffset);
   }
   if (!m_r2000) d.readBD();  // the gap: the style's
-  const double height = d.readBD(), width = d.readBD();
+  // From R2010 on the annotation's height and width are not stored: the
+  // annotation itself holds them.
+  const bool sized = !m_file.atLeast(kDwgR2010);
+  const double height = sized ? d.readBD() : 0, width = sized ? d.readBD() : 0;
   const bool hookAlongDirection = d.readBit(), arrowhead = d.readBit();
   int blockColor = -1;
   if (!m_r2000) {
@@ -201,8 +204,10 @@ void DwgToDxf::leader(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
   m_w.writeInt(72, pathType);
   m_w.writeInt(73, annotationType);
   m_w.writeInt(74, hookAlongDirection);
-  m_w.writeDouble(40, height);
-  m_w.writeDouble(41, width);
+  if (sized) {
+    m_w.writeDouble(40, height);
+    m_w.writeDouble(41, width);
+  }
   m_w.writeInt(76, points);
   for (const auto& v : vertices) m_w.writePoint(10, v[0], v[1], v[2]);
   if (blockColor >= 0) m_w.writeInt(77, blockColor);

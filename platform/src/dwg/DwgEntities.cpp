@@ -459,6 +459,8 @@ void DwgToDxf::image(OdDwgBitReader& d, OdDwgBitReader& h, const OdDwgObject& o,
     const double x = d.readRD(), y = d.readRD();
     clip.emplace_back(x, y);
   }
+  // The file keeps a clip polygon open; DXF closes it with the first vertex again.
+  if (boundary != 1 && clip.size() > 1 && clip.back() != clip.front()) clip.push_back(clip.front());
   const uint64_t definition = h.readH(o.handle).value, reactor = h.readH(o.handle).value;
   m_w.writeString(100, subclass);
   m_w.writeInt(90, version);
@@ -474,7 +476,7 @@ void DwgToDxf::image(OdDwgBitReader& d, OdDwgBitReader& h, const OdDwgObject& o,
   m_w.writeInt(283, fade);
   if (!reactor || isWrittenAny(reactor)) m_w.writeHandle(360, reactor);
   m_w.writeInt(71, boundary);
-  if (boundary != 1) m_w.writeInt(91, vertices);
+  if (boundary != 1) m_w.writeInt(91, static_cast<OdInt64>(clip.size()));
   for (const auto& [x, y] : clip) m_w.writePoint(14, x, y, 0);
   if (clipMode) m_w.writeInt(290, clipMode);
 }

@@ -526,9 +526,11 @@ void OdDwgFile::readObject(OdDwgObject& o) {
     bool fullStyle = false, faceStyle = false, edgeStyle = false;
     if (o.entity) {
       if (r.readBit()) {
-        uint64_t picture = r.readRL();
-        if (atLeast(kDwgR2010)) picture |= static_cast<uint64_t>(r.readRL()) << 32;
+        // The size of the graphics in bytes: RL, from R2010 on a BLL.
+        const uint64_t picture = atLeast(kDwgR2010) ? r.readBLL() : r.readRL();
         if (picture > o.size) throw OdDwgDecodeError("implausible picture size", r.bitPosition());
+        o.pictureBit = r.bitPosition();
+        o.pictureSize = static_cast<size_t>(picture);
         r.skipBytes(static_cast<size_t>(picture));
       }
       if (!r2000) handleBit = r.readRL();

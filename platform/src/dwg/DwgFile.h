@@ -59,6 +59,9 @@ struct OdDwgObject {
   uint64_t material = 0;    // R2007 on: a material given by handle
   uint64_t prevEntity = 0, nextEntity = 0;  // R13-R2000
   bool noLinks = false;     // entities: previous and next are the handles one below and above
+  // Entities: the graphics stored with the entity (bit position in the
+  // object data and size in bytes; size 0 when there are none).
+  size_t pictureBit = 0, pictureSize = 0;
 
   // Where the type's own data and its remaining handle references start
   // (bits from the start of the object data).

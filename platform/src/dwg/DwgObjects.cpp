@@ -39,6 +39,19 @@ void DwgToDxf::commonEntity(const OdDwgObject& o, uint64_t owner) {
   if (o.invisible) m_w.writeInt(60, o.invisible);
   if (o.material) m_w.writeHandle(347, o.material);
   if (o.transparency) m_w.writeInt(440, static_cast<int32_t>(o.transparency));
+  // The entity's graphics as stored: the size (DXF 92, from R2010 on 160)
+  // and the bytes, which need not start on a byte of the data.
+  if (o.pictureSize) {
+    m_w.writeInt(m_file.atLeast(kDwgR2010) ? 160 : 92, static_cast<OdInt64>(o.pictureSize));
+    OdDwgBitReader r = m_file.objectReader(o);
+    r.seekBit(o.pictureBit);
+    uint8_t chunk[127];
+    for (size_t at = 0; at < o.pictureSize; at += sizeof chunk) {
+      const size_t n = std::min(sizeof chunk, o.pictureSize - at);
+      for (size_t i = 0; i < n; ++i) chunk[i] = r.readRC();
+      m_w.writeBinary(310, chunk, n);
+    }
+  }
 }
 
 void DwgToDxf::commonRecord(const OdDwgObject& o, const wchar_t* subclass) {
@@ -257,10 +270,11 @@ void DwgToDxf::sortents(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader&
   }
 }
 
-void DwgToDxf::mlineStyle(const OdDwgObject& o, OdDwgBitReader& d) {
+void DwgToDxf::mlineStyle(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
   // TV name, TV description, BS flags, CMC fill colour, BD start and end
   // angles, RC line count; per line BD offset, CMC colour, BS linetype
-  // (32767 ByLayer, 32766 ByBlock, else its place in the linetype table).
+  // (32767 ByLayer, 32766 ByBlock, else its place in the linetype table;
+  // from R2018 on a handle to the linetype among the handles instead).
   // The file's flags swap some bits of the DXF ones: 1 and 2, 32 and 64,
   // 512 and 1024.
   const OdString name = d.readTV(m_cp), description = d.readTV(m_cp);
@@ -284,9 +298,14 @@ void DwgToDxf::mlineStyle(const OdDwgObject& o, OdDwgBitReader& d) {
   degrees(51, start);
   degrees(52, end);
   m_w.writeInt(71, lines);
+  std::vector<std::pair<double, int>> pending;  // R2018 on: lines waiting for their linetype handles
   for (int i = 0; i < lines; ++i) {
     const double offset = d.readBD();
     const int color = m_file.readCMC(d);
+    if (m_file.atLeast(kDwgR2018)) {
+      pending.push_back({offset, color});
+      continue;
+    }
     const int linetype = d.readBS();
     m_w.writeDouble(49, offset);
     m_w.writeInt(62, color);
@@ -295,6 +314,12 @@ void DwgToDxf::mlineStyle(const OdDwgObject& o, OdDwgBitReader& d) {
       const std::vector<uint64_t>& listed = linetypes();
       if (linetype >= 0 && static_cast<size_t>(linetype) < listed.size()) ltName = nameOf(listed[static_cast<size_t>(linetype)]);
     }
+    m_w.writeString(6, ltName.isEmpty() ? OdString(L"BYLAYER") : ltName);
+  }
+  for (const auto& [offset, color] : pending) {
+    const OdString& ltName = nameOf(h.readH(o.handle).value);
+    m_w.writeDouble(49, offset);
+    m_w.writeInt(62, color);
     m_w.writeString(6, ltName.isEmpty() ? OdString(L"BYLAYER") : ltName);
   }
 }
@@ -329,22 +354,40 @@ bool DwgToDxf::isProxy(const OdDwgObject& o) const {
   return !known->second;
 }
 
+const OdDwgClass* DwgToDxf::storedProxyClass(const OdDwgObject& o) const {
+  // A proxy the file itself holds (types 0x1F2, 0x1F3) begins its own data
+  // with a BL: the number of the class it stands for.
+  if (o.type != 0x1F2 && o.type != 0x1F3) return nullptr;
+  try {
+    OdDwgBitReader d = m_file.objectReader(o);
+    d.seekBit(o.dataBit);
+    const int32_t number = d.readBL();
+    for (const OdDwgClass& c : m_file.classes()) {
+      if (c.number == number) return &c;
+    }
+  } catch (const OdDwgDecodeError&) {
+  }
+  return nullptr;
+}
+
 void DwgToDxf::proxyData(const OdDwgObject& o) {
   // The proxy form of DXF: the class by its number in the classes section
-  // (built-in types kept as proxies get numbers after the file's classes),
-  // the size in bits and every byte of the object as stored (type, handle,
-  // extended data, common data, own data, handles), so nothing is lost.
+  // (built-in types kept as proxies get numbers after the file's classes;
+  // the file's own proxies keep the class they stand for), the size in
+  // bits and every byte of the object as stored (type, handle, extended
+  // data, common data, own data, handles), so nothing is lost.
   auto number = m_proxyClasses.find(o.type);
+  const OdDwgClass* stored = storedProxyClass(o);
   m_w.writeString(100, o.entity ? L"AcDbProxyEntity" : L"AcDbProxyObject");
   m_w.writeInt(90, o.entity ? 498 : 499);
-  m_w.writeInt(91, number != m_proxyClasses.end() ? number->second : static_cast<int>(o.type));
+  m_w.writeInt(91, stored ? stored->number : number != m_proxyClasses.end() ? number->second : static_cast<int>(o.type));
   if (o.entity) m_w.writeInt(92, 0);
   m_w.writeInt(93, static_cast<OdInt64>(o.size * 8));
   const uint8_t* bytes = m_file.data().data() + o.start;
   for (size_t at = 0; at < o.size; at += 127) m_w.writeBinary(310, bytes + at, std::min<size_t>(127, o.size - at));
   m_w.writeInt(94, 0);
   m_w.writeInt(70, 0);
-  ++m_proxies[o.dxfName.toUtf8()];
+  ++m_proxies[(stored ? stored->dxfName : o.dxfName).toUtf8()];
 }
 
 void DwgToDxf::classes() {
@@ -364,7 +407,7 @@ void DwgToDxf::classes() {
   for (const OdDwgClass& c : m_file.classes()) record(c.dxfName, c.cppName, c.appName, c.proxyFlags, c.wasZombie, c.isEntity);
   int next = 500 + static_cast<int>(m_file.classes().size());
   for (const OdDwgObject& o : m_file.objects()) {
-    if (o.type >= 500 || m_proxyClasses.count(o.type) || !(isProxy(o) || modelerKeptAsProxy(o))) continue;
+    if (o.type >= 500 || m_proxyClasses.count(o.type) || !(isProxy(o) || modelerKeptAsProxy(o)) || storedProxyClass(o)) continue;
     m_proxyClasses[o.type] = next++;
     record(o.dxfName, o.dxfName, OdString(), 0, false, o.entity);
   }
@@ -465,7 +508,7 @@ bool DwgToDxf::object(const OdDwgObject& o) {
     } else if (o.dxfName == L"SORTENTSTABLE") {
       sortents(o, d, h);
     } else if (o.type == 0x49) {
-      mlineStyle(o, d);
+      mlineStyle(o, d, h);
     } else if (o.type == 0x48) {
       group(o, d, h);
     } else if (o.dxfName != L"DICTIONARY") {

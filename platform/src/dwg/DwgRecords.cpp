@@ -368,6 +368,8 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
       const uint64_t plotStyle = m_r2000 ? h.readH(o.handle).value : 0;
       const uint64_t material = m_file.atLeast(kDwgR2007) ? h.readH(o.handle).value : 0;
       const OdString linetype = nameOf(h.readH(o.handle).value);
+      // R2013 on: one more reference (DXF 348).
+      const uint64_t extra = m_file.atLeast(kDwgR2013) ? h.readH(o.handle).value : 0;
       commonRecord(o, L"AcDbLayerTableRecord");
       m_w.writeInt(70, flags);
       m_w.writeInt(62, off ? -color : color);
@@ -378,6 +380,7 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
         if (isWritten(plotStyle)) m_w.writeHandle(390, plotStyle);
       }
       if (material) m_w.writeHandle(347, material);
+      if (m_file.atLeast(kDwgR2013)) m_w.writeHandle(348, extra);
       return;
     }
     case 0x35: {

@@ -73,6 +73,7 @@ class DwgToDxf {
   // kept as a proxy: its class name, its common data and all its bytes.
   bool isProxy(const OdDwgObject& o) const;
   void proxyData(const OdDwgObject& o);
+  const OdDwgClass* storedProxyClass(const OdDwgObject& o) const;
   // The CLASSES section: the file's classes, then the built-in types kept as proxies.
   void classes();
   std::map<unsigned, int> m_proxyClasses;  // built-in type kept as a proxy: its class number
@@ -126,7 +127,7 @@ class DwgToDxf {
   }
   bool object(const OdDwgObject& o);
   void xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
-  void mlineStyle(const OdDwgObject& o, OdDwgBitReader& d);
+  void mlineStyle(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void layout(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void sortents(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
   void group(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);

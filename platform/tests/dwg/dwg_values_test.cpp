@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <map>
+#include <string>
 
 #include "DbDatabase.h"
 #include "DbObject.h"
@@ -126,6 +128,40 @@ TEST(DwgValues, HatchEdgesFollowTheirBoundaryPolyline) {
   }
   EXPECT_EQ(first(h, 2)->s, L"ANGLE");
   EXPECT_EQ(first(h, 91)->i, 1);
+}
+
+// The same drawings saved as R2000 and as R2013 and R2018: the splines
+// (whose R2013 form adds flags that say how a spline was made, beside the
+// scenario the R2000 form states alone) and the multilines with their
+// styles (whose R2018 lines name their linetype by handle, not by index)
+// read alike, object by object.
+TEST(DwgValues, SplinesAndMultilinesOfR2013AndR2018ReadAsTheirR2000Saves) {
+  for (const char* drawing : {"Spline", "Multiline"}) {
+    OdDbDatabasePtr r2000 = odDxfReadFile(OdString((dwgCorpusDir() + "/2000_" + drawing + ".dwg").c_str()));
+    for (const char* version : {"2013", "2018"}) {
+      OdDbDatabasePtr later = odDxfReadFile(OdString((dwgCorpusDir() + "/" + version + "_" + drawing + ".dwg").c_str()));
+      std::map<std::string, int> compared;
+      r2000->forEachObjectId([&](const OdDbObjectId& id) {
+        OdDbObjectPtr ours = id.openObject();
+        if (ours.isNull() || (ours->dxfName() != L"SPLINE" && ours->dxfName() != L"MLINE" && ours->dxfName() != L"MLINESTYLE")) return;
+        OdDbObjectPtr theirs = later->getOdDbObjectId(id.handle(), false).openObject();
+        ASSERT_FALSE(theirs.isNull()) << version << " " << id.handle().ascii().toUtf8();
+        const OdDxfTagList a = groupsOf(ours.get()), b = groupsOf(theirs.get());
+        ASSERT_EQ(a.size(), b.size()) << version << " " << id.handle().ascii().toUtf8();
+        for (size_t i = 0; i < a.size(); ++i) {
+          EXPECT_EQ(a[i].code, b[i].code);
+          EXPECT_NEAR(a[i].x, b[i].x, 1e-9) << a[i].code;
+          EXPECT_NEAR(a[i].y, b[i].y, 1e-9) << a[i].code;
+          EXPECT_NEAR(a[i].z, b[i].z, 1e-9) << a[i].code;
+          EXPECT_EQ(a[i].i, b[i].i) << a[i].code;
+          EXPECT_EQ(a[i].s.iCompare(b[i].s), 0) << a[i].code << " " << a[i].s.toUtf8() << " " << b[i].s.toUtf8();  // names: case aside
+        }
+        ++compared[ours->dxfName().toUtf8()];
+      });
+      if (std::string(drawing) == "Spline") EXPECT_GT(compared["SPLINE"], 0);
+      else EXPECT_TRUE(compared["MLINE"] > 0 && compared["MLINESTYLE"] > 0) << version;
+    }
+  }
 }
 
 }  // namespace
