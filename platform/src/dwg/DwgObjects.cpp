@@ -396,9 +396,8 @@ void DwgToDxf::xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& 
     switch (OdDxf::valueTypeOf(code)) {
       case OdDxf::ValueType::kString: {
         const uint16_t length = d.readRS();
-        if (m_file.atLeast(kDwgR2010)) {
-          // R2010 on: a count of UTF-16 units and the units (R2007 keeps
-          // the code-page form here).
+        if (m_file.atLeast(kDwgR2007)) {
+          // R2007 on: a count of UTF-16 units and the units.
           std::wstring units;
           for (size_t i = 0; i < length; ++i) units += static_cast<wchar_t>(d.readRS());
           items.push_back(OdDxfTag::str(code, OdString(std::move(units))));

@@ -83,6 +83,12 @@ std::string firstDifference(OdDbObject* a, OdDbObject* b) {
   // is saved: the bitmaps are compared by their headers' height and depth,
   // and ours must hold exactly the bytes its own header announces.
   if (a->dxfName() == L"XRECORD") {
+    // The record naming the program and release that last saved the file
+    // (product, year, then "ACD_F_S") holds the twin's saver, not the drawing's.
+    for (OdDxfTagList* list : {&ta, &tb}) {
+      auto mark = std::find_if(list->begin(), list->end(), [](const OdDxfTag& t) { return t.code == 300 && t.s == L"ACD_F_S"; });
+      if (mark != list->end() && mark - list->begin() >= 2 && (mark - 1)->code == 300 && (mark - 2)->code == 300) list->erase(mark - 2, mark);
+    }
     auto bitmap = [](OdDxfTagList& list) {
       OdBinaryData bytes;
       for (const OdDxfTag& t : list)
