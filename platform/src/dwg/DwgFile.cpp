@@ -111,10 +111,11 @@ void OdDwgFile::problem(size_t offset, const std::string& what) {
   m_problems.push_back((m_section.empty() ? "" : m_section + " ") + "offset 0x" + hex(offset) + ": " + what);
 }
 
-int OdDwgFile::readCMC(OdDwgBitReader& r) const {
+int OdDwgFile::readCMC(OdDwgBitReader& r, uint32_t* rgbOut) const {
   int index = r.readBS();
   if (!atLeast(kDwgR2004)) return index;
   const uint32_t rgb = static_cast<uint32_t>(r.readBL());
+  if (rgbOut) *rgbOut = rgb;
   const uint8_t flags = r.readRC();
   if (flags & 1) r.readTV(m_codePage);  // colour name
   if (flags & 2) r.readTV(m_codePage);  // colour book name

@@ -119,8 +119,9 @@ class OdDwgFile {
   // A colour of tables and header variables: up to R2000 the colour index
   // (BS); from R2004 on BS index, BL RGB value (its high byte says how the
   // colour is given), RC flags and the names they announce. Returns the
-  // colour index (256 ByLayer, 0 ByBlock).
-  int readCMC(OdDwgBitReader& r) const;
+  // colour index (256 ByLayer, 0 ByBlock); `rgb`, when given, receives
+  // the RGB value with its high byte.
+  int readCMC(OdDwgBitReader& r, uint32_t* rgb = nullptr) const;
 
   // The DXF name of a built-in object type (empty when unknown).
   static const wchar_t* builtinTypeName(unsigned type);

@@ -1,6 +1,7 @@
 // Symbol-table records of a DWG file, written as the groups of their tables.
 #include <algorithm>
 
+#include "CmColor.h"
 #include "dwg/DwgToDxf.h"
 
 namespace oddwg {
@@ -129,13 +130,28 @@ void DwgToDxf::view(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, 
   if (baseUcs && isWrittenAny(baseUcs)) m_w.writeHandle(346, baseUcs);
 }
 
-void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags) {
-  // The view head, then 2RD lower left and upper right, B UCS follow, BS
-  // circle zoom, B fast zoom, 2 bits UCS icon, B grid, 2RD grid spacing, B
-  // snap, B snap style, BS isometric plane, BD snap rotation, 2RD snap base
-  // and spacing; (R2000) B, B UCS per viewport, 3BD UCS origin, x and y
-  // axes, BD elevation, BS orthographic type.
+void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags) {
+  // The view head; (R2007) the lighting: B default lights, RC lighting
+  // type, BD brightness and contrast, CMC ambient colour; 2RD lower left
+  // and upper right, B UCS follow, BS circle zoom, B fast zoom, 2 bits UCS
+  // icon, B grid, 2RD grid spacing, B snap, B snap style, BS isometric
+  // plane, BD snap rotation, 2RD snap base and spacing; (R2000) B, B UCS
+  // per viewport, 3BD UCS origin, x and y axes, BD elevation, BS
+  // orthographic type; (R2007) BS grid flags and major lines. Handles:
+  // (R2007) background, visual style and sun; (R2000) named and base UCS.
+  const bool r2007 = m_file.atLeast(kDwgR2007);
   const ViewHead v = viewHead(d);
+  bool defaultLights = false;
+  int lightingType = 0, ambient = 0;
+  uint32_t ambientRgb = 0;
+  double brightness = 0, contrast = 0;
+  if (r2007) {
+    defaultLights = d.readBit();
+    lightingType = d.readRC();
+    brightness = d.readBD();
+    contrast = d.readBD();
+    ambient = m_file.readCMC(d, &ambientRgb);
+  }
   int mode = v.mode;
   const double llx = d.readRD(), lly = d.readRD(), urx = d.readRD(), ury = d.readRD();
   if (d.readBit()) mode |= 8;  // UCS follow
@@ -150,7 +166,7 @@ void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags
   const double sbx = d.readRD(), sby = d.readRD(), ssx = d.readRD(), ssy = d.readRD();
   bool perViewport = false;
   double origin[3] = {0, 0, 0}, xAxis[3] = {1, 0, 0}, yAxis[3] = {0, 1, 0}, elevation = 0;
-  int ortho = 0;
+  int ortho = 0, gridFlags = 0, gridMajor = 0;
   if (m_r2000) {
     d.readBit();
     perViewport = d.readBit();
@@ -159,6 +175,18 @@ void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags
     point3(d, yAxis);
     elevation = d.readBD();
     ortho = d.readBS();
+  }
+  uint64_t background = 0, visualStyle = 0, sun = 0, namedUcs = 0, baseUcs = 0;
+  if (r2007) {
+    gridFlags = d.readBS();
+    gridMajor = d.readBS();
+    background = h.readH(o.handle).value;
+    visualStyle = h.readH(o.handle).value;
+    sun = h.readH(o.handle).value;
+  }
+  if (m_r2000) {
+    namedUcs = h.readH(o.handle).value;
+    baseUcs = h.readH(o.handle).value;
   }
   commonRecord(o, L"AcDbViewportTableRecord");
   m_w.writeInt(70, flags);
@@ -185,15 +213,33 @@ void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags
   m_w.writeInt(76, grid);
   m_w.writeInt(77, snapStyle);
   m_w.writeInt(78, isoPair);
-  if (m_r2000) {
-    m_w.writeInt(281, v.render);
-    m_w.writeInt(65, perViewport);
-    m_w.writePoint(110, origin[0], origin[1], origin[2]);
-    m_w.writePoint(111, xAxis[0], xAxis[1], xAxis[2]);
-    m_w.writePoint(112, yAxis[0], yAxis[1], yAxis[2]);
-    m_w.writeInt(79, ortho);
-    m_w.writeDouble(146, elevation);
+  if (!m_r2000) return;
+  m_w.writeInt(281, v.render);
+  m_w.writeInt(65, perViewport);
+  m_w.writePoint(110, origin[0], origin[1], origin[2]);
+  m_w.writePoint(111, xAxis[0], xAxis[1], xAxis[2]);
+  m_w.writePoint(112, yAxis[0], yAxis[1], yAxis[2]);
+  m_w.writeInt(79, ortho);
+  m_w.writeDouble(146, elevation);
+  if (namedUcs && isWrittenAny(namedUcs)) m_w.writeHandle(345, namedUcs);
+  if (baseUcs && isWrittenAny(baseUcs)) m_w.writeHandle(346, baseUcs);
+  if (!r2007) return;
+  if (background && isWrittenAny(background)) m_w.writeHandle(332, background);
+  if (visualStyle && isWrittenAny(visualStyle)) m_w.writeHandle(348, visualStyle);
+  m_w.writeInt(60, gridFlags);
+  m_w.writeInt(61, gridMajor);
+  m_w.writeInt(292, defaultLights);
+  m_w.writeInt(282, lightingType);
+  m_w.writeDouble(141, brightness);
+  m_w.writeDouble(142, contrast);
+  // A true colour is written with the palette entry nearest to it.
+  if (ambientRgb >> 24 == 0xC2) {
+    m_w.writeInt(63, OdCmEntityColor::lookUpACI((ambientRgb >> 16) & 0xFF, (ambientRgb >> 8) & 0xFF, ambientRgb & 0xFF));
+    m_w.writeInt(421, ambientRgb & 0xFFFFFF);
+  } else if (ambient != 0) {
+    m_w.writeInt(63, ambient);
   }
+  if (sun && isWrittenAny(sun)) m_w.writeHandle(361, sun);
 }
 
 void DwgToDxf::dimStyle(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags) {
@@ -368,6 +414,8 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
       const uint64_t plotStyle = m_r2000 ? h.readH(o.handle).value : 0;
       const uint64_t material = m_file.atLeast(kDwgR2007) ? h.readH(o.handle).value : 0;
       const OdString linetype = nameOf(h.readH(o.handle).value);
+      // R2013 on: one more reference (DXF 348).
+      const uint64_t extra = m_file.atLeast(kDwgR2013) ? h.readH(o.handle).value : 0;
       commonRecord(o, L"AcDbLayerTableRecord");
       m_w.writeInt(70, flags);
       m_w.writeInt(62, off ? -color : color);
@@ -378,6 +426,7 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
         if (isWritten(plotStyle)) m_w.writeHandle(390, plotStyle);
       }
       if (material) m_w.writeHandle(347, material);
+      if (m_file.atLeast(kDwgR2013)) m_w.writeHandle(348, extra);
       return;
     }
     case 0x35: {
@@ -463,7 +512,7 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
       dimStyle(o, d, h, common);
       return;
     case 0x41:
-      viewportRecord(o, d, common);
+      viewportRecord(o, d, h, common);
       return;
     case 0x3D:
       view(o, d, h, common);

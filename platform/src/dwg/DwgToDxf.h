@@ -163,7 +163,7 @@ class DwgToDxf {
     int mode = 0, render = 0;
   };
   ViewHead viewHead(OdDwgBitReader& d);
-  void viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags);
+  void viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags);
   void view(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags);
   // DwgCurves.cpp
   void spline(const OdDwgObject& o, OdDwgBitReader& d);

@@ -76,6 +76,11 @@ std::string firstDifference(OdDbObject* a, OdDbObject* b) {
     for (OdDxfTagList* list : {&ta, &tb}) {
       list->erase(std::remove_if(list->begin(), list->end(), [](const OdDxfTag& t) { return t.code == 12 || t.code == 40 || t.code == 41; }),
                   list->end());
+      // The palette entry written beside a true colour is the nearest one in
+      // the writer's palette, which is not the platform's: the colour itself is compared.
+      for (size_t i = 0; i + 1 < list->size(); ++i) {
+        if ((*list)[i].code == 63 && (*list)[i + 1].code == 421) list->erase(list->begin() + static_cast<std::ptrdiff_t>(i));
+      }
     }
   }
   // An xrecord holding a preview bitmap (a 40-byte bitmap header, the
