@@ -328,6 +328,11 @@ void OdDwgFile::readHeader(const std::vector<uint8_t>& buf, size_t seeker, size_
       h.currentTextStyle = handles.readH().value;
       h.currentLinetype = handles.readH().value;
     }
+    if (atLeast(kDwgR2013)) {
+      // The versions required to read the drawing: a long of 3 bits of
+      // byte count and that many bytes.
+      for (unsigned n = r.readBits(3); n > 0; --n) r.readRC();
+    }
     for (int i = 0; i < 4; ++i) r.readBD();
     for (int i = 0; i < 4; ++i) r.readTV(m_codePage);
     r.readBL();
