@@ -230,8 +230,8 @@ void DwgToDxf::layout(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
   m_w.writePoint(17, yAxis[0], yAxis[1], yAxis[2]);
   m_w.writeInt(76, orthoType);
   m_w.writeHandle(330, block);
-  // Only references to what is written (viewport entities are not read yet).
-  if (viewport && isWrittenAny(viewport) && m_file.find(viewport)->type != 0x22) m_w.writeHandle(331, viewport);
+  // Only references to what is written.
+  if (viewport && isWrittenAny(viewport)) m_w.writeHandle(331, viewport);
   if (namedUcs && isWrittenAny(namedUcs)) m_w.writeHandle(345, namedUcs);
   if (baseUcs && isWrittenAny(baseUcs)) m_w.writeHandle(346, baseUcs);
 }
@@ -250,8 +250,8 @@ void DwgToDxf::sortents(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader&
   m_w.writeHandle(330, block);
   for (int32_t i = 0; i < count; ++i) {
     const uint64_t entity = h.readH(o.handle).value;
-    // Entries of entities not read (viewports) are left out with them.
-    if (entity && (!isWrittenAny(entity) || m_file.find(entity)->type == 0x22)) continue;
+    // Entries of entities not read are left out with them.
+    if (entity && !isWrittenAny(entity)) continue;
     m_w.writeHandle(331, entity);
     m_w.writeHandle(5, sortHandles[static_cast<size_t>(i)]);
   }

@@ -232,14 +232,142 @@ void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitR
   m_w.writeInt(282, lightingType);
   m_w.writeDouble(141, brightness);
   m_w.writeDouble(142, contrast);
-  // A true colour is written with the palette entry nearest to it.
-  if (ambientRgb >> 24 == 0xC2) {
-    m_w.writeInt(63, OdCmEntityColor::lookUpACI((ambientRgb >> 16) & 0xFF, (ambientRgb >> 8) & 0xFF, ambientRgb & 0xFF));
-    m_w.writeInt(421, ambientRgb & 0xFFFFFF);
-  } else if (ambient != 0) {
-    m_w.writeInt(63, ambient);
-  }
+  ambientColour(ambient, ambientRgb);
   if (sun && isWrittenAny(sun)) m_w.writeHandle(361, sun);
+}
+
+void DwgToDxf::viewportEntity(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
+  // 3BD centre, BD width and height on the paper. R13 and R14 stop here
+  // (their view is in the extended data). R2000 on: 3BD target and
+  // direction, BD twist, view height, lens, front and back clip, snap
+  // angle, 2RD view centre, snap base, snap spacing and grid spacing, BS
+  // circle zoom, (R2007) BS grid major, BL frozen layer count, BL status
+  // flags, TV plot style sheet, RC render mode, B UCS at origin, B UCS per
+  // viewport, 3BD UCS origin, x and y axes, BD elevation, BS orthographic
+  // type, (R2004) BS shade plot mode, (R2007) the lighting as in viewport
+  // records. Handles (R2000): the frozen layers, the clip boundary, (R2000
+  // only) the viewport record, the named and base UCS, (R2007) background,
+  // visual style, shade plot and sun.
+  double centre[3];
+  point3(d, centre);
+  const double width = d.readBD(), height = d.readBD();
+  m_w.writeString(100, L"AcDbViewport");
+  m_w.writePoint(10, centre[0], centre[1], centre[2]);
+  m_w.writeDouble(40, width);
+  m_w.writeDouble(41, height);
+  // Status and number: on viewports stack in their block's order, the last
+  // on top; a viewport switched off (status flag 0x20000) has status 0.
+  int place = 0, count = 0;
+  for (const OdDwgObject* other : m_owned[o.entMode == 2 ? m_modelSpace : o.entMode == 1 ? m_paperSpace : o.owner]) {
+    if (other->type != 0x22) continue;
+    ++count;
+    if (other == &o) place = count;
+  }
+  if (!m_r2000) {
+    m_w.writeInt(68, count - place + 1);
+    m_w.writeInt(69, place);
+    return;
+  }
+  const bool r2007 = m_file.atLeast(kDwgR2007);
+  double target[3], direction[3];
+  point3(d, target);
+  point3(d, direction);
+  const double twist = d.readBD(), viewHeight = d.readBD(), lens = d.readBD(), front = d.readBD(), back = d.readBD(),
+               snapAngle = d.readBD();
+  double pairs[8];
+  for (double& value : pairs) value = d.readRD();
+  const int circleZoom = d.readBS();
+  const int gridMajor = r2007 ? d.readBS() : 0;
+  const int32_t frozen = d.readBL();
+  if (frozen < 0 || static_cast<size_t>(frozen) > o.size) throw OdDwgDecodeError("implausible frozen layer count", d.bitPosition());
+  const int32_t flags = d.readBL();
+  const OdString styleSheet = d.readTV(m_cp);
+  const int render = d.readRC();
+  const bool iconAtOrigin = d.readBit(), perViewport = d.readBit();
+  double origin[3], xAxis[3], yAxis[3];
+  point3(d, origin);
+  point3(d, xAxis);
+  point3(d, yAxis);
+  const double elevation = d.readBD();
+  const int ortho = d.readBS();
+  const int shadePlot = m_file.atLeast(kDwgR2004) ? d.readBS() : 0;
+  bool defaultLights = false;
+  int lightingType = 0, ambient = 0;
+  uint32_t ambientRgb = 0;
+  double brightness = 0, contrast = 0;
+  if (r2007) {
+    defaultLights = d.readBit();
+    lightingType = d.readRC();
+    brightness = d.readBD();
+    contrast = d.readBD();
+    ambient = m_file.readCMC(d, &ambientRgb);
+  }
+  std::vector<uint64_t> frozenLayers;
+  for (int32_t i = 0; i < frozen; ++i) frozenLayers.push_back(h.readH(o.handle).value);
+  const uint64_t clip = h.readH(o.handle).value;
+  if (m_file.version() == kDwgR2000) h.readH(o.handle);  // the viewport record
+  const uint64_t namedUcs = h.readH(o.handle).value, baseUcs = h.readH(o.handle).value;
+  uint64_t background = 0, visualStyle = 0, shadePlotId = 0, sun = 0;
+  if (r2007) {
+    background = h.readH(o.handle).value;
+    visualStyle = h.readH(o.handle).value;
+    shadePlotId = h.readH(o.handle).value;
+    sun = h.readH(o.handle).value;
+  }
+  const bool off = flags & 0x20000;
+  m_w.writeInt(68, off ? 0 : count - place + 1);
+  m_w.writeInt(69, place);
+  m_w.writePoint(12, pairs[0], pairs[1]);
+  m_w.writePoint(13, pairs[2], pairs[3]);
+  m_w.writePoint(14, pairs[4], pairs[5]);
+  m_w.writePoint(15, pairs[6], pairs[7]);
+  m_w.writePoint(16, direction[0], direction[1], direction[2]);
+  m_w.writePoint(17, target[0], target[1], target[2]);
+  m_w.writeDouble(42, lens);
+  m_w.writeDouble(43, front);
+  m_w.writeDouble(44, back);
+  m_w.writeDouble(45, viewHeight);
+  degrees(50, snapAngle);
+  degrees(51, twist);
+  m_w.writeInt(72, circleZoom);
+  for (uint64_t layer : frozenLayers) {
+    if (isWrittenAny(layer)) m_w.writeHandle(331, layer);
+  }
+  m_w.writeInt(90, flags);
+  if (clip && isWrittenAny(clip)) m_w.writeHandle(340, clip);
+  m_w.writeString(1, styleSheet);
+  m_w.writeInt(281, render);
+  m_w.writeInt(71, perViewport);
+  m_w.writeInt(74, iconAtOrigin);
+  m_w.writePoint(110, origin[0], origin[1], origin[2]);
+  m_w.writePoint(111, xAxis[0], xAxis[1], xAxis[2]);
+  m_w.writePoint(112, yAxis[0], yAxis[1], yAxis[2]);
+  if (namedUcs && isWrittenAny(namedUcs)) m_w.writeHandle(345, namedUcs);
+  if (baseUcs && isWrittenAny(baseUcs)) m_w.writeHandle(346, baseUcs);
+  m_w.writeInt(79, ortho);
+  m_w.writeDouble(146, elevation);
+  if (m_file.atLeast(kDwgR2004)) m_w.writeInt(170, shadePlot);
+  if (!r2007) return;
+  m_w.writeInt(61, gridMajor);
+  if (background && isWrittenAny(background)) m_w.writeHandle(332, background);
+  if (shadePlotId && isWrittenAny(shadePlotId)) m_w.writeHandle(333, shadePlotId);
+  if (visualStyle && isWrittenAny(visualStyle)) m_w.writeHandle(348, visualStyle);
+  m_w.writeInt(292, defaultLights);
+  m_w.writeInt(282, lightingType);
+  m_w.writeDouble(141, brightness);
+  m_w.writeDouble(142, contrast);
+  ambientColour(ambient, ambientRgb);
+  if (sun && isWrittenAny(sun)) m_w.writeHandle(361, sun);
+}
+
+void DwgToDxf::ambientColour(int index, uint32_t rgb) {
+  // A true colour is written with the palette entry nearest to it.
+  if (rgb >> 24 == 0xC2) {
+    m_w.writeInt(63, OdCmEntityColor::lookUpACI((rgb >> 16) & 0xFF, (rgb >> 8) & 0xFF, rgb & 0xFF));
+    m_w.writeInt(421, rgb & 0xFFFFFF);
+  } else if (index != 0) {
+    m_w.writeInt(63, index);
+  }
 }
 
 void DwgToDxf::dimStyle(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags) {

@@ -165,6 +165,9 @@ class DwgToDxf {
   ViewHead viewHead(OdDwgBitReader& d);
   void viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags);
   void view(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags);
+  void viewportEntity(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+  // The ambient colour of viewports (DXF 63, and 421 for a true colour).
+  void ambientColour(int index, uint32_t rgb);
   // DwgCurves.cpp
   void spline(const OdDwgObject& o, OdDwgBitReader& d);
   void mline(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
