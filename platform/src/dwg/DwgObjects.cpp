@@ -472,26 +472,16 @@ bool DwgToDxf::object(const OdDwgObject& o) {
       header(o, o.owner);
       proxyData(o);
     } else {
-      // Item count, (R14) a byte, (R2000) cloning and hard-owner flags, the names; then one handle per item.
-      const int32_t items = d.readBL();
-      if (items < 0 || static_cast<size_t>(items) > o.size) throw OdDwgDecodeError("implausible item count", d.bitPosition());
       int cloning = 1;
-      if (m_file.versionName() == "AC1014") d.readRC();
-      if (m_r2000) {
-        cloning = d.readBS();
-        d.readRC();  // said to be the hard-owner flag, but set where the DXF twins show none: not used
-      }
-      std::vector<OdString> names;
-      for (int32_t i = 0; i < items; ++i) names.push_back(d.readTV(m_cp));
+      const auto entries = dictionaryEntries(o, d, h, cloning);
       m_w.writeString(0, L"DICTIONARY");
       header(o, o.owner);
       m_w.writeString(100, L"AcDbDictionary");
       m_w.writeInt(281, cloning);
-      for (int32_t i = 0; i < items; ++i) {
-        const OdDwgHandleRef item = h.readH(o.handle);
+      for (const auto& [name, item] : entries) {
         // Entries whose objects are not read yet are left out with them.
         if (!isWritten(item.value)) continue;
-        m_w.writeString(3, names[static_cast<size_t>(i)]);
+        m_w.writeString(3, name);
         m_w.writeHandle(item.code == 2 ? 360 : 350, item.value);
       }
     }
@@ -499,5 +489,21 @@ bool DwgToDxf::object(const OdDwgObject& o) {
   });
 }
 
+
+std::vector<std::pair<OdString, OdDwgHandleRef>> DwgToDxf::dictionaryEntries(const OdDwgObject& o, OdDwgBitReader& d,
+                                                                              OdDwgBitReader& h, int& cloning) const {
+  // Item count, (R14) a byte, (R2000) cloning and hard-owner flags, the names; then one handle per item.
+  const int32_t items = d.readBL();
+  if (items < 0 || static_cast<size_t>(items) > o.size) throw OdDwgDecodeError("implausible item count", d.bitPosition());
+  if (m_file.versionName() == "AC1014") d.readRC();
+  if (m_r2000) {
+    cloning = d.readBS();
+    d.readRC();  // said to be the hard-owner flag, but set where the DXF twins show none: not used
+  }
+  std::vector<std::pair<OdString, OdDwgHandleRef>> entries;
+  for (int32_t i = 0; i < items; ++i) entries.emplace_back(d.readTV(m_cp), OdDwgHandleRef());
+  for (auto& entry : entries) entry.second = h.readH(o.handle);
+  return entries;
+}
 
 }  // namespace oddwg

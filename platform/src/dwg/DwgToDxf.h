@@ -61,6 +61,12 @@ class DwgToDxf {
  private:
   using Decoder = std::function<bool(const OdDwgObject&, OdDwgBitReader&, OdDwgBitReader&)>;
 
+  // A dictionary's entries, name and object, in the file's order
+  // (`cloning` receives its cloning flag from R2000 on).
+  std::vector<std::pair<OdString, OdDwgHandleRef>> dictionaryEntries(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h,
+                                                                     int& cloning) const;
+  // The name a header variable gives for the object it refers to.
+  OdString headerName(uint64_t handle) const;
   const OdString& nameOf(uint64_t handle) const {
     static const OdString kNone;
     const OdDwgObject* o = m_file.find(handle);
