@@ -169,7 +169,8 @@ OdDxfTagStream DwgToDxf::convert() {
         m_report.repairs.push_back(OdString().format(L"%ls record %ls is not listed in its table; left out", kind.name(), hexOf(o.handle).c_str()));
         continue;
       }
-      if (o.type != 0x31 && o.type != 0x33 && o.type != 0x35 && o.type != 0x39 && o.type != 0x43 && o.type != 0x45 && o.type != 0x41 && o.type != 0x3D) {
+      if (o.type != 0x31 && o.type != 0x33 && o.type != 0x35 && o.type != 0x39 && o.type != 0x43 && o.type != 0x45 && o.type != 0x41 && o.type != 0x3D &&
+          o.type != 0x3F) {
         notRead(o);
         continue;
       }

@@ -645,6 +645,29 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
     case 0x3D:
       view(o, d, h, common);
       return;
+    case 0x3F: {
+      // 3BD origin, X and Y axes; (R2000) BD elevation, BS orthographic
+      // view type, BS orthographic type. Handles (R2000): the base UCS,
+      // then the named UCS (not kept in DXF).
+      double origin[3], xAxis[3], yAxis[3];
+      point3(d, origin);
+      point3(d, xAxis);
+      point3(d, yAxis);
+      commonRecord(o, L"AcDbUCSTableRecord");
+      m_w.writeInt(70, common);
+      m_w.writePoint(10, origin[0], origin[1], origin[2]);
+      m_w.writePoint(11, xAxis[0], xAxis[1], xAxis[2]);
+      m_w.writePoint(12, yAxis[0], yAxis[1], yAxis[2]);
+      if (!m_r2000) return;
+      const double elevation = d.readBD();
+      const int viewType = d.readBS(), orthoType = d.readBS();
+      const uint64_t base = h.readH(o.handle).value;
+      m_w.writeInt(79, viewType);
+      m_w.writeDouble(146, elevation);
+      if (base && isWrittenAny(base)) m_w.writeHandle(346, base);
+      if (orthoType) m_w.writeInt(71, orthoType);
+      return;
+    }
     case 0x43:
       commonRecord(o, L"AcDbRegAppTableRecord");
       m_w.writeInt(70, common);

@@ -145,7 +145,7 @@ TEST_P(DwgCorpusStructure, OpenedDrawingHoldsTheIndependentReadersEntities) {
   ASSERT_TRUE(theirs.ok);
   // The types decoded, and those kept as proxies (by their class).
   std::set<std::string> kRead = {"LINE", "CIRCLE", "ARC",   "POINT", "TEXT", "ATTDEF",   "INSERT",   "LWPOLYLINE", "SOLID",
-                                 "3DFACE", "ELLIPSE", "RAY", "XLINE", "MTEXT", "POLYLINE", "DIMENSION", "SPLINE", "MLINE", "3DSOLID", "REGION", "BODY", "HATCH", "LEADER"};
+                                 "3DFACE", "ELLIPSE", "RAY", "XLINE", "MTEXT", "POLYLINE", "DIMENSION", "SPLINE", "MLINE", "3DSOLID", "REGION", "BODY", "HATCH", "LEADER", "VIEWPORT"};
   auto typeOf = [](const std::string& entity) { return entity.substr(0, entity.find(':')); };
   // Modeler entities whose data is in the binary form are reported as not
   // read: the report's count must be exactly the ones the drawing lacks.
