@@ -348,6 +348,21 @@ TEST_P(DwgTwinHeader, HeaderVariablesEqualTheDxfTwins) {
   EXPECT_EQ(fromDwg->headerInt(L"$CECOLOR", -999), fromDxf->headerInt(L"$CECOLOR", -999));
 }
 
+TEST(DwgHeader, EveryDrawingsHeaderIsReadToItsEnd) {
+  // With or without a twin: the variables end where the data (R2007 on:
+  // the strings) begins, less the padding to a byte, and the strings are
+  // all read.
+  int files = 0;
+  for (const std::string& name : dwgFilesOfVersions({"AC1014", "AC1015", "AC1018", "AC1021", "AC1024", "AC1027", "AC1032"})) {
+    OdDwgFile file;
+    ASSERT_TRUE(file.open(readBytes(dwgCorpusDir() + "/" + name))) << name;
+    EXPECT_TRUE(file.header().read) << name;
+    EXPECT_LE(file.header().unreadBits, file.atLeast(kDwgR2007) ? 0u : 8u) << name;
+    ++files;
+  }
+  EXPECT_GE(files, 100);
+}
+
 class DwgSavedAsDxf : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(DwgSavedAsDxf, AuditsCleanInAnIndependentReader) {
