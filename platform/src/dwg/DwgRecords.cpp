@@ -79,13 +79,7 @@ void DwgToDxf::view(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, 
   // (R2000, with a UCS): base and named UCS.
   const bool r2007 = m_file.atLeast(kDwgR2007);
   const ViewHead v = viewHead(d);
-  if (r2007) {
-    d.readBit();
-    d.readRC();
-    d.readBD();
-    d.readBD();
-    m_file.readCMC(d);
-  }
+  if (r2007) lighting(d);  // not kept by views
   if (d.readBit()) flags |= 1;
   bool withUcs = false;
   double origin[3] = {0, 0, 0}, xAxis[3] = {1, 0, 0}, yAxis[3] = {0, 1, 0}, elevation = 0;
@@ -121,13 +115,7 @@ void DwgToDxf::view(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, 
   m_w.writeInt(281, v.render);
   m_w.writeInt(72, withUcs ? 1 : 0);
   if (!withUcs) return;
-  m_w.writePoint(110, origin[0], origin[1], origin[2]);
-  m_w.writePoint(111, xAxis[0], xAxis[1], xAxis[2]);
-  m_w.writePoint(112, yAxis[0], yAxis[1], yAxis[2]);
-  m_w.writeInt(79, ortho);
-  m_w.writeDouble(146, elevation);
-  if (namedUcs && isWrittenAny(namedUcs)) m_w.writeHandle(345, namedUcs);
-  if (baseUcs && isWrittenAny(baseUcs)) m_w.writeHandle(346, baseUcs);
+  writeUcs(origin, xAxis, yAxis, ortho, elevation, namedUcs, baseUcs);
 }
 
 void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags) {
@@ -141,17 +129,7 @@ void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitR
   // (R2007) background, visual style and sun; (R2000) named and base UCS.
   const bool r2007 = m_file.atLeast(kDwgR2007);
   const ViewHead v = viewHead(d);
-  bool defaultLights = false;
-  int lightingType = 0, ambient = 0;
-  uint32_t ambientRgb = 0;
-  double brightness = 0, contrast = 0;
-  if (r2007) {
-    defaultLights = d.readBit();
-    lightingType = d.readRC();
-    brightness = d.readBD();
-    contrast = d.readBD();
-    ambient = m_file.readCMC(d, &ambientRgb);
-  }
+  const Lighting light = r2007 ? lighting(d) : Lighting();
   int mode = v.mode;
   const double llx = d.readRD(), lly = d.readRD(), urx = d.readRD(), ury = d.readRD();
   if (d.readBit()) mode |= 8;  // UCS follow
@@ -216,23 +194,13 @@ void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitR
   if (!m_r2000) return;
   m_w.writeInt(281, v.render);
   m_w.writeInt(65, perViewport);
-  m_w.writePoint(110, origin[0], origin[1], origin[2]);
-  m_w.writePoint(111, xAxis[0], xAxis[1], xAxis[2]);
-  m_w.writePoint(112, yAxis[0], yAxis[1], yAxis[2]);
-  m_w.writeInt(79, ortho);
-  m_w.writeDouble(146, elevation);
-  if (namedUcs && isWrittenAny(namedUcs)) m_w.writeHandle(345, namedUcs);
-  if (baseUcs && isWrittenAny(baseUcs)) m_w.writeHandle(346, baseUcs);
+  writeUcs(origin, xAxis, yAxis, ortho, elevation, namedUcs, baseUcs);
   if (!r2007) return;
   if (background && isWrittenAny(background)) m_w.writeHandle(332, background);
   if (visualStyle && isWrittenAny(visualStyle)) m_w.writeHandle(348, visualStyle);
   m_w.writeInt(60, gridFlags);
   m_w.writeInt(61, gridMajor);
-  m_w.writeInt(292, defaultLights);
-  m_w.writeInt(282, lightingType);
-  m_w.writeDouble(141, brightness);
-  m_w.writeDouble(142, contrast);
-  ambientColour(ambient, ambientRgb);
+  writeLighting(light);
   if (sun && isWrittenAny(sun)) m_w.writeHandle(361, sun);
 }
 
@@ -291,17 +259,7 @@ void DwgToDxf::viewportEntity(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitR
   const double elevation = d.readBD();
   const int ortho = d.readBS();
   const int shadePlot = m_file.atLeast(kDwgR2004) ? d.readBS() : 0;
-  bool defaultLights = false;
-  int lightingType = 0, ambient = 0;
-  uint32_t ambientRgb = 0;
-  double brightness = 0, contrast = 0;
-  if (r2007) {
-    defaultLights = d.readBit();
-    lightingType = d.readRC();
-    brightness = d.readBD();
-    contrast = d.readBD();
-    ambient = m_file.readCMC(d, &ambientRgb);
-  }
+  const Lighting light = r2007 ? lighting(d) : Lighting();
   std::vector<uint64_t> frozenLayers;
   for (int32_t i = 0; i < frozen; ++i) frozenLayers.push_back(h.readH(o.handle).value);
   const uint64_t clip = h.readH(o.handle).value;
@@ -352,21 +310,43 @@ void DwgToDxf::viewportEntity(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitR
   if (background && isWrittenAny(background)) m_w.writeHandle(332, background);
   if (shadePlotId && isWrittenAny(shadePlotId)) m_w.writeHandle(333, shadePlotId);
   if (visualStyle && isWrittenAny(visualStyle)) m_w.writeHandle(348, visualStyle);
-  m_w.writeInt(292, defaultLights);
-  m_w.writeInt(282, lightingType);
-  m_w.writeDouble(141, brightness);
-  m_w.writeDouble(142, contrast);
-  ambientColour(ambient, ambientRgb);
+  writeLighting(light);
   if (sun && isWrittenAny(sun)) m_w.writeHandle(361, sun);
 }
 
-void DwgToDxf::ambientColour(int index, uint32_t rgb) {
+void DwgToDxf::writeUcs(const double origin[3], const double xAxis[3], const double yAxis[3], int ortho, double elevation,
+                        uint64_t namedUcs, uint64_t baseUcs) {
+  m_w.writePoint(110, origin[0], origin[1], origin[2]);
+  m_w.writePoint(111, xAxis[0], xAxis[1], xAxis[2]);
+  m_w.writePoint(112, yAxis[0], yAxis[1], yAxis[2]);
+  m_w.writeInt(79, ortho);
+  m_w.writeDouble(146, elevation);
+  if (namedUcs && isWrittenAny(namedUcs)) m_w.writeHandle(345, namedUcs);
+  if (baseUcs && isWrittenAny(baseUcs)) m_w.writeHandle(346, baseUcs);
+}
+
+DwgToDxf::Lighting DwgToDxf::lighting(OdDwgBitReader& d) {
+  Lighting l;
+  l.defaultLights = d.readBit();
+  l.type = d.readRC();
+  l.brightness = d.readBD();
+  l.contrast = d.readBD();
+  l.ambient = m_file.readCMC(d, &l.ambientRgb);
+  return l;
+}
+
+void DwgToDxf::writeLighting(const Lighting& l) {
+  m_w.writeInt(292, l.defaultLights);
+  m_w.writeInt(282, l.type);
+  m_w.writeDouble(141, l.brightness);
+  m_w.writeDouble(142, l.contrast);
   // A true colour is written with the palette entry nearest to it.
-  if (rgb >> 24 == 0xC2) {
+  if (l.ambientRgb >> 24 == 0xC2) {
+    const uint32_t rgb = l.ambientRgb;
     m_w.writeInt(63, OdCmEntityColor::lookUpACI((rgb >> 16) & 0xFF, (rgb >> 8) & 0xFF, rgb & 0xFF));
     m_w.writeInt(421, rgb & 0xFFFFFF);
-  } else if (index != 0) {
-    m_w.writeInt(63, index);
+  } else if (l.ambient != 0) {
+    m_w.writeInt(63, l.ambient);
   }
 }
 

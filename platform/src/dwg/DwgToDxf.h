@@ -172,8 +172,20 @@ class DwgToDxf {
   void viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags);
   void view(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags);
   void viewportEntity(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
-  // The ambient colour of viewports (DXF 63, and 421 for a true colour).
-  void ambientColour(int index, uint32_t rgb);
+  // The lighting of viewports and their records (R2007 on): B default
+  // lights, RC lighting type, BD brightness and contrast, CMC ambient
+  // colour; written as DXF 292, 282, 141, 142, 63 (and 421 for a true colour).
+  struct Lighting {
+    bool defaultLights = false;
+    int type = 0, ambient = 0;
+    uint32_t ambientRgb = 0;
+    double brightness = 0, contrast = 0;
+  };
+  Lighting lighting(OdDwgBitReader& d);
+  // The UCS of views and viewport records: DXF 110-112, 79, 146, 345, 346.
+  void writeUcs(const double origin[3], const double xAxis[3], const double yAxis[3], int ortho, double elevation,
+                uint64_t namedUcs, uint64_t baseUcs);
+  void writeLighting(const Lighting& l);
   // DwgCurves.cpp
   void spline(const OdDwgObject& o, OdDwgBitReader& d);
   void mline(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
