@@ -176,7 +176,7 @@ void OdDwgBitReader::useStringStreamEndingAt(size_t endBit) {
   if (endBit == 0 || endBit > m_bits) throw OdDwgDecodeError("string stream end outside the data", endBit);
   const size_t saved = m_pos;
   m_strings = true;
-  m_stringPos = m_stringEnd = 0;
+  m_stringPos = m_stringEnd = m_stringPos0 = 0;
   m_pos = endBit - 1;
   if (!readBit()) {
     m_pos = saved;
@@ -194,7 +194,7 @@ void OdDwgBitReader::useStringStreamEndingAt(size_t endBit) {
   }
   m_pos = saved;
   if (size > at) throw OdDwgDecodeError("string stream larger than the data", at);
-  m_stringPos = at - size;
+  m_stringPos = m_stringPos0 = at - size;
   m_stringEnd = at;
 }
 

@@ -96,6 +96,10 @@ class OdDwgBitReader {
   // Colours (CMC) depend on the file's version: see OdDwgFile::readCMC.
   // Skips whole bytes (for blobs whose contents are not needed).
   void skipBytes(size_t n);
+  // R2007 on, once the string stream is set: where it begins (so where the
+  // data before it ends) and the bits of it not read yet.
+  size_t stringStreamStart() const { return m_strings && m_stringEnd ? m_stringPos0 : m_bits; }
+  size_t stringBitsLeft() const { return m_stringEnd > m_stringPos ? m_stringEnd - m_stringPos : 0; }
 
  private:
   [[noreturn]] void overrun(size_t wanted) const;
@@ -106,4 +110,5 @@ class OdDwgBitReader {
   size_t m_pos = 0;
   bool m_strings = false;           // strings come from the string stream
   size_t m_stringPos = 0, m_stringEnd = 0;
+  size_t m_stringPos0 = 0;          // where the string stream begins
 };

@@ -491,7 +491,7 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
       {0x1D, L"POLYLINE"}, {0x1E, L"POLYLINE"}, {0x0C, L"VERTEX"}, {0x0D, L"VERTEX"}, {0x0E, L"VERTEX"},
       {0x14, L"DIMENSION"}, {0x15, L"DIMENSION"}, {0x16, L"DIMENSION"}, {0x17, L"DIMENSION"}, {0x18, L"DIMENSION"},
       {0x19, L"DIMENSION"}, {0x1A, L"DIMENSION"}, {0x24, L"SPLINE"}, {0x2F, L"MLINE"},
-      {0x25, L"REGION"}, {0x26, L"3DSOLID"}, {0x27, L"BODY"}, {0x4E, L"HATCH"}, {0x2D, L"LEADER"}, {0x1000, L"IMAGE"}, {0x1001, L"WIPEOUT"}};
+      {0x25, L"REGION"}, {0x26, L"3DSOLID"}, {0x27, L"BODY"}, {0x4E, L"HATCH"}, {0x2D, L"LEADER"}, {0x22, L"VIEWPORT"}, {0x1000, L"IMAGE"}, {0x1001, L"WIPEOUT"}};
   // R13 and R14 keep light polylines as a class of their own.
   const unsigned type = o.type >= 500 && o.dxfName == L"LWPOLYLINE" ? 0x4D : o.type >= 500 && o.dxfName == L"IMAGE"     ? 0x1000
                       : o.type >= 500 && o.dxfName == L"WIPEOUT" ? 0x1001
@@ -536,6 +536,7 @@ bool DwgToDxf::emit(const OdDwgObject& o) {
       case 0x25: case 0x26: case 0x27: modelerGeometry(o, d, h); break;
       case 0x4E: hatch(o, d, h); break;
       case 0x2D: leader(o, d, h); break;
+      case 0x22: viewportEntity(o, d, h); break;
       case 0x1000: image(d, h, o, L"AcDbRasterImage"); break;
       case 0x1001: image(d, h, o, L"AcDbWipeout"); break;
     }

@@ -111,10 +111,11 @@ void OdDwgFile::problem(size_t offset, const std::string& what) {
   m_problems.push_back((m_section.empty() ? "" : m_section + " ") + "offset 0x" + hex(offset) + ": " + what);
 }
 
-int OdDwgFile::readCMC(OdDwgBitReader& r) const {
+int OdDwgFile::readCMC(OdDwgBitReader& r, uint32_t* rgbOut) const {
   int index = r.readBS();
   if (!atLeast(kDwgR2004)) return index;
   const uint32_t rgb = static_cast<uint32_t>(r.readBL());
+  if (rgbOut) *rgbOut = rgb;
   const uint8_t flags = r.readRC();
   if (flags & 1) r.readTV(m_codePage);  // colour name
   if (flags & 2) r.readTV(m_codePage);  // colour book name
@@ -317,15 +318,20 @@ void OdDwgFile::readHeader(const std::vector<uint8_t>& buf, size_t seeker, size_
   auto flag = [&](const wchar_t* name) { const bool v = r.readBit(); if (name) h.ints.emplace_back(name, v ? 1 : 0); };
   auto shortVar = [&](const wchar_t* name) { const int v = r.readBS(); if (name) h.ints.emplace_back(name, v); };
   auto real = [&](const wchar_t* name) { const double v = r.readBD(); if (name) h.reals.emplace_back(name, v); };
+  auto value = [&](OdDwgHeaderValue::Kind kind, const wchar_t* name, int code) -> OdDwgHeaderValue& {
+    return h.addValue(kind, name, code);
+  };
+  auto ref = [&]() { return atLeast(kDwgR2007) ? handles.readH() : r.readH(); };
   try {
     if (atLeast(kDwgR2007)) {
       const size_t dataEnd = std::min<size_t>(r.bitSize(), readDataBits(r));
       r.useStringStreamEndingAt(dataEnd);
       handles.seekBit(dataEnd);
-      // The handle stream begins with the current layer, text style and linetype.
-      h.currentLayer = handles.readH().value;
-      h.currentTextStyle = handles.readH().value;
-      h.currentLinetype = handles.readH().value;
+    }
+    if (atLeast(kDwgR2013)) {
+      // The versions required to read the drawing: a long of 3 bits of
+      // byte count and that many bytes.
+      for (unsigned n = r.readBits(3); n > 0; --n) r.readRC();
     }
     for (int i = 0; i < 4; ++i) r.readBD();
     for (int i = 0; i < 4; ++i) r.readTV(m_codePage);
@@ -385,21 +391,250 @@ void OdDwgFile::readHeader(const std::vector<uint8_t>& buf, size_t seeker, size_
                                 L"$CMLSCALE", L"$CELTSCALE"}) {
       real(name);
     }
-    r.readTV(m_codePage);  // menu name
-    // Creation and update dates, (R2004 on) three longs, time in the
-    // drawing and the user timer.
-    for (int i = 0; i < (atLeast(kDwgR2004) ? 11 : 8); ++i) r.readBL();
-    h.currentColor = readCMC(r);
-    h.handseed = r.readH().value;
-    if (!atLeast(kDwgR2007)) {
-      h.currentLayer = r.readH().value;
-      h.currentTextStyle = r.readH().value;
-      h.currentLinetype = r.readH().value;
+    value(OdDwgHeaderValue::kText, L"$MENU", 1).text = r.readTV(m_codePage);
+    // Dates and times: BL days and BL milliseconds into the day; R2004 on
+    // three longs between the update date and the time in the drawing.
+    auto date = [&](const wchar_t* name) {
+      const double days = r.readBL();
+      value(OdDwgHeaderValue::kReal, name, 40).v[0] = days + r.readBL() / 86400000.0;
+    };
+    // The creation and update dates are kept in universal time.
+    date(L"$TDUCREATE");
+    date(L"$TDUUPDATE");
+    if (atLeast(kDwgR2004)) {
+      for (int i = 0; i < 3; ++i) r.readBL();  // undocumented
     }
+    date(L"$TDINDWG");
+    date(L"$TDUSRTIMER");
+    h.currentColor = readCMC(r);
+    // The handle seed stays in the data; references go to their own stream from R2007 on.
+    h.handseed = r.readH().value;
+    h.currentLayer = ref().value;
+    h.currentTextStyle = ref().value;
+    h.currentLinetype = ref().value;
+    readHeaderRest(r, handles);
+    // The data ends where the strings begin (R2007 on) or after the size
+    // given before it, padded to a byte.
+    size_t end = r.stringStreamStart();
+    if (!atLeast(kDwgR2007)) {
+      OdDwgBitReader sizeReader(buf.data() + seeker + 16, 4);
+      end = std::min<size_t>(r.bitSize(), sizeReader.readRL() * size_t{8});
+    }
+    h.unreadBits = (end > r.bitPosition() ? end - r.bitPosition() : 0) + r.stringBitsLeft();
     h.read = true;
   } catch (const OdDwgDecodeError& e) {
     problem(seeker + 20 + e.bit / 8, std::string("header variables: ") + e.what());
   }
+}
+
+void OdDwgFile::readHeaderRest(OdDwgBitReader& r, OdDwgBitReader& handles) {
+  // The variables after the current linetype, in the file's order.
+  using V = OdDwgHeaderValue;
+  OdDwgHeader& h = m_header;
+  const bool r2000 = isR2000(), r2004 = atLeast(kDwgR2004), r2007 = atLeast(kDwgR2007);
+  auto value = [&](V::Kind kind, const wchar_t* name, int code) -> V& { return h.addValue(kind, name, code); };
+  auto ref = [&]() { return (r2007 ? handles : r).readH().value; };
+  auto flag = [&](const wchar_t* name) { value(V::kInt, name, 70).v[0] = r.readBit(); };
+  auto shortVar = [&](const wchar_t* name, int code = 70) { value(V::kInt, name, code).v[0] = r.readBS(); };
+  auto byte = [&](const wchar_t* name, int code = 280) { value(V::kInt, name, code).v[0] = r.readRC(); };
+  auto real = [&](const wchar_t* name) { value(V::kReal, name, 40).v[0] = r.readBD(); };
+  auto point3 = [&](const wchar_t* name) {
+    V& v = value(V::kPoint3, name, 10);
+    for (double& c : v.v) c = r.readBD();
+  };
+  auto point2 = [&](const wchar_t* name) {
+    V& v = value(V::kPoint2, name, 10);
+    v.v[0] = r.readRD();
+    v.v[1] = r.readRD();
+  };
+  auto text = [&](const wchar_t* name, int code) { value(V::kText, name, code).text = r.readTV(m_codePage); };
+  auto named = [&](const wchar_t* name, int code) { value(V::kName, name, code).handle = ref(); };
+  auto handle = [&](const wchar_t* name, int code) { value(V::kHandle, name, code).handle = ref(); };
+  auto colour = [&](const wchar_t* name, int code) { value(V::kInt, name, code).v[0] = readCMC(r); };
+
+  if (r2007) handle(L"$CMATERIAL", 347);
+  named(L"$DIMSTYLE", 2);
+  named(L"$CMLSTYLE", 2);
+  if (r2000) real(L"$PSVPSCALE");
+  // Paper space, then model space: insertion base, extents, limits,
+  // elevation and UCS, (R2000) the orthographic UCS.
+  for (const bool paper : {true, false}) {
+    point3(paper ? L"$PINSBASE" : L"$INSBASE");
+    point3(paper ? L"$PEXTMIN" : L"$EXTMIN");
+    point3(paper ? L"$PEXTMAX" : L"$EXTMAX");
+    point2(paper ? L"$PLIMMIN" : L"$LIMMIN");
+    point2(paper ? L"$PLIMMAX" : L"$LIMMAX");
+    real(paper ? L"$PELEVATION" : L"$ELEVATION");
+    point3(paper ? L"$PUCSORG" : L"$UCSORG");
+    point3(paper ? L"$PUCSXDIR" : L"$UCSXDIR");
+    point3(paper ? L"$PUCSYDIR" : L"$UCSYDIR");
+    named(paper ? L"$PUCSNAME" : L"$UCSNAME", 2);
+    if (!r2000) continue;
+    named(paper ? L"$PUCSORTHOREF" : L"$UCSORTHOREF", 2);
+    shortVar(paper ? L"$PUCSORTHOVIEW" : L"$UCSORTHOVIEW");
+    named(paper ? L"$PUCSBASE" : L"$UCSBASE", 2);
+    static const wchar_t* const kPaper[] = {L"$PUCSORGTOP", L"$PUCSORGBOTTOM", L"$PUCSORGLEFT", L"$PUCSORGRIGHT", L"$PUCSORGFRONT", L"$PUCSORGBACK"};
+    static const wchar_t* const kModel[] = {L"$UCSORGTOP", L"$UCSORGBOTTOM", L"$UCSORGLEFT", L"$UCSORGRIGHT", L"$UCSORGFRONT", L"$UCSORGBACK"};
+    for (int i = 0; i < 6; ++i) point3(paper ? kPaper[i] : kModel[i]);
+  }
+  if (r2000) {
+    text(L"$DIMPOST", 1);
+    text(L"$DIMAPOST", 1);
+  } else {
+    // R13 and R14 keep the dimension flags first, some in bytes.
+    for (const wchar_t* name : {L"$DIMTOL", L"$DIMLIM", L"$DIMTIH", L"$DIMTOH", L"$DIMSE1", L"$DIMSE2", L"$DIMALT", L"$DIMTOFL",
+                                L"$DIMSAH", L"$DIMTIX", L"$DIMSOXD"}) {
+      flag(name);
+    }
+    byte(L"$DIMALTD", 70);
+    byte(L"$DIMZIN", 70);
+    flag(L"$DIMSD1");
+    flag(L"$DIMSD2");
+    for (const wchar_t* name : {L"$DIMTOLJ", L"$DIMJUST", L"$DIMFIT"}) byte(name, 70);
+    flag(L"$DIMUPT");
+    for (const wchar_t* name : {L"$DIMTZIN", L"$DIMALTZ", L"$DIMALTTZ", L"$DIMTAD"}) byte(name, 70);
+    for (const wchar_t* name : {L"$DIMUNIT", L"$DIMAUNIT", L"$DIMDEC", L"$DIMTDEC", L"$DIMALTU", L"$DIMALTTD"}) shortVar(name);
+    named(L"$DIMTXSTY", 7);
+  }
+  for (const wchar_t* name : {L"$DIMSCALE", L"$DIMASZ", L"$DIMEXO", L"$DIMDLI", L"$DIMEXE", L"$DIMRND", L"$DIMDLE", L"$DIMTP", L"$DIMTM"}) {
+    real(name);
+  }
+  if (r2007) {
+    real(L"$DIMFXL");
+    real(L"$DIMJOGANG");
+    shortVar(L"$DIMTFILL");
+    colour(L"$DIMTFILLCLR", 70);
+  }
+  if (r2000) {
+    for (const wchar_t* name : {L"$DIMTOL", L"$DIMLIM", L"$DIMTIH", L"$DIMTOH", L"$DIMSE1", L"$DIMSE2"}) flag(name);
+    for (const wchar_t* name : {L"$DIMTAD", L"$DIMZIN", L"$DIMAZIN"}) shortVar(name);
+  }
+  if (r2007) shortVar(L"$DIMARCSYM");
+  for (const wchar_t* name : {L"$DIMTXT", L"$DIMCEN", L"$DIMTSZ", L"$DIMALTF", L"$DIMLFAC", L"$DIMTVP", L"$DIMTFAC", L"$DIMGAP"}) {
+    real(name);
+  }
+  if (!r2000) {
+    for (const wchar_t* name : {L"$DIMPOST", L"$DIMAPOST", L"$DIMBLK", L"$DIMBLK1", L"$DIMBLK2"}) text(name, 1);
+  } else {
+    real(L"$DIMALTRND");
+    flag(L"$DIMALT");
+    shortVar(L"$DIMALTD");
+    for (const wchar_t* name : {L"$DIMTOFL", L"$DIMSAH", L"$DIMTIX", L"$DIMSOXD"}) flag(name);
+  }
+  for (const wchar_t* name : {L"$DIMCLRD", L"$DIMCLRE", L"$DIMCLRT"}) colour(name, 70);
+  if (r2000) {
+    for (const wchar_t* name : {L"$DIMADEC", L"$DIMDEC", L"$DIMTDEC", L"$DIMALTU", L"$DIMALTTD", L"$DIMAUNIT", L"$DIMFRAC",
+                                L"$DIMLUNIT", L"$DIMDSEP", L"$DIMTMOVE", L"$DIMJUST"}) {
+      shortVar(name);
+    }
+    flag(L"$DIMSD1");
+    flag(L"$DIMSD2");
+    for (const wchar_t* name : {L"$DIMTOLJ", L"$DIMTZIN", L"$DIMALTZ", L"$DIMALTTZ"}) shortVar(name);
+    flag(L"$DIMUPT");
+    shortVar(L"$DIMATFIT");
+  }
+  if (r2007) flag(L"$DIMFXLON");
+  if (atLeast(kDwgR2010)) {
+    flag(L"$DIMTXTDIRECTION");
+    real(L"$DIMALTMZF");
+    text(L"$DIMALTMZS", 1);
+    real(L"$DIMMZF");
+    text(L"$DIMMZS", 1);
+  }
+  if (r2000) {
+    named(L"$DIMTXSTY", 7);
+    for (const wchar_t* name : {L"$DIMLDRBLK", L"$DIMBLK", L"$DIMBLK1", L"$DIMBLK2"}) named(name, 1);
+  }
+  if (r2007) {
+    for (const wchar_t* name : {L"$DIMLTYPE", L"$DIMLTEX1", L"$DIMLTEX2"}) named(name, 6);
+  }
+  if (r2000) {
+    shortVar(L"$DIMLWD");
+    shortVar(L"$DIMLWE");
+  }
+  // The nine table controls, (R13-R2000) the viewport entity control, the
+  // group, multiline style and named object dictionaries.
+  for (int i = 0; i < (r2004 ? 12 : 13); ++i) ref();
+  if (r2000) {
+    r.readBS();  // stacked text alignment
+    r.readBS();  // stacked text size
+    text(L"$HYPERLINKBASE", 1);
+    text(L"$STYLESHEET", 1);
+    for (int i = 0; i < 3; ++i) ref();  // layout, plot settings and plot style dictionaries
+    if (r2004) {
+      ref();  // materials
+      ref();  // colours
+    }
+    if (r2007) ref();  // visual styles
+    if (atLeast(kDwgR2013)) ref();
+    // Lineweight, line ends and joins, and switches in one long.
+    const uint32_t flags = r.readBL();
+    value(V::kLineWeight, L"$CELWEIGHT", 370).v[0] = flags & 0x1F;
+    value(V::kInt, L"$ENDCAPS", 280).v[0] = (flags & 0x60) >> 5;
+    value(V::kInt, L"$JOINSTYLE", 280).v[0] = (flags & 0x180) >> 7;
+    value(V::kInt, L"$LWDISPLAY", 290).v[0] = !(flags & 0x200);
+    value(V::kInt, L"$XEDIT", 290).v[0] = !(flags & 0x400);
+    value(V::kInt, L"$EXTNAMES", 290).v[0] = (flags & 0x800) != 0;
+    value(V::kInt, L"$PSTYLEMODE", 290).v[0] = (flags & 0x2000) != 0;
+    value(V::kInt, L"$OLESTARTUP", 290).v[0] = (flags & 0x4000) != 0;
+    shortVar(L"$INSUNITS");
+    shortVar(L"$CEPSNTYPE", 380);
+    if (h.values.back().v[0] == 3) handle(L"$CEPSNID", 390);
+    text(L"$FINGERPRINTGUID", 2);
+    text(L"$VERSIONGUID", 2);
+  }
+  if (r2004) {
+    for (const wchar_t* name : {L"$SORTENTS", L"$INDEXCTL", L"$HIDETEXT", L"$XCLIPFRAME", L"$DIMASSOC", L"$HALOGAP"}) byte(name);
+    // Before R2010 the clip frame is a switch (1 shown); later 2 also
+    // means shown but not plotted.
+    OdDwgHeaderValue& clipFrame = h.values[h.values.size() - 3];
+    if (!atLeast(kDwgR2010)) {
+      clipFrame.code = 290;
+      clipFrame.v[0] = clipFrame.v[0] == 1;
+    }
+    shortVar(L"$OBSCOLOR");
+    shortVar(L"$INTERSECTIONCOLOR");
+    byte(L"$OBSLTYPE");
+    byte(L"$INTERSECTIONDISPLAY");
+    text(L"$PROJECTNAME", 1);
+  }
+  // The paper and model space blocks, the ByLayer, ByBlock and Continuous linetypes.
+  for (int i = 0; i < 5; ++i) ref();
+  if (r2007) readHeaderR2007(r, handles);
+  // Four shorts of no known use end the variables (R14 on).
+  if (atLeast(kDwgR14)) {
+    for (int i = 0; i < 4; ++i) r.readBS();
+  }
+}
+
+void OdDwgFile::readHeaderR2007(OdDwgBitReader& r, OdDwgBitReader& handles) {
+  // Camera, walk, solid history, lofting, geographic location, lights and
+  // interference settings.
+  using V = OdDwgHeaderValue;
+  OdDwgHeader& h = m_header;
+  auto byte = [&](const wchar_t* name) { h.addValue(V::kInt, name, 280).v[0] = r.readRC(); };
+  auto real = [&](const wchar_t* name) { h.addValue(V::kReal, name, 40).v[0] = r.readBD(); };
+  auto handle = [&](const wchar_t* name, int code) { h.addValue(V::kHandle, name, code).handle = handles.readH().value; };
+  h.addValue(V::kInt, L"$CAMERADISPLAY", 290).v[0] = r.readBit();
+  r.readBL();
+  r.readBL();
+  r.readBD();
+  for (const wchar_t* name : {L"$STEPSPERSEC", L"$STEPSIZE", L"$3DDWFPREC", L"$LENSLENGTH", L"$CAMERAHEIGHT"}) real(name);
+  byte(L"$SOLIDHIST");
+  byte(L"$SHOWHIST");
+  for (const wchar_t* name : {L"$PSOLWIDTH", L"$PSOLHEIGHT", L"$LOFTANG1", L"$LOFTANG2", L"$LOFTMAG1", L"$LOFTMAG2"}) real(name);
+  h.addValue(V::kInt, L"$LOFTPARAM", 70).v[0] = r.readBS();
+  byte(L"$LOFTNORMALS");
+  for (const wchar_t* name : {L"$LATITUDE", L"$LONGITUDE", L"$NORTHDIRECTION"}) real(name);
+  h.addValue(V::kInt, L"$TIMEZONE", 70).v[0] = r.readBL();
+  for (const wchar_t* name : {L"$LIGHTGLYPHDISPLAY", L"$TILEMODELIGHTSYNCH", L"$DWFFRAME", L"$DGNFRAME"}) byte(name);
+  r.readBit();
+  h.addValue(V::kInt, L"$INTERFERECOLOR", 62).v[0] = readCMC(r);
+  handle(L"$INTERFEREOBJVS", 345);
+  handle(L"$INTERFEREVPVS", 346);
+  handle(L"$DRAGVS", 349);
+  byte(L"$CSHADOW");
+  real(L"$SHADOWPLANELOCATION");
 }
 
 void OdDwgFile::readObjectMap(const std::vector<uint8_t>& buf, size_t seeker, size_t size) {

@@ -74,14 +74,38 @@ struct OdDwgObject {
   bool decoded = false;     // common data read without error
 };
 
-// The header variables read so far (R13-R2000 keep them in one bit stream in
-// a fixed order; these are the ones up to the current layer and styles).
+// One header variable after the current linetype, with the DXF group it is
+// written with: a number, a point, a text, or a reference to an object
+// (written as the object's name or as its handle).
+struct OdDwgHeaderValue {
+  enum Kind { kInt, kReal, kPoint2, kPoint3, kText, kName, kHandle, kLineWeight };
+  Kind kind = kInt;
+  const wchar_t* name = nullptr;
+  int code = 0;
+  double v[3] = {};
+  OdString text;
+  uint64_t handle = 0;
+};
+
+// The header variables (kept in one bit stream in a fixed order; R2007 on
+// with their texts and references in streams of their own).
 struct OdDwgHeader {
   bool read = false;
   std::vector<std::pair<const wchar_t*, int>> ints;        // name, value (DXF group 70)
   std::vector<std::pair<const wchar_t*, double>> reals;    // name, value (DXF group 40; angles in radians)
+  std::vector<OdDwgHeaderValue> values;                    // the variables after the current linetype
   int currentColor = 256;
   uint64_t handseed = 0, currentLayer = 0, currentTextStyle = 0, currentLinetype = 0;
+  // Bits of the data (and R2007 on of the strings) left after the last
+  // variable: what the reader does not account for.
+  size_t unreadBits = 0;
+  OdDwgHeaderValue& addValue(OdDwgHeaderValue::Kind kind, const wchar_t* name, int code) {
+    OdDwgHeaderValue& v = values.emplace_back();
+    v.kind = kind;
+    v.name = name;
+    v.code = code;
+    return v;
+  }
 };
 
 class OdDwgFile {
@@ -122,8 +146,9 @@ class OdDwgFile {
   // A colour of tables and header variables: up to R2000 the colour index
   // (BS); from R2004 on BS index, BL RGB value (its high byte says how the
   // colour is given), RC flags and the names they announce. Returns the
-  // colour index (256 ByLayer, 0 ByBlock).
-  int readCMC(OdDwgBitReader& r) const;
+  // colour index (256 ByLayer, 0 ByBlock); `rgb`, when given, receives
+  // the RGB value with its high byte.
+  int readCMC(OdDwgBitReader& r, uint32_t* rgb = nullptr) const;
 
   // The DXF name of a built-in object type (empty when unknown).
   static const wchar_t* builtinTypeName(unsigned type);
@@ -143,6 +168,10 @@ class OdDwgFile {
   // Sections read from `bytes` (the file or a decoded section) at `seeker`.
   // The bit position where an R2007-on section's data and strings end.
   size_t readDataBits(OdDwgBitReader& r) const;
+  // The header variables after the current linetype (`handles`: the
+  // stream of references from R2007 on).
+  void readHeaderRest(OdDwgBitReader& r, OdDwgBitReader& handles);
+  void readHeaderR2007(OdDwgBitReader& r, OdDwgBitReader& handles);
   void readClasses(const std::vector<uint8_t>& bytes, size_t seeker, size_t size);
   void readHeader(const std::vector<uint8_t>& bytes, size_t seeker, size_t size);
   void readObjectMap(const std::vector<uint8_t>& bytes, size_t seeker, size_t size);

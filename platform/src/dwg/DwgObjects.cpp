@@ -243,8 +243,8 @@ void DwgToDxf::layout(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
   m_w.writePoint(17, yAxis[0], yAxis[1], yAxis[2]);
   m_w.writeInt(76, orthoType);
   m_w.writeHandle(330, block);
-  // Only references to what is written (viewport entities are not read yet).
-  if (viewport && isWrittenAny(viewport) && m_file.find(viewport)->type != 0x22) m_w.writeHandle(331, viewport);
+  // Only references to what is written.
+  if (viewport && isWrittenAny(viewport)) m_w.writeHandle(331, viewport);
   if (namedUcs && isWrittenAny(namedUcs)) m_w.writeHandle(345, namedUcs);
   if (baseUcs && isWrittenAny(baseUcs)) m_w.writeHandle(346, baseUcs);
 }
@@ -263,8 +263,8 @@ void DwgToDxf::sortents(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader&
   m_w.writeHandle(330, block);
   for (int32_t i = 0; i < count; ++i) {
     const uint64_t entity = h.readH(o.handle).value;
-    // Entries of entities not read (viewports) are left out with them.
-    if (entity && (!isWrittenAny(entity) || m_file.find(entity)->type == 0x22)) continue;
+    // Entries of entities not read are left out with them.
+    if (entity && !isWrittenAny(entity)) continue;
     m_w.writeHandle(331, entity);
     m_w.writeHandle(5, sortHandles[static_cast<size_t>(i)]);
   }
@@ -439,9 +439,8 @@ void DwgToDxf::xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& 
     switch (OdDxf::valueTypeOf(code)) {
       case OdDxf::ValueType::kString: {
         const uint16_t length = d.readRS();
-        if (m_file.atLeast(kDwgR2010)) {
-          // R2010 on: a count of UTF-16 units and the units (R2007 keeps
-          // the code-page form here).
+        if (m_file.atLeast(kDwgR2007)) {
+          // R2007 on: a count of UTF-16 units and the units.
           std::wstring units;
           for (size_t i = 0; i < length; ++i) units += static_cast<wchar_t>(d.readRS());
           items.push_back(OdDxfTag::str(code, OdString(std::move(units))));
@@ -516,26 +515,16 @@ bool DwgToDxf::object(const OdDwgObject& o) {
       header(o, o.owner);
       proxyData(o);
     } else {
-      // Item count, (R14) a byte, (R2000) cloning and hard-owner flags, the names; then one handle per item.
-      const int32_t items = d.readBL();
-      if (items < 0 || static_cast<size_t>(items) > o.size) throw OdDwgDecodeError("implausible item count", d.bitPosition());
       int cloning = 1;
-      if (m_file.versionName() == "AC1014") d.readRC();
-      if (m_r2000) {
-        cloning = d.readBS();
-        d.readRC();  // said to be the hard-owner flag, but set where the DXF twins show none: not used
-      }
-      std::vector<OdString> names;
-      for (int32_t i = 0; i < items; ++i) names.push_back(d.readTV(m_cp));
+      const auto entries = dictionaryEntries(o, d, h, cloning);
       m_w.writeString(0, L"DICTIONARY");
       header(o, o.owner);
       m_w.writeString(100, L"AcDbDictionary");
       m_w.writeInt(281, cloning);
-      for (int32_t i = 0; i < items; ++i) {
-        const OdDwgHandleRef item = h.readH(o.handle);
+      for (const auto& [name, item] : entries) {
         // Entries whose objects are not read yet are left out with them.
         if (!isWritten(item.value)) continue;
-        m_w.writeString(3, names[static_cast<size_t>(i)]);
+        m_w.writeString(3, name);
         m_w.writeHandle(item.code == 2 ? 360 : 350, item.value);
       }
     }
@@ -543,5 +532,21 @@ bool DwgToDxf::object(const OdDwgObject& o) {
   });
 }
 
+
+std::vector<std::pair<OdString, OdDwgHandleRef>> DwgToDxf::dictionaryEntries(const OdDwgObject& o, OdDwgBitReader& d,
+                                                                              OdDwgBitReader& h, int& cloning) const {
+  // Item count, (R14) a byte, (R2000) cloning and hard-owner flags, the names; then one handle per item.
+  const int32_t items = d.readBL();
+  if (items < 0 || static_cast<size_t>(items) > o.size) throw OdDwgDecodeError("implausible item count", d.bitPosition());
+  if (m_file.versionName() == "AC1014") d.readRC();
+  if (m_r2000) {
+    cloning = d.readBS();
+    d.readRC();  // said to be the hard-owner flag, but set where the DXF twins show none: not used
+  }
+  std::vector<std::pair<OdString, OdDwgHandleRef>> entries;
+  for (int32_t i = 0; i < items; ++i) entries.emplace_back(d.readTV(m_cp), OdDwgHandleRef());
+  for (auto& entry : entries) entry.second = h.readH(o.handle);
+  return entries;
+}
 
 }  // namespace oddwg

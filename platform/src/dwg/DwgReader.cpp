@@ -51,6 +51,25 @@ void DwgToDxf::entityList(uint64_t block) {
   }
 }
 
+OdString DwgToDxf::headerName(uint64_t handle) const {
+  // Table records by their names; the multiline style (an object of a
+  // dictionary) by its entry's name in the dictionary that owns it.
+  const OdDwgObject* o = m_file.find(handle);
+  const OdDwgObject* dictionary = o && o->decoded && o->dxfName == L"MLINESTYLE" ? m_file.find(o->owner) : nullptr;
+  if (!dictionary || !dictionary->decoded || dictionary->dxfName != L"DICTIONARY") return nameOf(handle);
+  try {
+    OdDwgBitReader d = m_file.objectReader(*dictionary), h = m_file.objectReader(*dictionary);
+    d.seekBit(dictionary->dataBit);
+    h.seekBit(dictionary->handleBit);
+    int cloning = 1;
+    for (const auto& [name, item] : dictionaryEntries(*dictionary, d, h, cloning)) {
+      if (item.value == handle) return name;
+    }
+  } catch (const OdDwgDecodeError&) {
+  }
+  return OdString();
+}
+
 OdDxfTagStream DwgToDxf::convert() {
   uint64_t seed = 1;
   for (const OdDwgObject& o : m_file.objects()) {
@@ -94,6 +113,21 @@ OdDxfTagStream DwgToDxf::convert() {
       m_w.writeString(9, names[i].first);
       m_w.writeString(codes[i], nameOf(names[i].second));
     }
+    for (const OdDwgHeaderValue& v : header.values) {
+      // References are written only to objects that are written.
+      if (v.kind == OdDwgHeaderValue::kHandle && !(v.handle && isWrittenAny(v.handle))) continue;
+      m_w.writeString(9, v.name);
+      switch (v.kind) {
+        case OdDwgHeaderValue::kInt: m_w.writeInt(v.code, static_cast<int>(v.v[0])); break;
+        case OdDwgHeaderValue::kLineWeight: m_w.writeInt(v.code, lineWeightOf(static_cast<int>(v.v[0]))); break;
+        case OdDwgHeaderValue::kReal: m_w.writeDouble(v.code, v.v[0]); break;
+        case OdDwgHeaderValue::kPoint2: m_w.writePoint(v.code, v.v[0], v.v[1]); break;
+        case OdDwgHeaderValue::kPoint3: m_w.writePoint(v.code, v.v[0], v.v[1], v.v[2]); break;
+        case OdDwgHeaderValue::kText: m_w.writeString(v.code, v.text); break;
+        case OdDwgHeaderValue::kName: m_w.writeString(v.code, v.handle ? headerName(v.handle) : OdString()); break;
+        case OdDwgHeaderValue::kHandle: m_w.writeHandle(v.code, v.handle); break;
+      }
+    }
   }
   m_w.writeString(0, L"ENDSEC");
   flush();
@@ -135,7 +169,8 @@ OdDxfTagStream DwgToDxf::convert() {
         m_report.repairs.push_back(OdString().format(L"%ls record %ls is not listed in its table; left out", kind.name(), hexOf(o.handle).c_str()));
         continue;
       }
-      if (o.type != 0x31 && o.type != 0x33 && o.type != 0x35 && o.type != 0x39 && o.type != 0x43 && o.type != 0x45 && o.type != 0x41 && o.type != 0x3D) {
+      if (o.type != 0x31 && o.type != 0x33 && o.type != 0x35 && o.type != 0x39 && o.type != 0x43 && o.type != 0x45 && o.type != 0x41 && o.type != 0x3D &&
+          o.type != 0x3F) {
         notRead(o);
         continue;
       }

@@ -1,6 +1,7 @@
 // Symbol-table records of a DWG file, written as the groups of their tables.
 #include <algorithm>
 
+#include "CmColor.h"
 #include "dwg/DwgToDxf.h"
 
 namespace oddwg {
@@ -78,13 +79,7 @@ void DwgToDxf::view(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, 
   // (R2000, with a UCS): base and named UCS.
   const bool r2007 = m_file.atLeast(kDwgR2007);
   const ViewHead v = viewHead(d);
-  if (r2007) {
-    d.readBit();
-    d.readRC();
-    d.readBD();
-    d.readBD();
-    m_file.readCMC(d);
-  }
+  if (r2007) lighting(d);  // not kept by views
   if (d.readBit()) flags |= 1;
   bool withUcs = false;
   double origin[3] = {0, 0, 0}, xAxis[3] = {1, 0, 0}, yAxis[3] = {0, 1, 0}, elevation = 0;
@@ -120,22 +115,21 @@ void DwgToDxf::view(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, 
   m_w.writeInt(281, v.render);
   m_w.writeInt(72, withUcs ? 1 : 0);
   if (!withUcs) return;
-  m_w.writePoint(110, origin[0], origin[1], origin[2]);
-  m_w.writePoint(111, xAxis[0], xAxis[1], xAxis[2]);
-  m_w.writePoint(112, yAxis[0], yAxis[1], yAxis[2]);
-  m_w.writeInt(79, ortho);
-  m_w.writeDouble(146, elevation);
-  if (namedUcs && isWrittenAny(namedUcs)) m_w.writeHandle(345, namedUcs);
-  if (baseUcs && isWrittenAny(baseUcs)) m_w.writeHandle(346, baseUcs);
+  writeUcs(origin, xAxis, yAxis, ortho, elevation, namedUcs, baseUcs);
 }
 
-void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags) {
-  // The view head, then 2RD lower left and upper right, B UCS follow, BS
-  // circle zoom, B fast zoom, 2 bits UCS icon, B grid, 2RD grid spacing, B
-  // snap, B snap style, BS isometric plane, BD snap rotation, 2RD snap base
-  // and spacing; (R2000) B, B UCS per viewport, 3BD UCS origin, x and y
-  // axes, BD elevation, BS orthographic type.
+void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags) {
+  // The view head; (R2007) the lighting: B default lights, RC lighting
+  // type, BD brightness and contrast, CMC ambient colour; 2RD lower left
+  // and upper right, B UCS follow, BS circle zoom, B fast zoom, 2 bits UCS
+  // icon, B grid, 2RD grid spacing, B snap, B snap style, BS isometric
+  // plane, BD snap rotation, 2RD snap base and spacing; (R2000) B, B UCS
+  // per viewport, 3BD UCS origin, x and y axes, BD elevation, BS
+  // orthographic type; (R2007) BS grid flags and major lines. Handles:
+  // (R2007) background, visual style and sun; (R2000) named and base UCS.
+  const bool r2007 = m_file.atLeast(kDwgR2007);
   const ViewHead v = viewHead(d);
+  const Lighting light = r2007 ? lighting(d) : Lighting();
   int mode = v.mode;
   const double llx = d.readRD(), lly = d.readRD(), urx = d.readRD(), ury = d.readRD();
   if (d.readBit()) mode |= 8;  // UCS follow
@@ -150,7 +144,7 @@ void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags
   const double sbx = d.readRD(), sby = d.readRD(), ssx = d.readRD(), ssy = d.readRD();
   bool perViewport = false;
   double origin[3] = {0, 0, 0}, xAxis[3] = {1, 0, 0}, yAxis[3] = {0, 1, 0}, elevation = 0;
-  int ortho = 0;
+  int ortho = 0, gridFlags = 0, gridMajor = 0;
   if (m_r2000) {
     d.readBit();
     perViewport = d.readBit();
@@ -159,6 +153,18 @@ void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags
     point3(d, yAxis);
     elevation = d.readBD();
     ortho = d.readBS();
+  }
+  uint64_t background = 0, visualStyle = 0, sun = 0, namedUcs = 0, baseUcs = 0;
+  if (r2007) {
+    gridFlags = d.readBS();
+    gridMajor = d.readBS();
+    background = h.readH(o.handle).value;
+    visualStyle = h.readH(o.handle).value;
+    sun = h.readH(o.handle).value;
+  }
+  if (m_r2000) {
+    namedUcs = h.readH(o.handle).value;
+    baseUcs = h.readH(o.handle).value;
   }
   commonRecord(o, L"AcDbViewportTableRecord");
   m_w.writeInt(70, flags);
@@ -185,14 +191,162 @@ void DwgToDxf::viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags
   m_w.writeInt(76, grid);
   m_w.writeInt(77, snapStyle);
   m_w.writeInt(78, isoPair);
-  if (m_r2000) {
-    m_w.writeInt(281, v.render);
-    m_w.writeInt(65, perViewport);
-    m_w.writePoint(110, origin[0], origin[1], origin[2]);
-    m_w.writePoint(111, xAxis[0], xAxis[1], xAxis[2]);
-    m_w.writePoint(112, yAxis[0], yAxis[1], yAxis[2]);
-    m_w.writeInt(79, ortho);
-    m_w.writeDouble(146, elevation);
+  if (!m_r2000) return;
+  m_w.writeInt(281, v.render);
+  m_w.writeInt(65, perViewport);
+  writeUcs(origin, xAxis, yAxis, ortho, elevation, namedUcs, baseUcs);
+  if (!r2007) return;
+  if (background && isWrittenAny(background)) m_w.writeHandle(332, background);
+  if (visualStyle && isWrittenAny(visualStyle)) m_w.writeHandle(348, visualStyle);
+  m_w.writeInt(60, gridFlags);
+  m_w.writeInt(61, gridMajor);
+  writeLighting(light);
+  if (sun && isWrittenAny(sun)) m_w.writeHandle(361, sun);
+}
+
+void DwgToDxf::viewportEntity(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
+  // 3BD centre, BD width and height on the paper. R13 and R14 stop here
+  // (their view is in the extended data). R2000 on: 3BD target and
+  // direction, BD twist, view height, lens, front and back clip, snap
+  // angle, 2RD view centre, snap base, snap spacing and grid spacing, BS
+  // circle zoom, (R2007) BS grid major, BL frozen layer count, BL status
+  // flags, TV plot style sheet, RC render mode, B UCS at origin, B UCS per
+  // viewport, 3BD UCS origin, x and y axes, BD elevation, BS orthographic
+  // type, (R2004) BS shade plot mode, (R2007) the lighting as in viewport
+  // records. Handles (R2000): the frozen layers, the clip boundary, (R2000
+  // only) the viewport record, the named and base UCS, (R2007) background,
+  // visual style, shade plot and sun.
+  double centre[3];
+  point3(d, centre);
+  const double width = d.readBD(), height = d.readBD();
+  m_w.writeString(100, L"AcDbViewport");
+  m_w.writePoint(10, centre[0], centre[1], centre[2]);
+  m_w.writeDouble(40, width);
+  m_w.writeDouble(41, height);
+  // Status and number: on viewports stack in their block's order, the last
+  // on top; a viewport switched off (status flag 0x20000) has status 0.
+  int place = 0, count = 0;
+  for (const OdDwgObject* other : m_owned[o.entMode == 2 ? m_modelSpace : o.entMode == 1 ? m_paperSpace : o.owner]) {
+    if (other->type != 0x22) continue;
+    ++count;
+    if (other == &o) place = count;
+  }
+  if (!m_r2000) {
+    m_w.writeInt(68, count - place + 1);
+    m_w.writeInt(69, place);
+    return;
+  }
+  const bool r2007 = m_file.atLeast(kDwgR2007);
+  double target[3], direction[3];
+  point3(d, target);
+  point3(d, direction);
+  const double twist = d.readBD(), viewHeight = d.readBD(), lens = d.readBD(), front = d.readBD(), back = d.readBD(),
+               snapAngle = d.readBD();
+  double pairs[8];
+  for (double& value : pairs) value = d.readRD();
+  const int circleZoom = d.readBS();
+  const int gridMajor = r2007 ? d.readBS() : 0;
+  const int32_t frozen = d.readBL();
+  if (frozen < 0 || static_cast<size_t>(frozen) > o.size) throw OdDwgDecodeError("implausible frozen layer count", d.bitPosition());
+  const int32_t flags = d.readBL();
+  const OdString styleSheet = d.readTV(m_cp);
+  const int render = d.readRC();
+  const bool iconAtOrigin = d.readBit(), perViewport = d.readBit();
+  double origin[3], xAxis[3], yAxis[3];
+  point3(d, origin);
+  point3(d, xAxis);
+  point3(d, yAxis);
+  const double elevation = d.readBD();
+  const int ortho = d.readBS();
+  const int shadePlot = m_file.atLeast(kDwgR2004) ? d.readBS() : 0;
+  const Lighting light = r2007 ? lighting(d) : Lighting();
+  std::vector<uint64_t> frozenLayers;
+  for (int32_t i = 0; i < frozen; ++i) frozenLayers.push_back(h.readH(o.handle).value);
+  const uint64_t clip = h.readH(o.handle).value;
+  if (m_file.version() == kDwgR2000) h.readH(o.handle);  // the viewport record
+  const uint64_t namedUcs = h.readH(o.handle).value, baseUcs = h.readH(o.handle).value;
+  uint64_t background = 0, visualStyle = 0, shadePlotId = 0, sun = 0;
+  if (r2007) {
+    background = h.readH(o.handle).value;
+    visualStyle = h.readH(o.handle).value;
+    shadePlotId = h.readH(o.handle).value;
+    sun = h.readH(o.handle).value;
+  }
+  const bool off = flags & 0x20000;
+  m_w.writeInt(68, off ? 0 : count - place + 1);
+  m_w.writeInt(69, place);
+  m_w.writePoint(12, pairs[0], pairs[1]);
+  m_w.writePoint(13, pairs[2], pairs[3]);
+  m_w.writePoint(14, pairs[4], pairs[5]);
+  m_w.writePoint(15, pairs[6], pairs[7]);
+  m_w.writePoint(16, direction[0], direction[1], direction[2]);
+  m_w.writePoint(17, target[0], target[1], target[2]);
+  m_w.writeDouble(42, lens);
+  m_w.writeDouble(43, front);
+  m_w.writeDouble(44, back);
+  m_w.writeDouble(45, viewHeight);
+  degrees(50, snapAngle);
+  degrees(51, twist);
+  m_w.writeInt(72, circleZoom);
+  for (uint64_t layer : frozenLayers) {
+    if (isWrittenAny(layer)) m_w.writeHandle(331, layer);
+  }
+  m_w.writeInt(90, flags);
+  if (clip && isWrittenAny(clip)) m_w.writeHandle(340, clip);
+  m_w.writeString(1, styleSheet);
+  m_w.writeInt(281, render);
+  m_w.writeInt(71, perViewport);
+  m_w.writeInt(74, iconAtOrigin);
+  m_w.writePoint(110, origin[0], origin[1], origin[2]);
+  m_w.writePoint(111, xAxis[0], xAxis[1], xAxis[2]);
+  m_w.writePoint(112, yAxis[0], yAxis[1], yAxis[2]);
+  if (namedUcs && isWrittenAny(namedUcs)) m_w.writeHandle(345, namedUcs);
+  if (baseUcs && isWrittenAny(baseUcs)) m_w.writeHandle(346, baseUcs);
+  m_w.writeInt(79, ortho);
+  m_w.writeDouble(146, elevation);
+  if (m_file.atLeast(kDwgR2004)) m_w.writeInt(170, shadePlot);
+  if (!r2007) return;
+  m_w.writeInt(61, gridMajor);
+  if (background && isWrittenAny(background)) m_w.writeHandle(332, background);
+  if (shadePlotId && isWrittenAny(shadePlotId)) m_w.writeHandle(333, shadePlotId);
+  if (visualStyle && isWrittenAny(visualStyle)) m_w.writeHandle(348, visualStyle);
+  writeLighting(light);
+  if (sun && isWrittenAny(sun)) m_w.writeHandle(361, sun);
+}
+
+void DwgToDxf::writeUcs(const double origin[3], const double xAxis[3], const double yAxis[3], int ortho, double elevation,
+                        uint64_t namedUcs, uint64_t baseUcs) {
+  m_w.writePoint(110, origin[0], origin[1], origin[2]);
+  m_w.writePoint(111, xAxis[0], xAxis[1], xAxis[2]);
+  m_w.writePoint(112, yAxis[0], yAxis[1], yAxis[2]);
+  m_w.writeInt(79, ortho);
+  m_w.writeDouble(146, elevation);
+  if (namedUcs && isWrittenAny(namedUcs)) m_w.writeHandle(345, namedUcs);
+  if (baseUcs && isWrittenAny(baseUcs)) m_w.writeHandle(346, baseUcs);
+}
+
+DwgToDxf::Lighting DwgToDxf::lighting(OdDwgBitReader& d) {
+  Lighting l;
+  l.defaultLights = d.readBit();
+  l.type = d.readRC();
+  l.brightness = d.readBD();
+  l.contrast = d.readBD();
+  l.ambient = m_file.readCMC(d, &l.ambientRgb);
+  return l;
+}
+
+void DwgToDxf::writeLighting(const Lighting& l) {
+  m_w.writeInt(292, l.defaultLights);
+  m_w.writeInt(282, l.type);
+  m_w.writeDouble(141, l.brightness);
+  m_w.writeDouble(142, l.contrast);
+  // A true colour is written with the palette entry nearest to it.
+  if (l.ambientRgb >> 24 == 0xC2) {
+    const uint32_t rgb = l.ambientRgb;
+    m_w.writeInt(63, OdCmEntityColor::lookUpACI((rgb >> 16) & 0xFF, (rgb >> 8) & 0xFF, rgb & 0xFF));
+    m_w.writeInt(421, rgb & 0xFFFFFF);
+  } else if (l.ambient != 0) {
+    m_w.writeInt(63, l.ambient);
   }
 }
 
@@ -384,9 +538,12 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
       return;
     }
     case 0x35: {
+      // The shape-file bit comes first, then the vertical one: every corpus
+      // drawing's shape-file style (nameless, 70 = 1 in its twin) has the
+      // first bit set and the second clear.
       int flags = common;
-      if (d.readBit()) flags |= 4;
       if (d.readBit()) flags |= 1;
+      if (d.readBit()) flags |= 4;
       const double fixed = d.readBD(), width = d.readBD(), oblique = d.readBD();
       const int generation = d.readRC();
       const double last = d.readBD();
@@ -466,11 +623,34 @@ void DwgToDxf::record(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h
       dimStyle(o, d, h, common);
       return;
     case 0x41:
-      viewportRecord(o, d, common);
+      viewportRecord(o, d, h, common);
       return;
     case 0x3D:
       view(o, d, h, common);
       return;
+    case 0x3F: {
+      // 3BD origin, X and Y axes; (R2000) BD elevation, BS orthographic
+      // view type, BS orthographic type. Handles (R2000): the base UCS,
+      // then the named UCS (not kept in DXF).
+      double origin[3], xAxis[3], yAxis[3];
+      point3(d, origin);
+      point3(d, xAxis);
+      point3(d, yAxis);
+      commonRecord(o, L"AcDbUCSTableRecord");
+      m_w.writeInt(70, common);
+      m_w.writePoint(10, origin[0], origin[1], origin[2]);
+      m_w.writePoint(11, xAxis[0], xAxis[1], xAxis[2]);
+      m_w.writePoint(12, yAxis[0], yAxis[1], yAxis[2]);
+      if (!m_r2000) return;
+      const double elevation = d.readBD();
+      const int viewType = d.readBS(), orthoType = d.readBS();
+      const uint64_t base = h.readH(o.handle).value;
+      m_w.writeInt(79, viewType);
+      m_w.writeDouble(146, elevation);
+      if (base && isWrittenAny(base)) m_w.writeHandle(346, base);
+      if (orthoType) m_w.writeInt(71, orthoType);
+      return;
+    }
     case 0x43:
       commonRecord(o, L"AcDbRegAppTableRecord");
       m_w.writeInt(70, common);

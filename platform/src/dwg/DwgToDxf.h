@@ -63,6 +63,12 @@ class DwgToDxf {
  private:
   using Decoder = std::function<bool(const OdDwgObject&, OdDwgBitReader&, OdDwgBitReader&)>;
 
+  // A dictionary's entries, name and object, in the file's order
+  // (`cloning` receives its cloning flag from R2000 on).
+  std::vector<std::pair<OdString, OdDwgHandleRef>> dictionaryEntries(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h,
+                                                                     int& cloning) const;
+  // The name a header variable gives for the object it refers to.
+  OdString headerName(uint64_t handle) const;
   const OdString& nameOf(uint64_t handle) const {
     static const OdString kNone;
     const OdDwgObject* o = m_file.find(handle);
@@ -166,8 +172,23 @@ class DwgToDxf {
     int mode = 0, render = 0;
   };
   ViewHead viewHead(OdDwgBitReader& d);
-  void viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, int flags);
+  void viewportRecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags);
   void view(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h, int flags);
+  void viewportEntity(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);
+  // The lighting of viewports and their records (R2007 on): B default
+  // lights, RC lighting type, BD brightness and contrast, CMC ambient
+  // colour; written as DXF 292, 282, 141, 142, 63 (and 421 for a true colour).
+  struct Lighting {
+    bool defaultLights = false;
+    int type = 0, ambient = 0;
+    uint32_t ambientRgb = 0;
+    double brightness = 0, contrast = 0;
+  };
+  Lighting lighting(OdDwgBitReader& d);
+  // The UCS of views and viewport records: DXF 110-112, 79, 146, 345, 346.
+  void writeUcs(const double origin[3], const double xAxis[3], const double yAxis[3], int ortho, double elevation,
+                uint64_t namedUcs, uint64_t baseUcs);
+  void writeLighting(const Lighting& l);
   // DwgCurves.cpp
   void spline(const OdDwgObject& o, OdDwgBitReader& d);
   void mline(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h);

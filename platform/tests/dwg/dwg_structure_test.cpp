@@ -144,7 +144,7 @@ TEST_P(DwgCorpusStructure, OpenedDrawingHoldsTheIndependentReadersEntities) {
   ASSERT_TRUE(theirs.ok);
   // The types decoded, and those kept as proxies (by their class).
   std::set<std::string> kRead = {"LINE", "CIRCLE", "ARC",   "POINT", "TEXT", "ATTDEF",   "INSERT",   "LWPOLYLINE", "SOLID",
-                                 "3DFACE", "ELLIPSE", "RAY", "XLINE", "MTEXT", "POLYLINE", "DIMENSION", "SPLINE", "MLINE", "3DSOLID", "REGION", "BODY", "HATCH", "LEADER"};
+                                 "3DFACE", "ELLIPSE", "RAY", "XLINE", "MTEXT", "POLYLINE", "DIMENSION", "SPLINE", "MLINE", "3DSOLID", "REGION", "BODY", "HATCH", "LEADER", "VIEWPORT"};
   auto typeOf = [](const std::string& entity) { return entity.substr(0, entity.find(':')); };
   // Modeler entities are held whichever form their data has: converted
   // from the binary form, or kept as proxies of their class when it cannot be.
