@@ -13,73 +13,7 @@ void OdDwgBitReader::seekBit(size_t bit) {
   m_pos = bit;
 }
 
-bool OdDwgBitReader::readBit() {
-  need(1);
-  const bool bit = (m_data[m_pos >> 3] >> (7 - (m_pos & 7))) & 1;
-  ++m_pos;
-  return bit;
-}
-
-unsigned OdDwgBitReader::readBits(unsigned n) {
-  need(n);
-  unsigned value = 0;
-  for (unsigned i = 0; i < n; ++i, ++m_pos) value = (value << 1) | ((m_data[m_pos >> 3] >> (7 - (m_pos & 7))) & 1);
-  return value;
-}
-
-uint8_t OdDwgBitReader::readRC() {
-  need(8);
-  const size_t byte = m_pos >> 3;
-  const unsigned shift = m_pos & 7;
-  uint8_t value = shift == 0 ? m_data[byte] : static_cast<uint8_t>((m_data[byte] << shift) | (m_data[byte + 1] >> (8 - shift)));
-  m_pos += 8;
-  return value;
-}
-
-uint16_t OdDwgBitReader::readRS() {
-  const uint8_t lo = readRC();
-  return static_cast<uint16_t>(lo | (readRC() << 8));
-}
-
-uint32_t OdDwgBitReader::readRL() {
-  const uint32_t lo = readRS();
-  return lo | (static_cast<uint32_t>(readRS()) << 16);
-}
-
-double OdDwgBitReader::readRD() {
-  uint8_t bytes[8];
-  for (auto& b : bytes) b = readRC();
-  double value;
-  std::memcpy(&value, bytes, 8);
-  return value;
-}
-
-int16_t OdDwgBitReader::readBS() {
-  switch (readBB()) {
-    case 0: return static_cast<int16_t>(readRS());
-    case 1: return readRC();
-    case 2: return 0;
-    default: return 256;
-  }
-}
-
-int32_t OdDwgBitReader::readBL() {
-  switch (readBB()) {
-    case 0: return static_cast<int32_t>(readRL());
-    case 1: return readRC();
-    case 2: return 0;
-    default: throw OdDwgDecodeError("invalid bit-coded long", m_pos - 2);
-  }
-}
-
-double OdDwgBitReader::readBD() {
-  switch (readBB()) {
-    case 0: return readRD();
-    case 1: return 1.0;
-    case 2: return 0.0;
-    default: throw OdDwgDecodeError("invalid bit-coded double", m_pos - 2);
-  }
-}
+void OdDwgBitReader::badCode(const char* what) const { throw OdDwgDecodeError(what, m_pos - 2); }
 
 double OdDwgBitReader::readDD(double defaultValue) {
   const unsigned code = readBB();

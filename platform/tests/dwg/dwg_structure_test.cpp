@@ -32,6 +32,21 @@ TEST(DwgBitReader, BitCodedValuesAsWorkedOutByHand) {
   EXPECT_EQ(r.readBL(), 0x12345);
 }
 
+TEST(DwgBitReader, RawValuesOffTheByteBoundaryAndNearTheEnd) {
+  // Bits "101", RS 0xBEEF, RL 0x12345678, RD -1.5, then "11": every raw value
+  // starts 3 bits into a byte, and the double's second half lies in the last
+  // 5 bytes, where no whole 8-byte word can be loaded.
+  const uint8_t data[] = {0xBD, 0xF7, 0xCF, 0x0A, 0xC6, 0x82, 0x40, 0x00, 0x00, 0x00, 0x00, 0x00, 0x1F, 0x17, 0xF8};
+  OdDwgBitReader r(data, sizeof data);
+  EXPECT_EQ(r.readBits(3), 5u);
+  EXPECT_EQ(r.readRS(), 0xBEEF);
+  EXPECT_EQ(r.readRL(), 0x12345678u);
+  EXPECT_EQ(r.readRD(), -1.5);
+  EXPECT_EQ(r.readBB(), 3u);
+  EXPECT_EQ(r.readBits(3), 0u);
+  EXPECT_THROW(r.readBit(), OdDwgDecodeError);
+}
+
 TEST(DwgBitReader, ModularCharsHandlesAndDefaults) {
   // Unsigned MC 0x82 0x01 = 2 + (1 << 7) = 130; signed MC 0x85 0x4B:
   // 5 + (0x0B << 7) = 1413, sign bit set -> -1413.
