@@ -328,6 +328,10 @@ TEST(DwgDamagedFiles, TruncatedAndFlippedFilesAreReportedNotFatal) {
   std::snprintf(offset, sizeof offset, "offset 0x%zX", line->offset);
   EXPECT_NE(hurt.problems().front().find(offset), std::string::npos) << hurt.problems().front();
   EXPECT_FALSE(hurt.find(0x2C)->decoded);
+  // The object's CRC no longer matches its bytes; no other object's does.
+  size_t crcProblems = 0;
+  for (const std::string& p : hurt.problems()) crcProblems += p.find("CRC does not match") != std::string::npos;
+  EXPECT_EQ(crcProblems, 1u);
   EXPECT_TRUE(hurt.find(0x2D)->decoded);
   // Bytes flipped all over the file: no crash, no hang.
   for (size_t step = 0; step < 40; ++step) {
