@@ -169,12 +169,30 @@ OdString OdDwgBitReader::readTV(int codePage) {
     }
     return OdString(std::move(text));
   }
-  const int length = static_cast<uint16_t>(readBS());
-  need(static_cast<size_t>(length) * 8);
-  std::string bytes(static_cast<size_t>(length), '\0');
-  for (auto& c : bytes) c = static_cast<char>(readRC());
-  while (!bytes.empty() && bytes.back() == '\0') bytes.pop_back();
-  return OdString(odDecodeCodePage(bytes, codePage).c_str());
+  const size_t length = static_cast<uint16_t>(readBS());
+  need(length * 8);
+  return readText(length, codePage);
+}
+
+OdString OdDwgBitReader::readText(size_t length, int codePage) {
+  // Short texts (names, most values) need no allocation for their bytes.
+  uint8_t local[256];
+  std::string heap;
+  uint8_t* bytes = local;
+  if (length > sizeof local && m_pos <= m_bits && length <= (m_bits - m_pos) / 8) {
+    heap.resize(length);
+    bytes = reinterpret_cast<uint8_t*>(heap.data());
+  }
+  readBytes(bytes, length);
+  const auto* nul = static_cast<const uint8_t*>(std::memchr(bytes, 0, length));
+  const size_t size = nul ? static_cast<size_t>(nul - bytes) : length;
+  // The converter of the last code page is kept: looking its tables up
+  // again for every text would cost more than most conversions.
+  thread_local OdCodePageConverter converter(kOdCodePageAnsi);
+  if (converter.codePage() != codePage) converter = OdCodePageConverter(codePage);
+  std::wstring text;
+  converter.decode(std::string_view(reinterpret_cast<const char*>(bytes), size), text, false);
+  return OdString(std::move(text));
 }
 
 void OdDwgBitReader::skipBytes(size_t n) {

@@ -100,6 +100,35 @@ class OdDwgBitReader {
     std::memcpy(&value, &bits, 8);
     return value;
   }
+  // n raw bytes into out: copied where the position is on a byte boundary,
+  // shifted eight at a time where it is not.
+  void readBytes(uint8_t* out, size_t n) {
+    if (m_pos > m_bits) overrun(8);
+    if (n > (m_bits - m_pos) / 8) {
+      // Reported where reading byte by byte would stop: at the first byte missing.
+      m_pos += (m_bits - m_pos) / 8 * 8;
+      overrun(8);
+    }
+    if (n == 0) return;
+    const size_t byte = m_pos >> 3;
+    const unsigned shift = m_pos & 7;
+    m_pos += n * 8;
+    if (shift == 0) {
+      std::memcpy(out, m_data + byte, n);
+      return;
+    }
+    // Byte i is the end of data byte i and the start of byte i + 1, both
+    // within the data, since the last one holds the final bits read.
+    size_t i = 0;
+    for (; i + 8 <= n && m_size - (byte + i) >= 9; i += 8) {
+      uint64_t word;
+      std::memcpy(&word, m_data + byte + i, 8);
+      word = (__builtin_bswap64(word) << shift) | (m_data[byte + i + 8] >> (8 - shift));
+      word = __builtin_bswap64(word);
+      std::memcpy(out + i, &word, 8);
+    }
+    for (; i < n; ++i) out[i] = static_cast<uint8_t>((m_data[byte + i] << shift) | (m_data[byte + i + 1] >> (8 - shift)));
+  }
   // Bit-coded values.
   unsigned readBB() { return readBits(2); }
   int16_t readBS() {
@@ -146,6 +175,8 @@ class OdDwgBitReader {
   // a string stream is set) a bit-coded length and that many UTF-16 units,
   // read from the string stream. Trailing NULs are dropped.
   OdString readTV(int codePage);
+  // `length` raw bytes of text in the code page; the text ends at the first NUL.
+  OdString readText(size_t length, int codePage);
   // R2007 on: strings are read from their own stream. The stream ends
   // where the data ends (`endBit`, the bit position of the handles): the
   // bit before says whether there are strings, the 16 bits before that

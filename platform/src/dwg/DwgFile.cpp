@@ -526,7 +526,7 @@ void OdDwgFile::readObject(OdDwgObject& o) {
       OdDwgXData x;
       x.appHandle = r.readH().value;
       x.bytes.resize(static_cast<size_t>(bytes));
-      for (auto& b : x.bytes) b = r.readRC();
+      r.readBytes(x.bytes.data(), x.bytes.size());
       o.xdata.push_back(std::move(x));
     }
     int reactors = 0;

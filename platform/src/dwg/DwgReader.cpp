@@ -203,7 +203,7 @@ OdDxfTagStream DwgToDxf::convert() {
     m_report.repairs.push_back(OdString().format(L"%d %ls object%ls not read yet; left out", count, OdString(name.c_str()).c_str(),
                                                  count == 1 ? L"" : L"s"));
   }
-  return std::move(m_out);
+  return std::move(m_w);
 }
 
 }  // namespace oddwg

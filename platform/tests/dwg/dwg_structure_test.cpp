@@ -45,6 +45,20 @@ TEST(DwgBitReader, RawValuesOffTheByteBoundaryAndNearTheEnd) {
   EXPECT_EQ(r.readBB(), 3u);
   EXPECT_EQ(r.readBits(3), 0u);
   EXPECT_THROW(r.readBit(), OdDwgDecodeError);
+
+  // Bit "1", the bytes "ABCDEFGHIJK", then the text "Caf\xE9\0xy" in code
+  // page 1252: a run of bytes one bit off the byte boundary, and a text that
+  // ends at its NUL with its last character outside ASCII.
+  const uint8_t text[] = {0xA0, 0xA1, 0x21, 0xA2, 0x22, 0xA3, 0x23, 0xA4, 0x24, 0xA5,
+                          0x25, 0xA1, 0xB0, 0xB3, 0x74, 0x80, 0x3C, 0x3C, 0x80};
+  OdDwgBitReader t(text, sizeof text);
+  EXPECT_TRUE(t.readBit());
+  uint8_t bytes[11];
+  t.readBytes(bytes, sizeof bytes);
+  EXPECT_EQ(std::string(reinterpret_cast<const char*>(bytes), sizeof bytes), "ABCDEFGHIJK");
+  EXPECT_EQ(t.readText(7, 1252), OdString(L"Caf\u00E9"));
+  EXPECT_EQ(t.bitPosition(), 1u + 18 * 8);
+  EXPECT_THROW(t.readBytes(bytes, 1), OdDwgDecodeError);
 }
 
 TEST(DwgBitReader, ModularCharsHandlesAndDefaults) {
