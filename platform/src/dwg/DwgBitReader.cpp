@@ -187,11 +187,28 @@ OdString OdDwgBitReader::readText(size_t length, int codePage) {
   const auto* nul = static_cast<const uint8_t*>(std::memchr(bytes, 0, length));
   const size_t size = nul ? static_cast<size_t>(nul - bytes) : length;
   // The converter of the last code page is kept: looking its tables up
-  // again for every text would cost more than most conversions.
-  thread_local OdCodePageConverter converter(kOdCodePageAnsi);
-  if (converter.codePage() != codePage) converter = OdCodePageConverter(codePage);
+  // again for every text would cost more than most conversions. So is
+  // whether the page gives the ASCII bytes as themselves (most do): then a
+  // text of ASCII bytes only, the usual case, needs no table.
+  struct LastPage {
+    OdCodePageConverter converter{kOdCodePageAnsi};
+    bool asciiAsItself = true;
+  };
+  thread_local LastPage last;
+  if (last.converter.codePage() != codePage) {
+    last.converter = OdCodePageConverter(codePage);
+    char ascii[128];
+    for (int i = 0; i < 128; ++i) ascii[i] = static_cast<char>(i);
+    std::wstring decoded;
+    last.converter.decode(std::string_view(ascii, sizeof ascii), decoded, false);
+    last.asciiAsItself = decoded.size() == 128;
+    for (size_t i = 0; i < decoded.size() && last.asciiAsItself; ++i) last.asciiAsItself = decoded[i] == static_cast<wchar_t>(i);
+  }
+  uint8_t high = 0;
+  for (size_t i = 0; i < size; ++i) high |= bytes[i];
+  if (last.asciiAsItself && high < 0x80) return OdString(std::wstring(bytes, bytes + size));
   std::wstring text;
-  converter.decode(std::string_view(reinterpret_cast<const char*>(bytes), size), text, false);
+  last.converter.decode(std::string_view(reinterpret_cast<const char*>(bytes), size), text, false);
   return OdString(std::move(text));
 }
 

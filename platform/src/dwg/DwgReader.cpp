@@ -63,6 +63,9 @@ OdDxfTagStream DwgToDxf::convert() {
     m_owned[o.entMode == 2 ? m_modelSpace : o.entMode == 1 ? m_paperSpace : o.owner].push_back(&o);
   }
 
+  // The groups take a few times the bytes of the objects' data (texts
+  // become wide characters): room for them at once instead of regrowing.
+  m_w.reserve(m_file.data().size() * 4);
   m_w.writeString(0, L"SECTION");
   m_w.writeString(2, L"HEADER");
   m_w.writeString(9, L"$ACADVER");
