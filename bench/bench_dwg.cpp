@@ -33,25 +33,29 @@ double secondsPerRead(const std::string& data, bool dwg, int times) {
   return best;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  const int times = argc > 1 ? std::atoi(argv[1]) : 20;
+// Reads the drawings of the given versions and prints their times and the
+// group's total. A drawing the reader refuses is named and left out.
+void benchVersions(const char* title, const std::vector<std::string>& versions, int times) {
   std::vector<std::filesystem::path> files;
   for (const auto& entry : std::filesystem::directory_iterator(std::string(KESTRIX_CORPUS_DIR) + "/dwg")) {
     if (entry.path().extension() != ".dwg") continue;
     char version[7] = {};
     std::ifstream(entry.path(), std::ios::binary).read(version, 6);
-    const std::string v(version);
-    if (v == "AC1012" || v == "AC1014" || v == "AC1015" || v == "AC1018") files.push_back(entry.path());
+    if (std::find(versions.begin(), versions.end(), std::string(version)) != versions.end()) files.push_back(entry.path());
   }
   std::sort(files.begin(), files.end());
-  std::printf("%-28s %9s %9s %10s %10s %6s %10s\n", "drawing", "DWG KB", "objects", "DWG ms", "DXF ms", "ratio", "twin ms");
+  std::printf("%s\n%-28s %9s %9s %10s %10s %6s %10s\n", title, "drawing", "DWG KB", "objects", "DWG ms", "DXF ms", "ratio", "twin ms");
   double dwgTotal = 0, dxfTotal = 0;
   for (const auto& path : files) {
     std::ifstream in(path, std::ios::binary);
     const std::string dwg((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    OdDbDatabasePtr db = odDwgReadBuffer(dwg);
+    OdDbDatabasePtr db;
+    try {
+      db = odDwgReadBuffer(dwg);
+    } catch (const OdError&) {
+      std::printf("%-28s not read\n", path.filename().string().c_str());
+      continue;
+    }
     size_t objects = 0;
     db->forEachObjectId([&](const OdDbObjectId&) { ++objects; });
     const std::string dxf = odDxfWriteBuffer(db.get(), odDxfSaveVersion(db.get()));
@@ -71,6 +75,17 @@ int main(int argc, char** argv) {
     std::printf("%-28s %9zu %9zu %10.3f %10.3f %6.2f %10s\n", path.filename().string().c_str(), dwg.size() / 1024, objects,
                 a * 1e3, b * 1e3, a / b, twinTime.c_str());
   }
-  std::printf("%-28s %9s %9s %10.3f %10.3f %6.2f\n", "all", "", "", dwgTotal * 1e3, dxfTotal * 1e3, dwgTotal / dxfTotal);
+  if (dxfTotal > 0) std::printf("%-28s %9s %9s %10.3f %10.3f %6.2f\n\n", "all", "", "", dwgTotal * 1e3, dxfTotal * 1e3, dwgTotal / dxfTotal);
+}
+
+}  // namespace
+
+// R2007 and R2010 on are reported apart: their decoding still leaves
+// objects out, so their times are not yet those of whole drawings.
+int main(int argc, char** argv) {
+  const int times = argc > 1 ? std::atoi(argv[1]) : 20;
+  benchVersions("R13 to R2004", {"AC1012", "AC1014", "AC1015", "AC1018"}, times);
+  benchVersions("R2007", {"AC1021"}, times);
+  benchVersions("R2010 on", {"AC1024", "AC1027", "AC1032"}, times);
   return 0;
 }

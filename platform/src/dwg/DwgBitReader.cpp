@@ -13,79 +13,13 @@ void OdDwgBitReader::seekBit(size_t bit) {
   m_pos = bit;
 }
 
-bool OdDwgBitReader::readBit() {
-  need(1);
-  const bool bit = (m_data[m_pos >> 3] >> (7 - (m_pos & 7))) & 1;
-  ++m_pos;
-  return bit;
-}
-
-unsigned OdDwgBitReader::readBits(unsigned n) {
-  need(n);
-  unsigned value = 0;
-  for (unsigned i = 0; i < n; ++i, ++m_pos) value = (value << 1) | ((m_data[m_pos >> 3] >> (7 - (m_pos & 7))) & 1);
-  return value;
-}
-
-uint8_t OdDwgBitReader::readRC() {
-  need(8);
-  const size_t byte = m_pos >> 3;
-  const unsigned shift = m_pos & 7;
-  uint8_t value = shift == 0 ? m_data[byte] : static_cast<uint8_t>((m_data[byte] << shift) | (m_data[byte + 1] >> (8 - shift)));
-  m_pos += 8;
-  return value;
-}
-
-uint16_t OdDwgBitReader::readRS() {
-  const uint8_t lo = readRC();
-  return static_cast<uint16_t>(lo | (readRC() << 8));
-}
-
-uint32_t OdDwgBitReader::readRL() {
-  const uint32_t lo = readRS();
-  return lo | (static_cast<uint32_t>(readRS()) << 16);
-}
-
-double OdDwgBitReader::readRD() {
-  uint8_t bytes[8];
-  for (auto& b : bytes) b = readRC();
-  double value;
-  std::memcpy(&value, bytes, 8);
-  return value;
-}
-
-int16_t OdDwgBitReader::readBS() {
-  switch (readBB()) {
-    case 0: return static_cast<int16_t>(readRS());
-    case 1: return readRC();
-    case 2: return 0;
-    default: return 256;
-  }
-}
-
-int32_t OdDwgBitReader::readBL() {
-  switch (readBB()) {
-    case 0: return static_cast<int32_t>(readRL());
-    case 1: return readRC();
-    case 2: return 0;
-    default: throw OdDwgDecodeError("invalid bit-coded long", m_pos - 2);
-  }
-}
+void OdDwgBitReader::badCode(const char* what) const { throw OdDwgDecodeError(what, m_pos - 2); }
 
 uint64_t OdDwgBitReader::readBLL() {
   const unsigned bytes = readBits(3);
   uint64_t value = 0;
   for (unsigned i = 0; i < bytes; ++i) value |= static_cast<uint64_t>(readRC()) << (8 * i);
   return value;
-}
-
-double OdDwgBitReader::readBD() {
-  switch (readBB()) {
-    case 0: return readRD();
-    case 1: return 1.0;
-    case 2: return 0.0;
-    default: throw OdDwgDecodeError("invalid bit-coded double", m_pos - 2);
-  }
 }
 
 double OdDwgBitReader::readDD(double defaultValue) {
@@ -242,12 +176,47 @@ OdString OdDwgBitReader::readTV(int codePage) {
     }
     return OdString(std::move(text));
   }
-  const int length = static_cast<uint16_t>(readBS());
-  need(static_cast<size_t>(length) * 8);
-  std::string bytes(static_cast<size_t>(length), '\0');
-  for (auto& c : bytes) c = static_cast<char>(readRC());
-  while (!bytes.empty() && bytes.back() == '\0') bytes.pop_back();
-  return OdString(odDecodeCodePage(bytes, codePage).c_str());
+  const size_t length = static_cast<uint16_t>(readBS());
+  need(length * 8);
+  return readText(length, codePage);
+}
+
+OdString OdDwgBitReader::readText(size_t length, int codePage) {
+  // Short texts (names, most values) need no allocation for their bytes.
+  uint8_t local[256];
+  std::string heap;
+  uint8_t* bytes = local;
+  if (length > sizeof local && m_pos <= m_bits && length <= (m_bits - m_pos) / 8) {
+    heap.resize(length);
+    bytes = reinterpret_cast<uint8_t*>(heap.data());
+  }
+  readBytes(bytes, length);
+  const auto* nul = static_cast<const uint8_t*>(std::memchr(bytes, 0, length));
+  const size_t size = nul ? static_cast<size_t>(nul - bytes) : length;
+  // The converter of the last code page is kept: looking its tables up
+  // again for every text would cost more than most conversions. So is
+  // whether the page gives the ASCII bytes as themselves (most do): then a
+  // text of ASCII bytes only, the usual case, needs no table.
+  struct LastPage {
+    OdCodePageConverter converter{kOdCodePageAnsi};
+    bool asciiAsItself = true;
+  };
+  thread_local LastPage last;
+  if (last.converter.codePage() != codePage) {
+    last.converter = OdCodePageConverter(codePage);
+    char ascii[128];
+    for (int i = 0; i < 128; ++i) ascii[i] = static_cast<char>(i);
+    std::wstring decoded;
+    last.converter.decode(std::string_view(ascii, sizeof ascii), decoded, false);
+    last.asciiAsItself = decoded.size() == 128;
+    for (size_t i = 0; i < decoded.size() && last.asciiAsItself; ++i) last.asciiAsItself = decoded[i] == static_cast<wchar_t>(i);
+  }
+  uint8_t high = 0;
+  for (size_t i = 0; i < size; ++i) high |= bytes[i];
+  if (last.asciiAsItself && high < 0x80) return OdString(std::wstring(bytes, bytes + size));
+  std::wstring text;
+  last.converter.decode(std::string_view(reinterpret_cast<const char*>(bytes), size), text, false);
+  return OdString(std::move(text));
 }
 
 void OdDwgBitReader::skipBytes(size_t n) {

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <stdexcept>
 #include <string>
 
@@ -42,7 +43,7 @@ struct OdDwgHandleRef {
 
 class OdDwgBitReader {
  public:
-  OdDwgBitReader(const uint8_t* data, size_t size) : m_data(data), m_bits(size * 8) {}
+  OdDwgBitReader(const uint8_t* data, size_t size) : m_data(data), m_size(size), m_bits(size * 8) {}
 
   size_t bitPosition() const { return m_pos; }
   size_t bitSize() const { return m_bits; }
@@ -53,20 +54,110 @@ class OdDwgBitReader {
   bool atEnd() const { return m_pos >= m_bits; }
 
   // Raw values (little-endian, starting at any bit).
-  bool readBit();                  // B
-  unsigned readBits(unsigned n);   // up to 32 bits, most significant first
-  uint8_t readRC();
-  uint16_t readRS();
-  uint32_t readRL();
-  double readRD();
+  // The common reads are defined here, so that the decoders' calls inline.
+  bool readBit() {  // B
+    need(1);
+    const bool bit = (m_data[m_pos >> 3] >> (7 - (m_pos & 7))) & 1;
+    ++m_pos;
+    return bit;
+  }
+  unsigned readBits(unsigned n) {  // up to 32 bits, most significant first
+    need(n);
+    if (n == 0) return 0;
+    const auto value = static_cast<unsigned>(peek(n));
+    m_pos += n;
+    return value;
+  }
+  uint8_t readRC() {
+    need(8);
+    const size_t byte = m_pos >> 3;
+    const unsigned shift = m_pos & 7;
+    m_pos += 8;
+    // A byte that does not start on a byte boundary ends in the next byte,
+    // which lies within the data since 8 bits were there to read.
+    if (shift == 0) return m_data[byte];
+    return static_cast<uint8_t>((m_data[byte] << shift) | (m_data[byte + 1] >> (8 - shift)));
+  }
+  uint16_t readRS() {
+    need(16);
+    const auto bigEndian = static_cast<uint16_t>(peek(16));
+    m_pos += 16;
+    return static_cast<uint16_t>((bigEndian >> 8) | (bigEndian << 8));
+  }
+  uint32_t readRL() {
+    need(32);
+    const auto bigEndian = static_cast<uint32_t>(peek(32));
+    m_pos += 32;
+    return __builtin_bswap32(bigEndian);
+  }
+  double readRD() {
+    need(64);
+    const uint64_t high = peek(32);
+    m_pos += 32;
+    const uint64_t bits = __builtin_bswap64((high << 32) | peek(32));
+    m_pos += 32;
+    double value;
+    std::memcpy(&value, &bits, 8);
+    return value;
+  }
+  // n raw bytes into out: copied where the position is on a byte boundary,
+  // shifted eight at a time where it is not.
+  void readBytes(uint8_t* out, size_t n) {
+    if (m_pos > m_bits) overrun(8);
+    if (n > (m_bits - m_pos) / 8) {
+      // Reported where reading byte by byte would stop: at the first byte missing.
+      m_pos += (m_bits - m_pos) / 8 * 8;
+      overrun(8);
+    }
+    if (n == 0) return;
+    const size_t byte = m_pos >> 3;
+    const unsigned shift = m_pos & 7;
+    m_pos += n * 8;
+    if (shift == 0) {
+      std::memcpy(out, m_data + byte, n);
+      return;
+    }
+    // Byte i is the end of data byte i and the start of byte i + 1, both
+    // within the data, since the last one holds the final bits read.
+    size_t i = 0;
+    for (; i + 8 <= n && m_size - (byte + i) >= 9; i += 8) {
+      uint64_t word;
+      std::memcpy(&word, m_data + byte + i, 8);
+      word = (__builtin_bswap64(word) << shift) | (m_data[byte + i + 8] >> (8 - shift));
+      word = __builtin_bswap64(word);
+      std::memcpy(out + i, &word, 8);
+    }
+    for (; i < n; ++i) out[i] = static_cast<uint8_t>((m_data[byte + i] << shift) | (m_data[byte + i + 1] >> (8 - shift)));
+  }
   // Bit-coded values.
   unsigned readBB() { return readBits(2); }
-  int16_t readBS();
-  int32_t readBL();
+  int16_t readBS() {
+    switch (readBB()) {
+      case 0: return static_cast<int16_t>(readRS());
+      case 1: return readRC();
+      case 2: return 0;
+      default: return 256;
+    }
+  }
+  int32_t readBL() {
+    switch (readBB()) {
+      case 0: return static_cast<int32_t>(readRL());
+      case 1: return readRC();
+      case 2: return 0;
+      default: badCode("invalid bit-coded long");
+    }
+  }
+  double readBD() {
+    switch (readBB()) {
+      case 0: return readRD();
+      case 1: return 1.0;
+      case 2: return 0.0;
+      default: badCode("invalid bit-coded double");
+    }
+  }
   // A 64-bit length (BLL): 3 bits give the count of bytes that follow,
   // least significant first.
   uint64_t readBLL();
-  double readBD();
   // A double coded against a default (DD): 2 bits say whether it is the
   // default, the default with its low 4 bytes replaced, with 6 bytes
   // replaced, or a full raw double.
@@ -87,6 +178,8 @@ class OdDwgBitReader {
   // a string stream is set) a bit-coded length and that many UTF-16 units,
   // read from the string stream. Trailing NULs are dropped.
   OdString readTV(int codePage);
+  // `length` raw bytes of text in the code page; the text ends at the first NUL.
+  OdString readText(size_t length, int codePage);
   // R2007 on: strings are read from their own stream. The stream ends
   // where the data ends (`endBit`, the bit position of the handles): the
   // bit before says whether there are strings, the 16 bits before that
@@ -103,9 +196,26 @@ class OdDwgBitReader {
 
  private:
   [[noreturn]] void overrun(size_t wanted) const;
+  // A 2-bit code that has no meaning for the value read (reported at the code).
+  [[noreturn]] void badCode(const char* what) const;
   void need(size_t bits) const { if (bits > m_bits - (m_pos < m_bits ? m_pos : m_bits) || m_pos > m_bits) overrun(bits); }
+  // The next n bits (1 to 57) as a number, the first bit most significant,
+  // without moving; the caller has checked that they are there. Whole
+  // words are loaded where the data has 8 bytes left from the position.
+  uint64_t peek(unsigned n) const {
+    const size_t byte = m_pos >> 3;
+    uint64_t word = 0;
+    if (m_size - byte >= 8) {
+      std::memcpy(&word, m_data + byte, 8);
+      word = __builtin_bswap64(word);
+    } else {
+      for (size_t i = 0; byte + i < m_size; ++i) word |= static_cast<uint64_t>(m_data[byte + i]) << (56 - 8 * i);
+    }
+    return (word << (m_pos & 7)) >> (64 - n);
+  }
 
   const uint8_t* m_data;
+  size_t m_size;  // bytes of data
   size_t m_bits;
   size_t m_pos = 0;
   bool m_strings = false;           // strings come from the string stream

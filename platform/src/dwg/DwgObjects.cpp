@@ -425,7 +425,8 @@ void DwgToDxf::xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& 
   const int32_t bytes = d.readBL();
   if (bytes < 0 || static_cast<size_t>(bytes) > o.size) throw OdDwgDecodeError("implausible xrecord size", d.bitPosition());
   const size_t end = d.bitPosition() + static_cast<size_t>(bytes) * 8;
-  std::vector<OdDxfTag> items;
+  // The items are decoded before the object's head is written: held apart until then.
+  OdDxfTagStream items;
   while (d.bitPosition() < end) {
     const int code = static_cast<int16_t>(d.readRS());
     if (code <= 0 || code == 5 || code == 105 || code > 1071 || !OdDxf::isKnownCode(code)) {
@@ -433,7 +434,7 @@ void DwgToDxf::xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& 
     }
     // 8-bit integers and flags (280-299) are one byte.
     if (code >= 280 && code <= 299) {
-      items.push_back(OdDxfTag::integer(code, d.readRC()));
+      items.writeInt(code, d.readRC());
       continue;
     }
     switch (OdDxf::valueTypeOf(code)) {
@@ -443,43 +444,44 @@ void DwgToDxf::xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& 
           // R2007 on: a count of UTF-16 units and the units.
           std::wstring units;
           for (size_t i = 0; i < length; ++i) units += static_cast<wchar_t>(d.readRS());
-          items.push_back(OdDxfTag::str(code, OdString(std::move(units))));
+          items.writeString(code, units);
           break;
         }
         d.readRC();  // the string's code page: the drawing's
-        std::string text(length, '\0');
-        for (auto& c : text) c = static_cast<char>(d.readRC());
-        items.push_back(OdDxfTag::str(code, OdString(odDecodeCodePage(text, m_cp).c_str())));
+        items.writeString(code, d.readText(length, m_cp));
         break;
       }
       case OdDxf::ValueType::kDouble: {
         // Angles (50-58) are radians in the file, degrees in DXF.
         const double value = d.readRD();
-        items.push_back(OdDxfTag::real(code, code >= 50 && code <= 58 ? odRadiansToDegrees(value) : value));
+        items.writeDouble(code, code >= 50 && code <= 58 ? odRadiansToDegrees(value) : value);
         break;
       }
       case OdDxf::ValueType::kPoint: {
         const double x = d.readRD(), y = d.readRD(), z = d.readRD();
-        items.push_back(OdDxfTag::point(code, x, y, z));
+        items.writePoint(code, x, y, z);
         break;
       }
-      case OdDxf::ValueType::kInt16: items.push_back(OdDxfTag::integer(code, static_cast<int16_t>(d.readRS()))); break;
-      case OdDxf::ValueType::kInt32: items.push_back(OdDxfTag::integer(code, static_cast<int32_t>(d.readRL()))); break;
+      case OdDxf::ValueType::kInt16: items.writeInt(code, static_cast<int16_t>(d.readRS())); break;
+      case OdDxf::ValueType::kInt32: items.writeInt(code, static_cast<int32_t>(d.readRL())); break;
       case OdDxf::ValueType::kInt64: {
         const uint64_t low = d.readRL(), high = d.readRL();
-        items.push_back(OdDxfTag::integer(code, static_cast<OdInt64>(low | (high << 32))));
+        items.writeInt(code, static_cast<OdInt64>(low | (high << 32)));
         break;
       }
       case OdDxf::ValueType::kBinary: {
-        OdBinaryData data(d.readRC());
-        for (auto& b : data) b = d.readRC();
-        items.push_back(OdDxfTag::binary(code, data));
+        uint8_t data[255];
+        const uint8_t size = d.readRC();
+        d.readBytes(data, size);
+        items.writeBinary(code, data, size);
         break;
       }
       case OdDxf::ValueType::kHandle: {
+        uint8_t raw[8];
+        d.readBytes(raw, 8);
         uint64_t handle = 0;
-        for (int i = 0; i < 8; ++i) handle |= static_cast<uint64_t>(d.readRC()) << (8 * i);
-        items.push_back(OdDxfTag::handle(code, handle));
+        for (int i = 0; i < 8; ++i) handle |= static_cast<uint64_t>(raw[i]) << (8 * i);
+        items.writeHandle(code, handle);
         break;
       }
       default: throw OdDwgDecodeError("xrecord item of group " + std::to_string(code), d.bitPosition());
@@ -491,7 +493,7 @@ void DwgToDxf::xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& 
   header(o, o.owner);
   m_w.writeString(100, L"AcDbXrecord");
   m_w.writeInt(280, cloning);
-  for (const OdDxfTag& item : items) m_w.writeTag(item);
+  m_w += items;
   (void)h;
 }
 

@@ -176,8 +176,13 @@ class Decompressor {
   void copy(size_t offset, size_t length) {
     if (offset == 0 || offset > m_out.size()) throw OdDwgDecodeError("back reference before the start of the data", m_at * 8);
     grow(length);
-    // Byte by byte: a copy may overlap the bytes it produces.
-    for (size_t from = m_out.size() - offset, i = 0; i < length; ++i) m_out.push_back(m_out[from + i]);
+    const size_t at = m_out.size();
+    m_out.resize(at + length);
+    uint8_t* out = m_out.data() + at;
+    const uint8_t* from = out - offset;
+    // A copy that overlaps the bytes it produces repeats them: byte by byte.
+    if (offset >= length) std::memcpy(out, from, length);
+    else for (size_t i = 0; i < length; ++i) out[i] = from[i];
   }
 
   const uint8_t* m_src;

@@ -82,6 +82,9 @@ OdDxfTagStream DwgToDxf::convert() {
     m_owned[o.entMode == 2 ? m_modelSpace : o.entMode == 1 ? m_paperSpace : o.owner].push_back(&o);
   }
 
+  // The groups take a few times the bytes of the objects' data (texts
+  // become wide characters): room for them at once instead of regrowing.
+  m_w.reserve(m_file.data().size() * 4);
   m_w.writeString(0, L"SECTION");
   m_w.writeString(2, L"HEADER");
   m_w.writeString(9, L"$ACADVER");
@@ -238,7 +241,7 @@ OdDxfTagStream DwgToDxf::convert() {
     m_report.repairs.push_back(OdString().format(L"%d %ls object%ls not read yet; left out", count, OdString(name.c_str()).c_str(),
                                                  count == 1 ? L"" : L"s"));
   }
-  return std::move(m_out);
+  return std::move(m_w);
 }
 
 }  // namespace oddwg

@@ -102,12 +102,12 @@ class DwgToDxf {
       d.seekBit(o.dataBit);
       h.seekBit(o.handleBit);
       if (!body(d, h)) {
-        m_w.release();
+        discard();
         return false;
       }
       xdata(o);
     } catch (const OdDwgDecodeError& e) {
-      m_w.release();
+      discard();
       failed(o, e);
       return false;
     }
@@ -215,9 +215,10 @@ class DwgToDxf {
   }
   void degrees(int code, double radians) { m_w.writeDouble(code, odRadiansToDegrees(radians)); }
 
-  // The groups of one object go to m_w; they join the output only when the
-  // whole object was decoded.
-  void flush() { m_out += m_w.release(); }
+  // The groups of one object go to m_w after those kept; they are kept only
+  // when the whole object was decoded, and dropped otherwise.
+  void flush() { m_kept = m_w.size(); }
+  void discard() { m_w.truncate(m_kept); }
   struct BlockInfo {
     int flags = 0;
     double base[3] = {0, 0, 0};
@@ -229,7 +230,7 @@ class DwgToDxf {
   const OdDwgFile& m_file;
   OdDxfReadReport& m_report;
   OdDxfTagStream m_w;
-  OdDxfTagStream m_out;
+  size_t m_kept = 0;  // bytes of m_w that are output
   std::map<uint64_t, BlockInfo> m_blocks;
   bool m_r2000 = true;
   int m_cp = 1252;

@@ -63,6 +63,10 @@ class OdDxfTagStream {
   // Hands the records over and leaves the stream empty.
   OdDxfTagStream release();
   void clear() { m_bytes.clear(); }
+  // Room for `bytes` bytes of records, so that a large output grows once.
+  void reserve(size_t bytes) { m_bytes.reserve(bytes); }
+  // Drops the records written after the first `bytes` bytes (a size() taken earlier).
+  void truncate(size_t bytes) { if (bytes < m_bytes.size()) m_bytes.resize(bytes); }
   bool empty() const { return m_bytes.empty(); }
   size_t size() const { return m_bytes.size(); }  // bytes held
   // Appends the records of other.

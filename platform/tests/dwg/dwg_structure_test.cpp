@@ -31,6 +31,35 @@ TEST(DwgBitReader, BitCodedValuesAsWorkedOutByHand) {
   EXPECT_EQ(r.readBL(), 0x12345);
 }
 
+TEST(DwgBitReader, RawValuesOffTheByteBoundaryAndNearTheEnd) {
+  // Bits "101", RS 0xBEEF, RL 0x12345678, RD -1.5, then "11": every raw value
+  // starts 3 bits into a byte, and the double's second half lies in the last
+  // 5 bytes, where no whole 8-byte word can be loaded.
+  const uint8_t data[] = {0xBD, 0xF7, 0xCF, 0x0A, 0xC6, 0x82, 0x40, 0x00, 0x00, 0x00, 0x00, 0x00, 0x1F, 0x17, 0xF8};
+  OdDwgBitReader r(data, sizeof data);
+  EXPECT_EQ(r.readBits(3), 5u);
+  EXPECT_EQ(r.readRS(), 0xBEEF);
+  EXPECT_EQ(r.readRL(), 0x12345678u);
+  EXPECT_EQ(r.readRD(), -1.5);
+  EXPECT_EQ(r.readBB(), 3u);
+  EXPECT_EQ(r.readBits(3), 0u);
+  EXPECT_THROW(r.readBit(), OdDwgDecodeError);
+
+  // Bit "1", the bytes "ABCDEFGHIJK", then the text "Caf\xE9\0xy" in code
+  // page 1252: a run of bytes one bit off the byte boundary, and a text that
+  // ends at its NUL with its last character outside ASCII.
+  const uint8_t text[] = {0xA0, 0xA1, 0x21, 0xA2, 0x22, 0xA3, 0x23, 0xA4, 0x24, 0xA5,
+                          0x25, 0xA1, 0xB0, 0xB3, 0x74, 0x80, 0x3C, 0x3C, 0x80};
+  OdDwgBitReader t(text, sizeof text);
+  EXPECT_TRUE(t.readBit());
+  uint8_t bytes[11];
+  t.readBytes(bytes, sizeof bytes);
+  EXPECT_EQ(std::string(reinterpret_cast<const char*>(bytes), sizeof bytes), "ABCDEFGHIJK");
+  EXPECT_EQ(t.readText(7, 1252), OdString(L"Caf\u00E9"));
+  EXPECT_EQ(t.bitPosition(), 1u + 18 * 8);
+  EXPECT_THROW(t.readBytes(bytes, 1), OdDwgDecodeError);
+}
+
 TEST(DwgBitReader, ModularCharsHandlesAndDefaults) {
   // Unsigned MC 0x82 0x01 = 2 + (1 << 7) = 130; signed MC 0x85 0x4B:
   // 5 + (0x0B << 7) = 1413, sign bit set -> -1413.
@@ -312,6 +341,10 @@ TEST(DwgDamagedFiles, TruncatedAndFlippedFilesAreReportedNotFatal) {
   std::snprintf(offset, sizeof offset, "offset 0x%zX", line->offset);
   EXPECT_NE(hurt.problems().front().find(offset), std::string::npos) << hurt.problems().front();
   EXPECT_FALSE(hurt.find(0x2C)->decoded);
+  // The object's CRC no longer matches its bytes; no other object's does.
+  size_t crcProblems = 0;
+  for (const std::string& p : hurt.problems()) crcProblems += p.find("CRC does not match") != std::string::npos;
+  EXPECT_EQ(crcProblems, 1u);
   EXPECT_TRUE(hurt.find(0x2D)->decoded);
   // Bytes flipped all over the file: no crash, no hang.
   for (size_t step = 0; step < 40; ++step) {
