@@ -85,10 +85,9 @@ long selectionLength(int result, ads_name ss) {
 
 // How many entities ssget "X" finds through the filter, which it releases.
 long countAll(resbuf* filter) {
+  const RyResultList owner(filter);
   ads_name ss;
-  const long found = selectionLength(ryedSSGet(L"X", nullptr, nullptr, filter, ss), ss);
-  ryutRelRb(filter);
-  return found;
+  return selectionLength(ryedSSGet(L"X", nullptr, nullptr, filter, ss), ss);
 }
 
 }  // namespace
