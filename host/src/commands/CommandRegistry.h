@@ -12,6 +12,14 @@ struct HostCommandRegistration {
   explicit HostCommandRegistration(HostCommandRegistrar registrar) { hostCommandRegistrars().push_back(registrar); }
 };
 
+// A command in its two forms, NAME and the command-line "-NAME": the host
+// answers both on the command line.
+inline void addCommandAndLineForm(CommandStack& stack, const wchar_t* name, RyCommandFunction handler) {
+  const OdString lineForm = L"-" + OdString(name);
+  stack.addCommand(L"RYAD", lineForm.c_str(), lineForm.c_str(), OdEdCommand::kModal, handler);
+  stack.addCommand(L"RYAD", name, name, OdEdCommand::kModal, handler);
+}
+
 }  // namespace ryhost
 
 // In a source file of host commands: RYAD_HOST_COMMANDS(registerLayerCommands);

@@ -387,8 +387,7 @@ void layerCommand() {
 }  // namespace
 
 void registerLayerCommands(CommandStack& stack) {
-  stack.addCommand(L"RYAD", L"-LAYER", L"-LAYER", OdEdCommand::kModal, layerCommand);
-  stack.addCommand(L"RYAD", L"LAYER", L"LAYER", OdEdCommand::kModal, layerCommand);
+  addCommandAndLineForm(stack, L"LAYER", layerCommand);
 }
 
 RYAD_HOST_COMMANDS(registerLayerCommands);
