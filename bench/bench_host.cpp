@@ -32,8 +32,7 @@ OdDbDatabasePtr buildDrawing(int count) {
   OdDbDatabasePtr db = OdDbDatabase::createNew();
   OdDbObjectId layers[kLayers];
   for (int i = 0; i < kLayers; ++i) layers[i] = benchAddLayer(db.get(), OdString().format(L"LAYER%d", i));
-  OdSmartPtr<OdDbBlockTableRecord> space =
-      OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+  OdDbBlockTableRecordPtr space = benchModelSpace(db);
   for (int i = 0; i < count; ++i) {
     const double x = (i % kGrid) * kCell, y = (i / kGrid) * kCell;
     OdDbEntityPtr entity;
