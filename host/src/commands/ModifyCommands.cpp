@@ -263,12 +263,11 @@ void scaleCommand() {
 }  // namespace
 
 void registerModifyCommands(CommandStack& stack) {
-  const wchar_t* group = L"RYAD";
   const OdInt32 flags = OdEdCommand::kUsePickSet;
-  stack.addCommand(group, L"MOVE", L"MOVE", flags, moveCommand);
-  stack.addCommand(group, L"COPY", L"COPY", flags, copyCommand);
-  stack.addCommand(group, L"ROTATE", L"ROTATE", flags, rotateCommand);
-  stack.addCommand(group, L"SCALE", L"SCALE", flags, scaleCommand);
+  addHostCommands(stack, {{L"MOVE", flags, moveCommand},
+                          {L"COPY", flags, copyCommand},
+                          {L"ROTATE", flags, rotateCommand},
+                          {L"SCALE", flags, scaleCommand}});
 }
 
 RYAD_HOST_COMMANDS(registerModifyCommands);
