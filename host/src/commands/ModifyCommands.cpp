@@ -174,9 +174,10 @@ std::vector<OdDbObjectId> selectWithBase(OdGePoint3d& base) {
 
 // Asks for the angle or factor until one is given: Copy turns the command
 // to copies (and says so with `copyNote`), Reference hands the question to
-// `reference`.
+// `reference`. True when the command works on copies.
 template <class Ask, class Reference>
-void askWithCopy(bool& copies, const wchar_t* copyNote, Ask ask, Reference reference) {
+bool askWithCopy(const wchar_t* copyNote, Ask ask, Reference reference) {
+  bool copies = false;
   for (;;) {
     const Answer answer = ask();
     if (answer.is(L"Copy")) {
@@ -185,7 +186,7 @@ void askWithCopy(bool& copies, const wchar_t* copyNote, Ask ask, Reference refer
       continue;
     }
     if (answer.is(L"Reference")) reference();
-    return;
+    return copies;
   }
 }
 
@@ -207,9 +208,8 @@ void rotateCommand() {
   if (ids.empty()) return;
   ModifyMemory& remembered = memory();
   double angle = remembered.rotation;
-  bool copies = false;
-  askWithCopy(
-      copies, L"\nRotating a copy of the selected objects.",
+  const bool copies = askWithCopy(
+      L"\nRotating a copy of the selected objects.",
       [&] {
         return askAngle(L"\nSpecify rotation angle or [Copy/Reference] <" + formatAngle(angle) + L">: ", angle,
                         L"Copy Reference", &base);
@@ -248,9 +248,8 @@ void scaleCommand() {
   if (ids.empty()) return;
   ModifyMemory& remembered = memory();
   double factor = remembered.scaleFactor;
-  bool copies = false;
-  askWithCopy(
-      copies, L"\nScaling a copy of the selected objects.",
+  const bool copies = askWithCopy(
+      L"\nScaling a copy of the selected objects.",
       [&] {
         return askDistance(L"\nSpecify scale factor or [Copy/Reference] <" + formatDistance(factor) + L">: ",
                            factor, L"Copy Reference", &base, RSG_NOZERO | RSG_NONEG);
