@@ -17,6 +17,7 @@
 #include "DbCurves.h"
 #include "DbDatabase.h"
 #include "DbSymbolTable.h"
+#include "bench_entities.h"
 #include "bench_module_command.h"
 #include "bench_util.h"
 #include "core/Host.h"
@@ -40,8 +41,7 @@ OdDbDatabasePtr buildDrawing(int count) {
     line->setEndPoint({1, 1, 0});
     block->appendOdDbEntity(line.get());
   }
-  OdDbBlockTableRecordPtr space =
-      OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+  OdDbBlockTableRecordPtr space = benchModelSpace(db);
   static const wchar_t* const kTags[kAttributes] = {L"NUMBER", L"NAME", L"AREA", L"FLOOR", L"USE"};
   for (int i = 0; i < count; ++i) {
     OdDbBlockReferencePtr ref = OdDbBlockReference::createObject();

@@ -13,6 +13,7 @@
 #include "DbCurves.h"
 #include "DbDatabase.h"
 #include "DbSymbolTable.h"
+#include "bench_entities.h"
 #include "bench_module_command.h"
 #include "bench_util.h"
 #include "core/Host.h"
@@ -36,7 +37,7 @@ OdDbDatabasePtr buildDrawing(int count) {
   const OdDbObjectId oldId = addBlock(db.get(), L"OLD");
   addBlock(db.get(), L"NEW");
   const OdDbObjectId nestId = addBlock(db.get(), L"NEST");
-  OdDbBlockTableRecordPtr space = OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+  OdDbBlockTableRecordPtr space = benchModelSpace(db);
   OdDbBlockTableRecordPtr nest = OdDbBlockTableRecord::cast(nestId.safeOpenObject(OdDb::kForWrite));
   for (int i = 0; i < count; ++i) {
     const double x = (i % 1000) * 10.0, y = (i / 1000) * 10.0;

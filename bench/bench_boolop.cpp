@@ -15,6 +15,7 @@
 #include "DbCurves.h"
 #include "DbDatabase.h"
 #include "DbPolyline.h"
+#include "bench_entities.h"
 #include "bench_module_command.h"
 #include "bench_util.h"
 #include "core/Host.h"
@@ -30,8 +31,7 @@ constexpr double kTarget = 2.0;
 // a small hole there.
 OdDbDatabasePtr buildDrawing(int count) {
   OdDbDatabasePtr db = OdDbDatabase::createNew();
-  OdDbBlockTableRecordPtr space =
-      OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+  OdDbBlockTableRecordPtr space = benchModelSpace(db);
   for (int i = 0; i < count; ++i) {
     const double x = i % 40, y = i / 40;
     if ((i % 40 + i / 40) % 2 == 0) {

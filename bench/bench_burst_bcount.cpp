@@ -13,6 +13,7 @@
 #include "DbDatabase.h"
 #include "DbSymbolTable.h"
 #include "DbText.h"
+#include "bench_entities.h"
 #include "bench_module_command.h"
 
 namespace {
@@ -37,8 +38,7 @@ OdDbDatabasePtr buildDrawing(int count) {
       block->appendOdDbEntity(circle.get());
     }
   }
-  OdDbBlockTableRecordPtr space =
-      OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+  OdDbBlockTableRecordPtr space = benchModelSpace(db);
   for (int i = 0; i < count; ++i) {
     OdDbBlockReferencePtr ref = OdDbBlockReference::createObject();
     ref->setBlockTableRecord(blockIds[i % 2]);

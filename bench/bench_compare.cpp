@@ -18,6 +18,7 @@
 #include "DbText.h"
 #include "DwgCompareJet.h"
 #include "DxfFile.h"
+#include "bench_entities.h"
 #include "bench_util.h"
 
 namespace {
@@ -55,13 +56,11 @@ OdDbEntityPtr makeEntity(int i) {
 void writeVersions(int n, const std::string& oldPath, const std::string& newPath) {
   OdDbDatabasePtr db = OdDbDatabase::createNew();
   {
-    OdSmartPtr<OdDbBlockTableRecord> space =
-        OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+    OdDbBlockTableRecordPtr space = benchModelSpace(db);
     for (int i = 0; i < n; ++i) space->appendOdDbEntity(makeEntity(i).get());
   }
   odDxfWriteFile(db.get(), OdString(oldPath.c_str()));
-  OdSmartPtr<OdDbBlockTableRecord> space =
-      OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+  OdDbBlockTableRecordPtr space = benchModelSpace(db);
   const OdDbObjectIdArray ids = space->entityIds();
   for (size_t k = 0; k < ids.size(); ++k) {
     if (k % 100 == 0 || k % 100 == 50) {

@@ -19,7 +19,7 @@ int main(int argc, char** argv) {
   size_t bytesPerLine = 0;
   {
     OdDbDatabasePtr db = OdDbDatabase::createNew();
-    OdSmartPtr<OdDbBlockTableRecord> space = OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+    OdDbBlockTableRecordPtr space = benchModelSpace(db);
     const size_t before = benchHeapInUse();
     for (int i = 0; i < count; ++i) {
       OdDbLinePtr line = OdDbLine::createObject();
@@ -31,7 +31,7 @@ int main(int argc, char** argv) {
   }
 
   OdDbDatabasePtr db = OdDbDatabase::createNew();
-  OdSmartPtr<OdDbBlockTableRecord> space = OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+  OdDbBlockTableRecordPtr space = benchModelSpace(db);
   std::mt19937 rng(1);
   BenchTimer step;
   for (int i = 0; i < count; ++i) {

@@ -41,7 +41,7 @@ OdDbObjectId makeBlock(OdDbDatabase* db) {
 
 void build(OdDbDatabase* db, int count) {
   const OdDbObjectId blockId = makeBlock(db);
-  OdSmartPtr<OdDbBlockTableRecord> space = OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+  OdDbBlockTableRecordPtr space = benchModelSpace(db);
   for (int i = 0; i < count; ++i) {
     const double x = (i % 1000) * 10.0 + 0.123456789, y = (i / 1000) * 10.0 + 0.987654321;
     switch (i % 5) {

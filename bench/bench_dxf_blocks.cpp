@@ -14,14 +14,14 @@
 #include "DbDatabase.h"
 #include "DbSymbolTable.h"
 #include "DxfFile.h"
+#include "bench_entities.h"
 
 namespace {
 
 std::string drawingWithBlocks(int count) {
   OdDbDatabasePtr db = OdDbDatabase::createNew();
   OdSmartPtr<OdDbBlockTable> table = OdDbBlockTable::cast(db->getBlockTableId().safeOpenObject(OdDb::kForWrite));
-  OdSmartPtr<OdDbBlockTableRecord> space =
-      OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+  OdDbBlockTableRecordPtr space = benchModelSpace(db);
   for (int i = 0; i < count; ++i) {
     OdSmartPtr<OdDbBlockTableRecord> block = OdDbBlockTableRecord::createObject();
     block->setName(OdString().format(L"*D%d", i + 1));

@@ -1,10 +1,16 @@
 // Entities the benchmarks fill their drawings with, each made in one call.
 #pragma once
 
+#include "DbBlockTableRecord.h"
 #include "DbCurves.h"
 #include "DbDatabase.h"
 #include "DbSymbolTable.h"
 #include "DbText.h"
+
+// The model space of a drawing, open for adding entities.
+inline OdDbBlockTableRecordPtr benchModelSpace(OdDbDatabase* db) {
+  return OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+}
 
 inline OdDbLinePtr benchLine(const OdGePoint3d& start, const OdGePoint3d& end) {
   OdDbLinePtr line = OdDbLine::createObject();

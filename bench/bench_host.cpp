@@ -32,8 +32,7 @@ OdDbDatabasePtr buildDrawing(int count) {
   OdDbDatabasePtr db = OdDbDatabase::createNew();
   OdDbObjectId layers[kLayers];
   for (int i = 0; i < kLayers; ++i) layers[i] = benchAddLayer(db.get(), OdString().format(L"LAYER%d", i));
-  OdSmartPtr<OdDbBlockTableRecord> space =
-      OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+  OdDbBlockTableRecordPtr space = benchModelSpace(db);
   for (int i = 0; i < count; ++i) {
     const double x = (i % kGrid) * kCell, y = (i / kGrid) * kCell;
     OdDbEntityPtr entity;
@@ -85,10 +84,9 @@ long selectionLength(int result, ads_name ss) {
 
 // How many entities ssget "X" finds through the filter, which it releases.
 long countAll(resbuf* filter) {
+  const RyResultList owner(filter);
   ads_name ss;
-  const long found = selectionLength(ryedSSGet(L"X", nullptr, nullptr, filter, ss), ss);
-  ryutRelRb(filter);
-  return found;
+  return selectionLength(ryedSSGet(L"X", nullptr, nullptr, filter, ss), ss);
 }
 
 }  // namespace

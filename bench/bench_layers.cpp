@@ -11,6 +11,7 @@
 #include "DbCurves.h"
 #include "DbDatabase.h"
 #include "DbSymbolTable.h"
+#include "bench_entities.h"
 #include "bench_module_command.h"
 
 namespace {
@@ -28,7 +29,7 @@ OdDbDatabasePtr buildDrawing(int count) {
       layers.push_back(table->add(layer.get()));
     }
   }
-  OdDbBlockTableRecordPtr space = OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+  OdDbBlockTableRecordPtr space = benchModelSpace(db);
   for (int i = 0; i < count; ++i) {
     OdDbLinePtr line = OdDbLine::createObject();
     const double x = (i % 1000) * 10.0, y = (i / 1000) * 10.0;

@@ -14,6 +14,7 @@
 #include "DbCurves.h"
 #include "DbDatabase.h"
 #include "DbPolyline.h"
+#include "bench_entities.h"
 #include "bench_module_command.h"
 
 namespace {
@@ -23,7 +24,7 @@ constexpr double kPi = 3.14159265358979323846;
 
 OdDbDatabasePtr buildDrawing(int count) {
   OdDbDatabasePtr db = OdDbDatabase::createNew();
-  OdDbBlockTableRecordPtr space = OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+  OdDbBlockTableRecordPtr space = benchModelSpace(db);
   std::mt19937_64 random(count);
   std::uniform_real_distribution<double> coordinate(0, 100000), unit(0, 1);
   const int originals = count * 8 / 10;

@@ -36,8 +36,7 @@ OdDbDatabasePtr buildDrawing(int count) {
     OdDbObjectPtr table = db->getLinetypeTableId().openObject(OdDb::kForWrite);
     dashed = static_cast<OdDbSymbolTable*>(table.get())->add(linetype.get());
   }
-  OdSmartPtr<OdDbBlockTableRecord> space =
-      OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+  OdDbBlockTableRecordPtr space = benchModelSpace(db);
   const int columns = 600;
   for (int i = 0; i < count; ++i) {
     const double x = (i % columns) * 10.0, y = (i / columns) * 10.0 * 600.0 / (count / columns + 1);

@@ -11,6 +11,7 @@
 #include "DbBlockTableRecord.h"
 #include "DbDatabase.h"
 #include "DbText.h"
+#include "bench_entities.h"
 #include "bench_module_command.h"
 #include "bench_util.h"
 #include "core/Host.h"
@@ -20,7 +21,7 @@ namespace {
 
 OdDbDatabasePtr buildDrawing(int count) {
   OdDbDatabasePtr db = OdDbDatabase::createNew();
-  OdDbBlockTableRecordPtr space = OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+  OdDbBlockTableRecordPtr space = benchModelSpace(db);
   for (int i = 0; i < count; ++i) {
     OdDbTextPtr text = OdDbText::createObject();
     text->setTextString(OdString().format(L"room %d. north wing", i));

@@ -13,13 +13,14 @@
 #include "DbDatabase.h"
 #include "DbText.h"
 #include "RyWindows.h"
+#include "bench_entities.h"
 #include "bench_module_command.h"
 
 namespace {
 
 OdDbDatabasePtr buildDrawing(int count) {
   OdDbDatabasePtr db = OdDbDatabase::createNew();
-  OdDbBlockTableRecordPtr space = OdDbBlockTableRecord::cast(db->getModelSpaceId().safeOpenObject(OdDb::kForWrite));
+  OdDbBlockTableRecordPtr space = benchModelSpace(db);
   for (int i = 0; i < count; ++i) {
     OdDbTextPtr text = OdDbText::createObject();
     text->setDatabaseDefaults(db.get());

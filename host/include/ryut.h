@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 
 #include "OdString.h"
 #include "rytypes.h"
@@ -18,6 +19,12 @@ RYAD_API int ryutRelRb(resbuf* list);
 RYAD_API resbuf* ryutBuildList(int type, ...);
 // A copy of a list.
 RYAD_API resbuf* ryutDupList(const resbuf* list);
+
+// Owner of a result-buffer list: the list is released on every way out.
+struct RyResultListRelease {
+  void operator()(resbuf* list) const { ryutRelRb(list); }
+};
+using RyResultList = std::unique_ptr<resbuf, RyResultListRelease>;
 
 // ---- Matching and characters
 // Classic wildcard matching: # digit, @ letter, . non-alphanumeric, * any

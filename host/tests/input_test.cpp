@@ -337,42 +337,37 @@ class Osnap : public ::testing::Test {
     return ryedOsnap(pick, OdString(mode).c_str(), result) == RTNORM;
   }
 
+  // The snap of a pick, expected at a point of the xy plane.
+  void expectSnap(const char* mode, double x, double y, double snappedX, double snappedY) {
+    ads_point r;
+    ASSERT_TRUE(snap(mode, x, y, r)) << mode << " at " << x << "," << y;
+    expectPoint(r, snappedX, snappedY, 0);
+  }
+
   HostSession session;
 };
 
 TEST_F(Osnap, EndMidCenterAndQuadrant) {
   ads_point r;
-  ASSERT_TRUE(snap("end", 9, 0.5, r));
-  expectPoint(r, 10, 0, 0);
-  ASSERT_TRUE(snap("mid", 2, 0.2, r));
-  expectPoint(r, 5, 0, 0);
-  ASSERT_TRUE(snap("cen", 25.3, 0.4, r));  // on the circle, far from its centre
-  expectPoint(r, 20, 0, 0);
-  ASSERT_TRUE(snap("qua", 20.2, 4.9, r));
-  expectPoint(r, 20, 5, 0);
-  ASSERT_TRUE(snap("_endp", 43.3, 2.4, r));  // the arc's start
-  expectPoint(r, 40 + 4 * std::cos(degrees(30)), 2, 0);
-  ASSERT_TRUE(snap("mid", 40.5, 3.8, r));
-  expectPoint(r, 40, 4, 0);
+  expectSnap("end", 9, 0.5, 10, 0);
+  expectSnap("mid", 2, 0.2, 5, 0);
+  expectSnap("cen", 25.3, 0.4, 20, 0);  // on the circle, far from its centre
+  expectSnap("qua", 20.2, 4.9, 20, 5);
+  expectSnap("_endp", 43.3, 2.4, 40 + 4 * std::cos(degrees(30)), 2);  // the arc's start
+  expectSnap("mid", 40.5, 3.8, 40, 4);
   // Only the quadrant on the arc counts, however near the others are.
-  ASSERT_TRUE(snap("qua", 43.3, 2.4, r));
-  expectPoint(r, 40, 4, 0);
+  expectSnap("qua", 43.3, 2.4, 40, 4);
   // A polyline: the end of the piece under the box, the middle of that piece.
-  ASSERT_TRUE(snap("end", 9.5, 20.5, r));
-  expectPoint(r, 10, 20, 0);
-  ASSERT_TRUE(snap("mid", 10.3, 24, r));
-  expectPoint(r, 10, 25, 0);
-  ASSERT_TRUE(snap("cen", 5.2, 34.9, r));
-  expectPoint(r, 5, 30, 0);
+  expectSnap("end", 9.5, 20.5, 10, 20);
+  expectSnap("mid", 10.3, 24, 10, 25);
+  expectSnap("cen", 5.2, 34.9, 5, 30);
   EXPECT_FALSE(snap("cen", 10.3, 24, r));  // a straight piece has no centre
 }
 
 TEST_F(Osnap, IntersectionPerpendicularNearestAndSeveralModes) {
   ads_point r;
-  ASSERT_TRUE(snap("int", 5.3, 0.4, r));
-  expectPoint(r, 5, 0, 0);
-  ASSERT_TRUE(snap("int", 0.2, 20.3, r));  // a corner of the polyline
-  expectPoint(r, 0, 20, 0);
+  expectSnap("int", 5.3, 0.4, 5, 0);
+  expectSnap("int", 0.2, 20.3, 0, 20);  // a corner of the polyline
   EXPECT_FALSE(snap("int", 8, 0.2, r));  // one line alone under the box
   // Perpendicular from LASTPOINT, also onto the line's extension.
   const ads_point last = {3, 7, 0}, far = {-4, 3, 0};
@@ -380,26 +375,20 @@ TEST_F(Osnap, IntersectionPerpendicularNearestAndSeveralModes) {
   rb.restype = RT3DPOINT;
   std::copy(last, last + 3, rb.resval.rpoint);
   ASSERT_EQ(ryedSetVar(L"LASTPOINT", &rb), RTNORM);
-  ASSERT_TRUE(snap("per", 8, 0.2, r));
-  expectPoint(r, 3, 0, 0);
+  expectSnap("per", 8, 0.2, 3, 0);
   std::copy(far, far + 3, rb.resval.rpoint);
   ASSERT_EQ(ryedSetVar(L"LASTPOINT", &rb), RTNORM);
-  ASSERT_TRUE(snap("per", 1, 0.2, r));
-  expectPoint(r, -4, 0, 0);
+  expectSnap("per", 1, 0.2, -4, 0);
   // Onto a circle: on the line through its centre and the last point, the side nearer the pick.
   ASSERT_TRUE(snap("per", 23, 4.1, r));
   EXPECT_NEAR(std::hypot(r[0] - 20, r[1]), 5, 1e-9);
   EXPECT_NEAR((r[0] - 20) * (far[1] - 0) - r[1] * (far[0] - 20), 0, 1e-9);
   EXPECT_GT(r[0], 20);
-  ASSERT_TRUE(snap("nea", 7, 0.3, r));
-  expectPoint(r, 7, 0, 0);
+  expectSnap("nea", 7, 0.3, 7, 0);
   // Several modes: the snap nearest to the pick wins.
-  ASSERT_TRUE(snap("end,mid", 4.6, 0.2, r));
-  expectPoint(r, 5, 0, 0);
-  ASSERT_TRUE(snap("end,mid", 9.6, 0.2, r));
-  expectPoint(r, 10, 0, 0);
-  ASSERT_TRUE(snap("non", 60, 60, r));
-  expectPoint(r, 60, 60, 0);
+  expectSnap("end,mid", 4.6, 0.2, 5, 0);
+  expectSnap("end,mid", 9.6, 0.2, 10, 0);
+  expectSnap("non", 60, 60, 60, 60);
   EXPECT_FALSE(snap("end", 60, 60, r));  // nothing under the box
   EXPECT_FALSE(snap("xyz", 9, 0.5, r));
   EXPECT_FALSE(snap("end,xyz", 9, 0.5, r));
@@ -411,10 +400,8 @@ TEST_F(Osnap, SnapsInTheUserSystemAndAsPointOverrides) {
   ucs.setTranslation(OdGeVector3d(20, 0, 0));
   session.host().current()->setUcs(ucs);
   ads_point r;
-  ASSERT_TRUE(snap("cen", 5.2, 0.3, r));
-  expectPoint(r, 0, 0, 0);
-  ASSERT_TRUE(snap("end", -10.5, 0.4, r));
-  expectPoint(r, -10, 0, 0);
+  expectSnap("cen", 5.2, 0.3, 0, 0);
+  expectSnap("end", -10.5, 0.4, -10, 0);
   // "end" typed at a point prompt snaps the point that follows.
   session.reply({"end", "-10.5,0.4", "mid", "100,100", "3,3"});
   ASSERT_EQ(ryedGetPoint(nullptr, L"\nPoint: ", r), RTNORM);
@@ -439,9 +426,7 @@ TEST_F(Osnap, BlockReferencesSnapToTheirContentsAndInsertionPoint) {
   reference->setRotation(kPi / 2);
   place(session.db(), reference.get());
   ads_point r;
-  ASSERT_TRUE(snap("end", 50.2, 51.8, r));
-  expectPoint(r, 50, 52, 0);
-  ASSERT_TRUE(snap("ins", 50.2, 51.8, r));
-  expectPoint(r, 50, 50, 0);
+  expectSnap("end", 50.2, 51.8, 50, 52);
+  expectSnap("ins", 50.2, 51.8, 50, 50);
   EXPECT_FALSE(snap("ins", 51.5, 51, r));  // beside the line: nothing of the block is under the box
 }

@@ -69,13 +69,13 @@ class EntitySet {
 
 // Unlinks the first group of the code from a list that starts with another
 // group (the entity name) and hands it over; null when there is none.
-resbuf* takeGroup(resbuf* list, int code) {
+ResultList takeGroup(resbuf* list, int code) {
   for (resbuf* before = list; before && before->rbnext; before = before->rbnext) {
     resbuf* group = before->rbnext;
     if (group->restype != code) continue;
     before->rbnext = group->rbnext;
     group->rbnext = nullptr;
-    return group;
+    return ResultList(group);
   }
   return nullptr;
 }
@@ -92,16 +92,11 @@ void attributeToText(const ads_name attribute, OdInt16 referenceColor) {
   // the vertical alignment alone, so the field length is left out.
   const bool hasVerticalAlignment = findGroup(source.get(), 74) != nullptr;
   for (int code : kTextGroups) {
-    resbuf* group = takeGroup(source.get(), code);
-    if (!group) continue;
-    if (code == 73 && hasVerticalAlignment) {
-      ryutRelRb(group);
-      continue;
-    }
+    ResultList group = takeGroup(source.get(), code);
+    if (!group || (code == 73 && hasVerticalAlignment)) continue;
     if (code == 62 && group->resval.rint == 0) group->resval.rint = referenceColor;
     if (code == 74) group->restype = 73;
-    tail->rbnext = group;
-    tail = group;
+    tail = tail->rbnext = group.release();
   }
   rydbEntMake(text.get());
 }
@@ -226,8 +221,9 @@ bool burstReference(const ads_name entity) {
 std::vector<EntityName> pickFirstReferences() {
   std::vector<EntityName> kept;
   resbuf* pickFirst = nullptr;
-  if (ryedSSGetFirst(nullptr, &pickFirst) != RTNORM || !pickFirst) return kept;
-  ResultList owner(pickFirst);
+  const int status = ryedSSGetFirst(nullptr, &pickFirst);
+  const ResultList owner(pickFirst);
+  if (status != RTNORM || !pickFirst) return kept;
   OdInt32 length = 0;
   ryedSSLength(pickFirst->resval.rlname, &length);
   for (OdInt32 i = 0; i < length; ++i) {

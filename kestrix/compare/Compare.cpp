@@ -27,26 +27,21 @@ CompareSettings& compareSettings() {
   return settings;
 }
 
+// The switches and colours are kept in the order of the records' fields.
 DwgCompareOptions engineOptions(const CompareSettings& settings) {
-  DwgCompareOptions options;
-  options.tolerance = settings.tolerance;
-  options.geometry = settings.switches[0];
-  options.properties = settings.switches[1];
-  options.texts = settings.switches[2];
-  options.blocks = settings.switches[3];
-  options.greyUnchanged = settings.switches[4];
-  options.hideUnchanged = settings.switches[5];
-  return options;
+  const int* on = settings.switches;
+  return {.tolerance = settings.tolerance,
+          .geometry = on[0],
+          .properties = on[1],
+          .texts = on[2],
+          .blocks = on[3],
+          .greyUnchanged = on[4],
+          .hideUnchanged = on[5]};
 }
 
 DwgCompareColors engineColors(const CompareSettings& settings) {
-  DwgCompareColors colors;
-  colors.added = settings.colors[0];
-  colors.deleted = settings.colors[1];
-  colors.changed = settings.colors[2];
-  colors.propertyOnly = settings.colors[3];
-  colors.unchanged = settings.colors[4];
-  return colors;
+  const COLORREF* color = settings.colors;
+  return {.added = color[0], .deleted = color[1], .changed = color[2], .propertyOnly = color[3], .unchanged = color[4]};
 }
 
 namespace {

@@ -1,8 +1,9 @@
 // Small readers of what the host hands back through the SDK: a group of a
-// result-buffer list and a system variable of type short.
+// result-buffer list, a system variable of type short, and the owner of a list.
 #pragma once
 
 #include "rytypes.h"
+#include "ryut.h"
 
 namespace kestrix {
 
@@ -12,18 +13,7 @@ const resbuf* findGroup(const resbuf* list, int code);
 // The value of a short system variable; otherwise when it cannot be read or is of another type.
 int shortVariable(const wchar_t* name, int otherwise);
 
-}  // namespace kestrix
-
-#include <memory>
-
-#include "ryut.h"
-
-namespace kestrix {
-
 // Owner of a result-buffer list: the list is released on every way out.
-struct ResultListRelease {
-  void operator()(resbuf* list) const { ryutRelRb(list); }
-};
-using ResultList = std::unique_ptr<resbuf, ResultListRelease>;
+using ResultList = RyResultList;
 
 }  // namespace kestrix

@@ -356,10 +356,10 @@ class UcsTurn {
   bool m_turned = false;
 };
 
-resbuf* selectionFilter() {
-  return ryutBuildList(-4, L"<OR", RTDXF0, L"LINE", RTDXF0, L"LWPOLYLINE", -4, L"<AND", RTDXF0, L"POLYLINE", -4,
-                       L"<NOT", -4, L"&", 70, 88, -4, L"NOT>", -4, L"AND>", RTDXF0, L"POINT", RTDXF0, L"SHAPE",
-                       RTDXF0, L"TEXT", -4, L"OR>", RTNONE);
+ResultList selectionFilter() {
+  return ResultList(ryutBuildList(-4, L"<OR", RTDXF0, L"LINE", RTDXF0, L"LWPOLYLINE", -4, L"<AND", RTDXF0,
+                                  L"POLYLINE", -4, L"<NOT", -4, L"&", 70, 88, -4, L"NOT>", -4, L"AND>", RTDXF0,
+                                  L"POINT", RTDXF0, L"SHAPE", RTDXF0, L"TEXT", -4, L"OR>", RTNONE));
 }
 
 // Loads the definition with the host's linetype command; a linetype already
@@ -425,7 +425,7 @@ void mkltypeCommand() {
   line.across = OdGeVector3d::kZAxis.crossProduct(line.along);
   const UcsTurn turn(start, end);
 
-  ResultList filter(selectionFilter());
+  const ResultList filter = selectionFilter();
   ads_name set;
   if ((status = ryedSSGet(nullptr, nullptr, nullptr, filter.get(), set)) != RTNORM) return endAfter(status);
   int ignored = 0;

@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "blocks/RyCStdioFile.h"
+#include "frame/ResultLists.h"
 #include "ryed.h"
 #include "ryut.h"
 
@@ -141,11 +142,12 @@ bool CSysVarSet::Load(const OdString& path) {
 std::vector<HostVariable> hostVariables() {
   std::vector<HostVariable> variables;
   resbuf* list = nullptr;
-  if (ryedGetSysVarList(&list) != RTNORM) return variables;
+  const int status = ryedGetSysVarList(&list);
+  const ResultList owner(list);
+  if (status != RTNORM) return variables;
   for (const resbuf* rb = list; rb && rb->rbnext && rb->rbnext->rbnext; rb = rb->rbnext->rbnext->rbnext) {
     variables.push_back({rb->resval.rstring, rb->rbnext->resval.rint, rb->rbnext->rbnext->resval.rint != 0});
   }
-  ryutRelRb(list);
   return variables;
 }
 

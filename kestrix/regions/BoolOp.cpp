@@ -242,14 +242,16 @@ void eraseAll(const std::vector<OdDbObjectId>& ids) {
   }
 }
 
-resbuf* outlineFilter() { return ryutBuildList(RTDXF0, L"CIRCLE,POLYLINE,LWPOLYLINE", RTNONE); }
+kestrix::ResultList outlineFilter() {
+  return kestrix::ResultList(ryutBuildList(RTDXF0, L"CIRCLE,POLYLINE,LWPOLYLINE", RTNONE));
+}
 
 }  // namespace
 
 void boolopCommand() {
   kestrix::CmdEchoGuard echo;
   DialogHolder holder;
-  kestrix::ResultList filter(outlineFilter());
+  const kestrix::ResultList filter = outlineFilter();
 
   // The base.
   const ResourceString basePrompt(14840, L"\nPlease choose the first closed profile entity(pline,circle):");

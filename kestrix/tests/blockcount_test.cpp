@@ -47,8 +47,7 @@ std::vector<std::string> blockNamesOf(const std::vector<OdDbObjectId>& ids) {
 }  // namespace
 
 TEST(BlockCount, EnterCountsTheWholeDrawingAndTheTableLinesUpOnPeriods) {
-  const std::string input = dxfcheck::tempPath("blocks.dxf");
-  ASSERT_EQ(dxfcheck::python(kBlocks, input), "");
+  const std::string input = dxfcheck::pythonDrawing(kBlocks, "blocks.dxf");
   HostSession session(CorpusDrawing{input});
   ASSERT_TRUE(session.loadModule());
 
@@ -76,8 +75,7 @@ TEST(BlockCount, EnterCountsTheWholeDrawingAndTheTableLinesUpOnPeriods) {
 }
 
 TEST(BlockCount, AnonymousBlocksAndExternalReferencesAreNotCounted) {
-  const std::string input = dxfcheck::tempPath("uncounted.dxf");
-  ASSERT_EQ(dxfcheck::python(R"(
+  const std::string input = dxfcheck::pythonDrawing(R"(
 d = ezdxf.new('R2018')
 anonymous = d.blocks.new_anonymous_block()
 anonymous.add_line((0, 0), (1, 1))
@@ -85,9 +83,7 @@ d.add_xref_def('elsewhere.dxf', 'XR')
 d.modelspace().add_blockref(anonymous.name, (0, 0))
 d.modelspace().add_blockref('XR', (5, 0))
 d.saveas(sys.argv[1])
-)",
-                             input),
-            "");
+)", "uncounted.dxf");
   HostSession session(CorpusDrawing{input});
   ASSERT_TRUE(session.loadModule());
   EXPECT_THAT(session.run({"bcount", ""}), EndsWith("Select objects: \nNo valid objects selected.\nCommand: "));
@@ -96,8 +92,7 @@ d.saveas(sys.argv[1])
 }
 
 TEST(BlockCount, WithoutTheMessageLibraryTheBuiltInTextsArePrinted) {
-  const std::string input = dxfcheck::tempPath("blocks-builtin.dxf");
-  ASSERT_EQ(dxfcheck::python(kBlocks, input), "");
+  const std::string input = dxfcheck::pythonDrawing(kBlocks, "blocks-builtin.dxf");
   HostSession session(CorpusDrawing{input});
   // The module alone in a folder: no kestrixres.dll beside it.
   const std::string module = dxfcheck::tempPath("alone/kestrix.yrx");

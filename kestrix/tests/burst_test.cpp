@@ -124,8 +124,7 @@ int highlight(HostSession& session) {
 }  // namespace
 
 TEST(BurstCommand, AttributesBecomeTextsAndByBlockPiecesTakeTheReferenceProperties) {
-  const std::string input = dxfcheck::tempPath("nested.dxf");
-  ASSERT_EQ(dxfcheck::python(kNestedDrawing, input), "");
+  const std::string input = dxfcheck::pythonDrawing(kNestedDrawing, "nested.dxf");
   HostSession session(CorpusDrawing{input});
   ASSERT_TRUE(session.loadModule());
   const std::string before = dxfcheck::saved(session.db(), "nested-before.dxf");
@@ -156,8 +155,7 @@ INSTANTIATE_TEST_SUITE_P(Drawings, BurstCorpus,
 TEST(BurstCommand, PickFirstReferencesAndTheOnesThatCannotBeBurst) {
   // In model space: a plain reference, one of an external reference, one of
   // a block that may not be exploded, one on a locked layer; one in paper space.
-  const std::string input = dxfcheck::tempPath("refused.dxf");
-  ASSERT_EQ(dxfcheck::python(R"(
+  const std::string input = dxfcheck::pythonDrawing(R"(
 d = ezdxf.new('R2018')
 d.layers.add('LOCKED').lock()
 d.blocks.new('Plain').add_line((0, 0), (1, 0))
@@ -169,9 +167,7 @@ for name, x in (('Plain', 0), ('XR', 10), ('Fixed', 20)): msp.add_blockref(name,
 msp.add_blockref('Plain', (30, 0), dxfattribs={'layer': 'LOCKED'})
 d.layout('Layout1').add_blockref('Plain', (40, 0))
 d.saveas(sys.argv[1])
-)",
-                             input),
-            "");
+)", "refused.dxf");
   HostSession session(CorpusDrawing{input});
   ASSERT_TRUE(session.loadModule());
   session.run({"HIGHLIGHT", "0"});
@@ -205,8 +201,7 @@ print(sorted(e.dxf.name for e in d.modelspace().query('INSERT')), len(d.modelspa
 }
 
 TEST(BurstCommand, MultilineAttributeBecomesMultilineTextWithItsContents) {
-  const std::string input = dxfcheck::tempPath("multiline.dxf");
-  ASSERT_EQ(dxfcheck::python(R"(
+  const std::string input = dxfcheck::pythonDrawing(R"(
 d = ezdxf.new('R2018')
 d.blocks.new('M').add_line((0, 0), (1, 0))
 d.layers.add('WALLS')
@@ -216,9 +211,7 @@ m = d.modelspace().add_mtext('first line\\Psecond line', dxfattribs={'insert': (
 a.embed_mtext(m)
 d.modelspace().delete_entity(m)
 d.saveas(sys.argv[1])
-)",
-                             input),
-            "");
+)", "multiline.dxf");
   HostSession session(CorpusDrawing{input});
   ASSERT_TRUE(session.loadModule());
   session.run({"BURST", "ALL", ""});

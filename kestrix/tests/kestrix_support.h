@@ -177,6 +177,14 @@ inline std::string python(const std::string& script, const std::string& argument
   return output("/usr/bin/python3 '" + path + "' " + arguments);
 }
 
+// A drawing that an ezdxf script writes to the path it is given, as a
+// temporary file of that name; its path. A complaint of the script fails the test.
+inline std::string pythonDrawing(const std::string& script, const std::string& name) {
+  const std::string path = tempPath(name);
+  EXPECT_EQ(python(script, path), "") << name;
+  return path;
+}
+
 // "same" when the two drawings hold the same entities (the shared checker).
 inline std::string sameEntities(const std::string& before, const std::string& after) {
   return output("/usr/bin/python3 " + std::string(KESTRIX_CORPUS_DIR) + "/../tools/dxf_same_entities.py '" +

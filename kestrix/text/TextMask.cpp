@@ -216,11 +216,6 @@ class TextChoice {
 
 // ---------------------------------------------------------------- selection by keyword
 
-resbuf* textTypeFilter() {
-  resbuf* filter = ryutBuildList(RTDXF0, L"TEXT,MTEXT", RTNONE);
-  return filter;
-}
-
 std::vector<OdDbObjectId> idsOf(const ads_name ss) {
   std::vector<OdDbObjectId> ids;
   OdInt32 length = 0;
@@ -236,7 +231,7 @@ std::vector<OdDbObjectId> idsOf(const ads_name ss) {
 
 // A programmed selection of texts and multiline texts; false when nothing was found.
 bool selectTexts(const wchar_t* mode, const void* pt1, const void* pt2, std::vector<OdDbObjectId>& ids) {
-  kestrix::ResultList filter(textTypeFilter());
+  const kestrix::ResultList filter(ryutBuildList(RTDXF0, L"TEXT,MTEXT", RTNONE));
   ads_name ss = {0, 0};
   if (ryedSSGet(mode, pt1, pt2, filter.get(), ss) != RTNORM) return false;
   ids = idsOf(ss);
@@ -252,27 +247,27 @@ int readCorners(ads_point first, ads_point second) {
 }
 
 // Points of a polygon or fence up to Enter, as a point list; null on Esc.
-resbuf* readPointList(bool& cancelled) {
+kestrix::ResultList readPointList(bool& cancelled) {
   cancelled = false;
-  resbuf* head = nullptr;
+  kestrix::ResultList points;
   resbuf* tail = nullptr;
   ads_point previous;
-  int count = 0;
   for (;;) {
     ads_point point;
-    const int status = count == 0 ? ryedGetPoint(nullptr, ResourceString(2063), point)
-                                   : ryedGetPoint(previous, ResourceString(2064), point);
+    const int status = tail ? ryedGetPoint(previous, ResourceString(2064), point)
+                            : ryedGetPoint(nullptr, ResourceString(2063), point);
     if (status == RTCAN) {
       cancelled = true;
-      ryutRelRb(head);
       return nullptr;
     }
-    if (status != RTNORM) return head;
+    if (status != RTNORM) return points;
     resbuf* rb = ryutNewRb(RT3DPOINT);
     for (int i = 0; i < 3; ++i) rb->resval.rpoint[i] = previous[i] = point[i];
-    (tail ? tail->rbnext : head) = rb;
+    if (tail)
+      tail->rbnext = rb;
+    else
+      points.reset(rb);
     tail = rb;
-    ++count;
   }
 }
 
@@ -400,7 +395,7 @@ bool handleKeyword(const OdString& word, TextChoice& choice) {
   const bool crossingPolygon = word.iCompare(L"CPolygon") == 0;
   if (fence || crossingPolygon || word.iCompare(L"WPolygon") == 0) {
     bool cancelled = false;
-    kestrix::ResultList points(readPointList(cancelled));
+    const kestrix::ResultList points = readPointList(cancelled);
     if (cancelled) return false;
     if (points && selectTexts(fence ? L"_F" : crossingPolygon ? L"_CP" : L"_WP", points.get(), nullptr, found))
       takeFound(choice, found);

@@ -77,8 +77,9 @@ namespace {
 
 // ---------------------------------------------------------------- selection
 
-resbuf* textFilter() {
-  return ryutBuildList(-4, L"<OR", RTDXF0, L"TEXT", RTDXF0, L"MTEXT", RTDXF0, L"ATTDEF", -4, L"OR>", RTNONE);
+kestrix::ResultList textFilter() {
+  return kestrix::ResultList(
+      ryutBuildList(-4, L"<OR", RTDXF0, L"TEXT", RTDXF0, L"MTEXT", RTDXF0, L"ATTDEF", -4, L"OR>", RTNONE));
 }
 
 bool layerLocked(const OdDbObjectId& layerId) {
@@ -182,7 +183,7 @@ bool selectTexts(ads_name ss) {
     }
     ryedSSFree(implied);
   }
-  kestrix::ResultList filter(textFilter());
+  const kestrix::ResultList filter = textFilter();
   Selection selection;
   selection.acceptMText(secondMergeRoutine());
   for (;;) {

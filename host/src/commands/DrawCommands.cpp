@@ -623,11 +623,10 @@ void plineCommand() { PolylineCommand().run(); }
 }  // namespace
 
 void registerDrawCommands(CommandStack& stack) {
-  const wchar_t* group = L"RYAD";
-  stack.addCommand(group, L"LINE", L"LINE", OdEdCommand::kModal, lineCommand);
-  stack.addCommand(group, L"CIRCLE", L"CIRCLE", OdEdCommand::kModal, circleCommand);
-  stack.addCommand(group, L"ARC", L"ARC", OdEdCommand::kModal, arcCommand);
-  stack.addCommand(group, L"PLINE", L"PLINE", OdEdCommand::kModal, plineCommand);
+  addHostCommands(stack, {{L"LINE", OdEdCommand::kModal, lineCommand},
+                          {L"CIRCLE", OdEdCommand::kModal, circleCommand},
+                          {L"ARC", OdEdCommand::kModal, arcCommand},
+                          {L"PLINE", OdEdCommand::kModal, plineCommand}});
 }
 
 RYAD_HOST_COMMANDS(registerDrawCommands);

@@ -148,9 +148,9 @@ void reinitCommand() {
 
 void registerHelpCommands(CommandStack& stack) {
   const OdInt32 inside = OdEdCommand::kTransparent | OdEdCommand::kNoUndoMarker;
-  stack.addCommand(L"RYAD", L"HELP", L"HELP", inside, helpCommand);
-  stack.addCommand(L"RYAD", L"?", L"?", inside, helpCommand);
-  stack.addCommand(L"RYAD", L"REINIT", L"REINIT", OdEdCommand::kNoUndoMarker, reinitCommand);
+  addHostCommands(stack, {{L"HELP", inside, helpCommand},
+                          {L"?", inside, helpCommand},
+                          {L"REINIT", OdEdCommand::kNoUndoMarker, reinitCommand}});
 }
 
 RYAD_HOST_COMMANDS(registerHelpCommands);

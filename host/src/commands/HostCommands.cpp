@@ -181,17 +181,16 @@ void undoCommand() {
 }
 
 void registerFileCommands(CommandStack& stack) {
-  const wchar_t* group = L"RYAD";
-  stack.addCommand(group, L"OPEN", L"OPEN", OdEdCommand::kNoUndoMarker, openCommand);
-  stack.addCommand(group, L"NEW", L"NEW", OdEdCommand::kNoUndoMarker, newCommand);
-  stack.addCommand(group, L"SAVE", L"SAVE", OdEdCommand::kNoUndoMarker, saveCommand);
-  stack.addCommand(group, L"SAVEAS", L"SAVEAS", OdEdCommand::kNoUndoMarker, saveAsCommand);
-  stack.addCommand(group, L"QSAVE", L"QSAVE", OdEdCommand::kNoUndoMarker, qsaveCommand);
-  stack.addCommand(group, L"CLOSE", L"CLOSE", OdEdCommand::kNoUndoMarker, closeCommand);
-  stack.addCommand(group, L"QUIT", L"QUIT", OdEdCommand::kNoUndoMarker, quitCommand);
-  stack.addCommand(group, L"EXIT", L"EXIT", OdEdCommand::kNoUndoMarker, quitCommand);
-  stack.addCommand(group, L"UNDO", L"UNDO", OdEdCommand::kNoUndoMarker, undoCommand);
-  stack.addCommand(group, L"U", L"U", OdEdCommand::kNoUndoMarker, uCommand);
+  addHostCommands(stack, {{L"OPEN", OdEdCommand::kNoUndoMarker, openCommand},
+                          {L"NEW", OdEdCommand::kNoUndoMarker, newCommand},
+                          {L"SAVE", OdEdCommand::kNoUndoMarker, saveCommand},
+                          {L"SAVEAS", OdEdCommand::kNoUndoMarker, saveAsCommand},
+                          {L"QSAVE", OdEdCommand::kNoUndoMarker, qsaveCommand},
+                          {L"CLOSE", OdEdCommand::kNoUndoMarker, closeCommand},
+                          {L"QUIT", OdEdCommand::kNoUndoMarker, quitCommand},
+                          {L"EXIT", OdEdCommand::kNoUndoMarker, quitCommand},
+                          {L"UNDO", OdEdCommand::kNoUndoMarker, undoCommand},
+                          {L"U", OdEdCommand::kNoUndoMarker, uCommand}});
 }
 
 }  // namespace

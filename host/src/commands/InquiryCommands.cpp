@@ -273,8 +273,8 @@ void regenCommand() {
 }  // namespace
 
 void registerInquiryCommands(CommandStack& stack) {
-  stack.addCommand(L"RYAD", L"LIST", L"LIST", OdEdCommand::kUsePickSet, listCommand);
-  stack.addCommand(L"RYAD", L"REGEN", L"REGEN", OdEdCommand::kModal, regenCommand);
+  addHostCommands(stack, {{L"LIST", OdEdCommand::kUsePickSet, listCommand},
+                          {L"REGEN", OdEdCommand::kModal, regenCommand}});
 }
 
 RYAD_HOST_COMMANDS(registerInquiryCommands);

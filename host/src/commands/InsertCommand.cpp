@@ -581,9 +581,8 @@ void blockCommand() {
 }  // namespace
 
 void registerInsertCommands(CommandStack& stack) {
-  const wchar_t* group = L"RYAD";
-  stack.addCommand(group, L"-INSERT", L"-INSERT", OdEdCommand::kModal, insertCommand);
-  stack.addCommand(group, L"-BLOCK", L"-BLOCK", OdEdCommand::kModal, blockCommand);
+  addHostCommands(stack, {{L"-INSERT", OdEdCommand::kModal, insertCommand},
+                          {L"-BLOCK", OdEdCommand::kModal, blockCommand}});
 }
 
 RYAD_HOST_COMMANDS(registerInsertCommands);

@@ -107,15 +107,8 @@ bool drivenByTextTool() {
 }
 
 void justifyTextCommand() {
-  resbuf* filter = ryutBuildList(RTDXF0, L"TEXT,MTEXT,ATTDEF,INSERT", RTNONE);
-  std::vector<OdDbObjectId> ids;
-  try {
-    ids = selectObjects(filter);
-  } catch (...) {
-    ryutRelRb(filter);
-    throw;
-  }
-  ryutRelRb(filter);
+  const RyResultList filter(ryutBuildList(RTDXF0, L"TEXT,MTEXT,ATTDEF,INSERT", RTNONE));
+  const std::vector<OdDbObjectId> ids = selectObjects(filter.get());
   if (ids.empty()) return;
   const OdString option = askKeyword(
       L"\nEnter a justification option [Left/Align/Fit/Center/Middle/Right/TL/TC/TR/ML/MC/MR/BL/BC/BR] "

@@ -48,16 +48,8 @@ class LayerEditor {
     for (const OdDbObjectId& id : tableRecords(db, OdDbNameTable::kLayer)) {
       OdDbObjectPtr object = id.openObject();
       auto* record = static_cast<OdDbLayerTableRecord*>(object.get());
-      LayerState state;
-      state.id = id;
-      state.name = record->getName();
-      state.off = record->isOff();
-      state.frozen = record->isFrozen();
-      state.locked = record->isLocked();
-      state.color = record->color();
-      state.linetype = record->linetypeObjectId();
-      state.lineWeight = record->lineWeight();
-      m_layers.push_back(state);
+      m_layers.push_back({id, record->getName(), record->isOff(), record->isFrozen(), record->isLocked(),
+                          record->color(), record->linetypeObjectId(), record->lineWeight()});
     }
     m_original = m_layers;
     m_current = recordName(db->getCLAYER());
@@ -395,8 +387,7 @@ void layerCommand() {
 }  // namespace
 
 void registerLayerCommands(CommandStack& stack) {
-  stack.addCommand(L"RYAD", L"-LAYER", L"-LAYER", OdEdCommand::kModal, layerCommand);
-  stack.addCommand(L"RYAD", L"LAYER", L"LAYER", OdEdCommand::kModal, layerCommand);
+  addCommandAndLineForm(stack, L"LAYER", layerCommand);
 }
 
 RYAD_HOST_COMMANDS(registerLayerCommands);

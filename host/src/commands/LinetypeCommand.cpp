@@ -421,8 +421,7 @@ void linetypeCommand() { LinetypeEditor(Host::instance().current()->database()).
 }  // namespace
 
 void registerLinetypeCommands(CommandStack& stack) {
-  stack.addCommand(L"RYAD", L"-LINETYPE", L"-LINETYPE", OdEdCommand::kModal, linetypeCommand);
-  stack.addCommand(L"RYAD", L"LINETYPE", L"LINETYPE", OdEdCommand::kModal, linetypeCommand);
+  addCommandAndLineForm(stack, L"LINETYPE", linetypeCommand);
 }
 
 RYAD_HOST_COMMANDS(registerLinetypeCommands);

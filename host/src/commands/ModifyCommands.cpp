@@ -163,35 +163,59 @@ double askReferenceRotation(const OdGePoint3d& base) {
   return target - reference;
 }
 
+// ---- what ROTATE and SCALE share
+
+// The objects and the base point; no objects when nothing was selected.
+std::vector<OdDbObjectId> selectWithBase(OdGePoint3d& base) {
+  std::vector<OdDbObjectId> ids = selectObjects(nullptr, true);
+  if (!ids.empty()) askPoint(L"\nSpecify base point: ", base, nullptr, nullptr, RSG_NONULL);
+  return ids;
+}
+
+// Asks for the angle or factor until one is given: Copy turns the command
+// to copies (and says so with `copyNote`), Reference hands the question to
+// `reference`. True when the command works on copies.
+template <class Ask, class Reference>
+bool askWithCopy(const wchar_t* copyNote, Ask ask, Reference reference) {
+  bool copies = false;
+  for (;;) {
+    const Answer answer = ask();
+    if (answer.is(L"Copy")) {
+      copies = true;
+      say(copyNote);
+      continue;
+    }
+    if (answer.is(L"Reference")) reference();
+    return copies;
+  }
+}
+
+void transformOrCopy(const std::vector<OdDbObjectId>& ids, const OdGeMatrix3d& xform, bool copies,
+                     const wchar_t* done) {
+  if (copies)
+    copyAll(ids, xform);
+  else
+    transformAll(ids, xform, done);
+}
+
 void rotateCommand() {
   const bool clockwise = Host::instance().sysvars().getInt(L"ANGDIR", 0) != 0;
   say(OdString(L"\nCurrent positive angle in UCS:  ANGDIR=") +
       (clockwise ? L"clockwise" : L"counterclockwise") + L"  ANGBASE=" +
       formatAngle(Host::instance().sysvars().getReal(L"ANGBASE", 0.0)));
-  const std::vector<OdDbObjectId> ids = selectObjects(nullptr, true);
-  if (ids.empty()) return;
   OdGePoint3d base;
-  askPoint(L"\nSpecify base point: ", base, nullptr, nullptr, RSG_NONULL);
+  const std::vector<OdDbObjectId> ids = selectWithBase(base);
+  if (ids.empty()) return;
   ModifyMemory& remembered = memory();
   double angle = remembered.rotation;
-  bool copies = false;
-  for (;;) {
-    const Answer answer =
-        askAngle(L"\nSpecify rotation angle or [Copy/Reference] <" + formatAngle(angle) + L">: ", angle,
-                 L"Copy Reference", &base);
-    if (answer.is(L"Copy")) {
-      copies = true;
-      say(L"\nRotating a copy of the selected objects.");
-      continue;
-    }
-    if (answer.is(L"Reference")) angle = askReferenceRotation(base);
-    break;
-  }
-  const OdGeMatrix3d xform = OdGeMatrix3d::rotation(angle, ucsNormal(), toWorld(base));
-  if (copies)
-    copyAll(ids, xform);
-  else
-    transformAll(ids, xform, L"rotated");
+  const bool copies = askWithCopy(
+      L"\nRotating a copy of the selected objects.",
+      [&] {
+        return askAngle(L"\nSpecify rotation angle or [Copy/Reference] <" + formatAngle(angle) + L">: ", angle,
+                        L"Copy Reference", &base);
+      },
+      [&] { angle = askReferenceRotation(base); });
+  transformOrCopy(ids, OdGeMatrix3d::rotation(angle, ucsNormal(), toWorld(base)), copies, L"rotated");
   remembered.rotation = normalizedAngle(angle);
 }
 
@@ -219,42 +243,30 @@ double askReferenceScale(const OdGePoint3d& base) {
 }
 
 void scaleCommand() {
-  const std::vector<OdDbObjectId> ids = selectObjects(nullptr, true);
-  if (ids.empty()) return;
   OdGePoint3d base;
-  askPoint(L"\nSpecify base point: ", base, nullptr, nullptr, RSG_NONULL);
+  const std::vector<OdDbObjectId> ids = selectWithBase(base);
+  if (ids.empty()) return;
   ModifyMemory& remembered = memory();
   double factor = remembered.scaleFactor;
-  bool copies = false;
-  for (;;) {
-    const Answer answer =
-        askDistance(L"\nSpecify scale factor or [Copy/Reference] <" + formatDistance(factor) + L">: ", factor,
-                    L"Copy Reference", &base, RSG_NOZERO | RSG_NONEG);
-    if (answer.is(L"Copy")) {
-      copies = true;
-      say(L"\nScaling a copy of the selected objects.");
-      continue;
-    }
-    if (answer.is(L"Reference")) factor = askReferenceScale(base);
-    break;
-  }
-  const OdGeMatrix3d xform = OdGeMatrix3d::scaling(factor, toWorld(base));
-  if (copies)
-    copyAll(ids, xform);
-  else
-    transformAll(ids, xform, L"scaled");
+  const bool copies = askWithCopy(
+      L"\nScaling a copy of the selected objects.",
+      [&] {
+        return askDistance(L"\nSpecify scale factor or [Copy/Reference] <" + formatDistance(factor) + L">: ",
+                           factor, L"Copy Reference", &base, RSG_NOZERO | RSG_NONEG);
+      },
+      [&] { factor = askReferenceScale(base); });
+  transformOrCopy(ids, OdGeMatrix3d::scaling(factor, toWorld(base)), copies, L"scaled");
   remembered.scaleFactor = factor;
 }
 
 }  // namespace
 
 void registerModifyCommands(CommandStack& stack) {
-  const wchar_t* group = L"RYAD";
   const OdInt32 flags = OdEdCommand::kUsePickSet;
-  stack.addCommand(group, L"MOVE", L"MOVE", flags, moveCommand);
-  stack.addCommand(group, L"COPY", L"COPY", flags, copyCommand);
-  stack.addCommand(group, L"ROTATE", L"ROTATE", flags, rotateCommand);
-  stack.addCommand(group, L"SCALE", L"SCALE", flags, scaleCommand);
+  addHostCommands(stack, {{L"MOVE", flags, moveCommand},
+                          {L"COPY", flags, copyCommand},
+                          {L"ROTATE", flags, rotateCommand},
+                          {L"SCALE", flags, scaleCommand}});
 }
 
 RYAD_HOST_COMMANDS(registerModifyCommands);

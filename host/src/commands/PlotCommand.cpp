@@ -146,8 +146,7 @@ void plotCommand() {
 }  // namespace
 
 void registerPlotCommands(CommandStack& stack) {
-  stack.addCommand(L"RYAD", L"-PLOT", L"-PLOT", OdEdCommand::kModal, plotCommand);
-  stack.addCommand(L"RYAD", L"PLOT", L"PLOT", OdEdCommand::kModal, plotCommand);
+  addCommandAndLineForm(stack, L"PLOT", plotCommand);
 }
 
 RYAD_HOST_COMMANDS(registerPlotCommands);

@@ -345,8 +345,7 @@ void purgeCommand() { Purger(Host::instance().current()->database()).run(); }
 }  // namespace
 
 void registerPurgeCommands(CommandStack& stack) {
-  stack.addCommand(L"RYAD", L"-PURGE", L"-PURGE", OdEdCommand::kModal, purgeCommand);
-  stack.addCommand(L"RYAD", L"PURGE", L"PURGE", OdEdCommand::kModal, purgeCommand);
+  addCommandAndLineForm(stack, L"PURGE", purgeCommand);
 }
 
 RYAD_HOST_COMMANDS(registerPurgeCommands);

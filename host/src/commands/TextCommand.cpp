@@ -358,10 +358,9 @@ void attdefCommand() {
 }  // namespace
 
 void registerTextCommands(CommandStack& stack) {
-  const wchar_t* group = L"RYAD";
-  stack.addCommand(group, L"TEXT", L"TEXT", OdEdCommand::kModal, textCommand);
-  stack.addCommand(group, L"DTEXT", L"DTEXT", OdEdCommand::kModal, textCommand);
-  stack.addCommand(group, L"-ATTDEF", L"-ATTDEF", OdEdCommand::kModal, attdefCommand);
+  addHostCommands(stack, {{L"TEXT", OdEdCommand::kModal, textCommand},
+                          {L"DTEXT", OdEdCommand::kModal, textCommand},
+                          {L"-ATTDEF", OdEdCommand::kModal, attdefCommand}});
 }
 
 RYAD_HOST_COMMANDS(registerTextCommands);

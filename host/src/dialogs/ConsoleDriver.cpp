@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cwctype>
 #include <filesystem>
+#include <utility>
 
 #include "core/Host.h"
 #include "dialogs/DialogDriver.h"
@@ -24,31 +25,19 @@ OdString padded(const OdString& text, int width) {
   return result;
 }
 
+// The word the form shows for a control's kind; a control of another kind
+// shows its class word.
 OdString kindName(const RyWindow& control) {
-  switch (control.kind) {
-    case Kind::kStatic:
-      return L"text";
-    case Kind::kEdit:
-      return L"edit";
-    case Kind::kPushButton:
-      return L"button";
-    case Kind::kCheckBox:
-      return L"check";
-    case Kind::kRadio:
-      return L"radio";
-    case Kind::kGroupBox:
-      return L"group";
-    case Kind::kListBox:
-      return L"list";
-    case Kind::kComboBox:
-      return L"combo";
-    case Kind::kListView:
-      return L"listview";
-    case Kind::kColorButton:
-      return L"colour";
-    default:
-      return control.kindWord.lower();
+  static const std::pair<Kind, const wchar_t*> kNames[] = {
+      {Kind::kStatic, L"text"},    {Kind::kEdit, L"edit"},         {Kind::kPushButton, L"button"},
+      {Kind::kCheckBox, L"check"}, {Kind::kRadio, L"radio"},       {Kind::kGroupBox, L"group"},
+      {Kind::kListBox, L"list"},   {Kind::kComboBox, L"combo"},    {Kind::kListView, L"listview"},
+      {Kind::kColorButton, L"colour"},
+  };
+  for (const auto& [kind, name] : kNames) {
+    if (kind == control.kind) return name;
   }
+  return control.kindWord.lower();
 }
 
 OdString resultName(int result) {

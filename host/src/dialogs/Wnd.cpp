@@ -45,6 +45,61 @@ int deleteItem(RyWindow* list, int index) {
   return static_cast<int>(list->items.size());
 }
 
+// ---- The item list of list boxes and combo boxes: both answer the same
+// calls alike, each with its own error value (LB_ERR, CB_ERR).
+
+OdString textOf(LPCTSTR text) { return OdString(text ? text : L""); }
+
+int addItem(RyWindow* list, LPCTSTR text, int error) {
+  if (!list) return error;
+  const OdString value = textOf(text);
+  return insertItem(list, list->sorted ? ryhost::sortedIndex(*list, value) : static_cast<int>(list->items.size()),
+                    value);
+}
+
+// At an index, or at the end for -1.
+int insertItemAt(RyWindow* list, int index, LPCTSTR text, int error) {
+  if (!list || index > static_cast<int>(list->items.size())) return error;
+  return insertItem(list, index < 0 ? static_cast<int>(list->items.size()) : index, textOf(text));
+}
+
+int removeItem(RyWindow* list, UINT index, int error) {
+  return validIndex(list, static_cast<int>(index)) ? deleteItem(list, static_cast<int>(index)) : error;
+}
+
+int itemText(RyWindow* list, int index, CString& text, int error) {
+  const RyWindow::Item* item = itemAt(list, index);
+  if (!item) return error;
+  text = item->text;
+  return text.getLength();
+}
+
+int itemText(RyWindow* list, int index, LPTSTR buffer, int error) {
+  const RyWindow::Item* item = itemAt(list, index);
+  return item ? copyText(item->text, buffer, item->text.getLength() + 1) : error;
+}
+
+int itemTextLength(RyWindow* list, int index, int error) {
+  const RyWindow::Item* item = itemAt(list, index);
+  return item ? item->text.getLength() : error;
+}
+
+int findText(const RyWindow* list, int start, LPCTSTR text, bool exact, int error) {
+  return list ? ryhost::findItem(*list, start, textOf(text), exact) : error;
+}
+
+DWORD_PTR itemData(RyWindow* list, int index, int error) {
+  const RyWindow::Item* item = itemAt(list, index);
+  return item ? item->data : static_cast<DWORD_PTR>(error);
+}
+
+int setItemData(RyWindow* list, int index, DWORD_PTR data, int error, int okay) {
+  RyWindow::Item* item = itemAt(list, index);
+  if (!item) return error;
+  item->data = data;
+  return okay;
+}
+
 // Shows the selected item's text in a combo box's edit part.
 void showSelection(RyWindow* combo) {
   const RyWindow::Item* item = itemAt(combo, combo->current);
@@ -265,21 +320,11 @@ void CButton::SetCheck(int check) {
 
 int CListBox::GetCount() const { return m_hWnd ? static_cast<int>(m_hWnd->items.size()) : LB_ERR; }
 
-int CListBox::AddString(LPCTSTR text) {
-  if (!m_hWnd) return LB_ERR;
-  const OdString value(text ? text : L"");
-  return insertItem(m_hWnd, m_hWnd->sorted ? ryhost::sortedIndex(*m_hWnd, value) : GetCount(), value);
-}
+int CListBox::AddString(LPCTSTR text) { return addItem(m_hWnd, text, LB_ERR); }
 
-int CListBox::InsertString(int index, LPCTSTR text) {
-  if (!m_hWnd || index > GetCount()) return LB_ERR;
-  return insertItem(m_hWnd, index < 0 ? GetCount() : index, OdString(text ? text : L""));
-}
+int CListBox::InsertString(int index, LPCTSTR text) { return insertItemAt(m_hWnd, index, text, LB_ERR); }
 
-int CListBox::DeleteString(UINT index) {
-  if (!validIndex(m_hWnd, static_cast<int>(index))) return LB_ERR;
-  return deleteItem(m_hWnd, static_cast<int>(index));
-}
+int CListBox::DeleteString(UINT index) { return removeItem(m_hWnd, index, LB_ERR); }
 
 void CListBox::ResetContent() {
   if (!m_hWnd) return;
@@ -329,31 +374,15 @@ int CListBox::GetSelItems(int most, int* indexes) const {
   return written;
 }
 
-int CListBox::GetText(int index, CString& text) const {
-  const RyWindow::Item* item = itemAt(m_hWnd, index);
-  if (!item) return LB_ERR;
-  text = item->text;
-  return text.getLength();
-}
+int CListBox::GetText(int index, CString& text) const { return itemText(m_hWnd, index, text, LB_ERR); }
 
-int CListBox::GetText(int index, LPTSTR buffer) const {
-  const RyWindow::Item* item = itemAt(m_hWnd, index);
-  if (!item) return LB_ERR;
-  return copyText(item->text, buffer, item->text.getLength() + 1);
-}
+int CListBox::GetText(int index, LPTSTR buffer) const { return itemText(m_hWnd, index, buffer, LB_ERR); }
 
-int CListBox::GetTextLen(int index) const {
-  const RyWindow::Item* item = itemAt(m_hWnd, index);
-  return item ? item->text.getLength() : LB_ERR;
-}
+int CListBox::GetTextLen(int index) const { return itemTextLength(m_hWnd, index, LB_ERR); }
 
-int CListBox::FindString(int start, LPCTSTR text) const {
-  return m_hWnd ? ryhost::findItem(*m_hWnd, start, OdString(text ? text : L""), false) : LB_ERR;
-}
+int CListBox::FindString(int start, LPCTSTR text) const { return findText(m_hWnd, start, text, false, LB_ERR); }
 
-int CListBox::FindStringExact(int start, LPCTSTR text) const {
-  return m_hWnd ? ryhost::findItem(*m_hWnd, start, OdString(text ? text : L""), true) : LB_ERR;
-}
+int CListBox::FindStringExact(int start, LPCTSTR text) const { return findText(m_hWnd, start, text, true, LB_ERR); }
 
 int CListBox::SelectString(int start, LPCTSTR text) {
   const int index = FindString(start, text);
@@ -362,37 +391,19 @@ int CListBox::SelectString(int start, LPCTSTR text) {
   return index;
 }
 
-DWORD_PTR CListBox::GetItemData(int index) const {
-  const RyWindow::Item* item = itemAt(m_hWnd, index);
-  return item ? item->data : static_cast<DWORD_PTR>(LB_ERR);
-}
+DWORD_PTR CListBox::GetItemData(int index) const { return itemData(m_hWnd, index, LB_ERR); }
 
-int CListBox::SetItemData(int index, DWORD_PTR data) {
-  RyWindow::Item* item = itemAt(m_hWnd, index);
-  if (!item) return LB_ERR;
-  item->data = data;
-  return LB_OKAY;
-}
+int CListBox::SetItemData(int index, DWORD_PTR data) { return setItemData(m_hWnd, index, data, LB_ERR, LB_OKAY); }
 
 // ---------------------------------------------------------------- combo boxes
 
 int CComboBox::GetCount() const { return m_hWnd ? static_cast<int>(m_hWnd->items.size()) : CB_ERR; }
 
-int CComboBox::AddString(LPCTSTR text) {
-  if (!m_hWnd) return CB_ERR;
-  const OdString value(text ? text : L"");
-  return insertItem(m_hWnd, m_hWnd->sorted ? ryhost::sortedIndex(*m_hWnd, value) : GetCount(), value);
-}
+int CComboBox::AddString(LPCTSTR text) { return addItem(m_hWnd, text, CB_ERR); }
 
-int CComboBox::InsertString(int index, LPCTSTR text) {
-  if (!m_hWnd || index > GetCount()) return CB_ERR;
-  return insertItem(m_hWnd, index < 0 ? GetCount() : index, OdString(text ? text : L""));
-}
+int CComboBox::InsertString(int index, LPCTSTR text) { return insertItemAt(m_hWnd, index, text, CB_ERR); }
 
-int CComboBox::DeleteString(UINT index) {
-  if (!validIndex(m_hWnd, static_cast<int>(index))) return CB_ERR;
-  return deleteItem(m_hWnd, static_cast<int>(index));
-}
+int CComboBox::DeleteString(UINT index) { return removeItem(m_hWnd, index, CB_ERR); }
 
 void CComboBox::ResetContent() {
   if (!m_hWnd) return;
@@ -410,31 +421,15 @@ int CComboBox::SetCurSel(int index) {
   return index == -1 ? CB_ERR : index;
 }
 
-int CComboBox::GetLBText(int index, CString& text) const {
-  const RyWindow::Item* item = itemAt(m_hWnd, index);
-  if (!item) return CB_ERR;
-  text = item->text;
-  return text.getLength();
-}
+int CComboBox::GetLBText(int index, CString& text) const { return itemText(m_hWnd, index, text, CB_ERR); }
 
-int CComboBox::GetLBText(int index, LPTSTR buffer) const {
-  const RyWindow::Item* item = itemAt(m_hWnd, index);
-  if (!item) return CB_ERR;
-  return copyText(item->text, buffer, item->text.getLength() + 1);
-}
+int CComboBox::GetLBText(int index, LPTSTR buffer) const { return itemText(m_hWnd, index, buffer, CB_ERR); }
 
-int CComboBox::GetLBTextLen(int index) const {
-  const RyWindow::Item* item = itemAt(m_hWnd, index);
-  return item ? item->text.getLength() : CB_ERR;
-}
+int CComboBox::GetLBTextLen(int index) const { return itemTextLength(m_hWnd, index, CB_ERR); }
 
-int CComboBox::FindString(int start, LPCTSTR text) const {
-  return m_hWnd ? ryhost::findItem(*m_hWnd, start, OdString(text ? text : L""), false) : CB_ERR;
-}
+int CComboBox::FindString(int start, LPCTSTR text) const { return findText(m_hWnd, start, text, false, CB_ERR); }
 
-int CComboBox::FindStringExact(int start, LPCTSTR text) const {
-  return m_hWnd ? ryhost::findItem(*m_hWnd, start, OdString(text ? text : L""), true) : CB_ERR;
-}
+int CComboBox::FindStringExact(int start, LPCTSTR text) const { return findText(m_hWnd, start, text, true, CB_ERR); }
 
 int CComboBox::SelectString(int start, LPCTSTR text) {
   const int index = FindString(start, text);
@@ -442,17 +437,9 @@ int CComboBox::SelectString(int start, LPCTSTR text) {
   return SetCurSel(index);
 }
 
-DWORD_PTR CComboBox::GetItemData(int index) const {
-  const RyWindow::Item* item = itemAt(m_hWnd, index);
-  return item ? item->data : static_cast<DWORD_PTR>(CB_ERR);
-}
+DWORD_PTR CComboBox::GetItemData(int index) const { return itemData(m_hWnd, index, CB_ERR); }
 
-int CComboBox::SetItemData(int index, DWORD_PTR data) {
-  RyWindow::Item* item = itemAt(m_hWnd, index);
-  if (!item) return CB_ERR;
-  item->data = data;
-  return CB_OKAY;
-}
+int CComboBox::SetItemData(int index, DWORD_PTR data) { return setItemData(m_hWnd, index, data, CB_ERR, CB_OKAY); }
 
 // ---------------------------------------------------------------- list views
 

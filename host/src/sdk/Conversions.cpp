@@ -56,6 +56,12 @@ struct Scanner {
   void skipSpaces() {
     while (peek() == L' ' || peek() == L'\t') ++pos;
   }
+  // An optional leading sign: -1 after a minus, else 1.
+  double takeSign() {
+    if (take(L'-')) return -1;
+    take(L'+');
+    return 1;
+  }
 };
 
 bool isAsciiDigit(wchar_t ch) { return ch >= L'0' && ch <= L'9'; }
@@ -164,11 +170,7 @@ bool parseLinear(const OdString& text, int unit, double& result) {
   if (unit == -1) unit = currentLinearUnit();
   if (unit < 1 || unit > 5 || text.isEmpty()) return false;
   Scanner in{text.str()};
-  double sign = 1;
-  if (in.take(L'-'))
-    sign = -1;
-  else
-    in.take(L'+');
+  const double sign = in.takeSign();
   double value = 0;
   const bool feetAndInches = unit == 3 || unit == 4;
   if (!(feetAndInches ? readFeetInches(in, value) : readMagnitude(in, value)) || !in.atEnd()) return false;
@@ -254,11 +256,7 @@ bool parseAngular(const OdString& text, int unit, double& result) {
   if (unit < 0 || unit > 4 || text.isEmpty()) return false;
   if (parseBearing(text, result)) return true;
   Scanner in{text.str()};
-  double sign = 1;
-  if (in.take(L'-'))
-    sign = -1;
-  else
-    in.take(L'+');
+  const double sign = in.takeSign();
   const size_t start = in.pos;
   double value = 0;
   if (!readUnsigned(in, value)) return false;
@@ -406,40 +404,53 @@ OdString formatAngular(double radians, int unit, int precision) {
   }
 }
 
+// Distances and angles: how they are read and written, their units and
+// where the current unit and precision are kept.
+struct Measure {
+  int (*currentUnit)();
+  const wchar_t* precisionVariable;
+  int defaultPrecision;
+  int firstUnit, lastUnit;
+  bool (*parse)(const OdString& text, int unit, double& result);
+  OdString (*format)(double value, int unit, int precision);
+};
+const Measure kDistance{currentLinearUnit, L"LUPREC", 4, 1, 5, parseLinear, formatLinear};
+const Measure kAngle{currentAngularUnit, L"AUPREC", 0, 0, 4, parseAngular, formatAngular};
+
+int measureFromText(const Measure& measure, const ACHAR* text, int unit, ads_real* result) {
+  if (!text || !result) return RTERROR;
+  double value = 0;
+  if (!measure.parse(trimmed(text), unit, value)) return RTERROR;
+  *result = value;
+  return RTNORM;
+}
+
+// A unit or precision of -1 stands for the current one.
+int measureToText(const Measure& measure, ads_real value, int unit, int precision, ACHAR* result, size_t size) {
+  if (unit == -1) unit = measure.currentUnit();
+  if (precision == -1)
+    precision = static_cast<int>(
+        Host::instance().sysvars().getInt(measure.precisionVariable, measure.defaultPrecision));
+  if (unit < measure.firstUnit || unit > measure.lastUnit || precision < 0 || precision > kMaxPrecision ||
+      !std::isfinite(value))
+    return RTERROR;
+  return copyOut(measure.format(value, unit, precision), result, size);
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------- numbers and text
 
-int rydbDisToF(const ACHAR* text, int unit, ads_real* result) {
-  if (!text || !result) return RTERROR;
-  double value = 0;
-  if (!parseLinear(trimmed(text), unit, value)) return RTERROR;
-  *result = value;
-  return RTNORM;
-}
+int rydbDisToF(const ACHAR* text, int unit, ads_real* result) { return measureFromText(kDistance, text, unit, result); }
 
 int rydbRToS(ads_real value, int unit, int precision, ACHAR* result, size_t size) {
-  if (unit == -1) unit = currentLinearUnit();
-  if (precision == -1) precision = static_cast<int>(Host::instance().sysvars().getInt(L"LUPREC", 4));
-  if (unit < 1 || unit > 5 || precision < 0 || precision > kMaxPrecision || !std::isfinite(value))
-    return RTERROR;
-  return copyOut(formatLinear(value, unit, precision), result, size);
+  return measureToText(kDistance, value, unit, precision, result, size);
 }
 
-int rydbAngToF(const ACHAR* text, int unit, ads_real* result) {
-  if (!text || !result) return RTERROR;
-  double value = 0;
-  if (!parseAngular(trimmed(text), unit, value)) return RTERROR;
-  *result = value;
-  return RTNORM;
-}
+int rydbAngToF(const ACHAR* text, int unit, ads_real* result) { return measureFromText(kAngle, text, unit, result); }
 
 int rydbAngToS(ads_real value, int unit, int precision, ACHAR* result, size_t size) {
-  if (unit == -1) unit = currentAngularUnit();
-  if (precision == -1) precision = static_cast<int>(Host::instance().sysvars().getInt(L"AUPREC", 0));
-  if (unit < 0 || unit > 4 || precision < 0 || precision > kMaxPrecision || !std::isfinite(value))
-    return RTERROR;
-  return copyOut(formatAngular(value, unit, precision), result, size);
+  return measureToText(kAngle, value, unit, precision, result, size);
 }
 
 // ---------------------------------------------------------------- characters
@@ -454,51 +465,39 @@ locale_t unicodeLocale() {
 
 bool isCharacter(int c) { return c >= 0 && c <= 0x10FFFF; }
 
+// Whether a character is of a class, by the Unicode locale's test (the
+// process locale's when that locale is missing).
+int isOfClass(int c, int (*inLocale)(wint_t, locale_t), int (*inProcessLocale)(wint_t)) {
+  if (!isCharacter(c)) return 0;
+  const locale_t locale = unicodeLocale();
+  const wint_t w = static_cast<wint_t>(c);
+  return (locale ? inLocale(w, locale) : inProcessLocale(w)) != 0;
+}
+
+// A character in the other case, by the Unicode locale's mapping (the
+// process locale's when that locale is missing).
+int inCase(int c, wint_t (*inLocale)(wint_t, locale_t), wint_t (*inProcessLocale)(wint_t)) {
+  if (!isCharacter(c)) return c;
+  const locale_t locale = unicodeLocale();
+  const wint_t w = static_cast<wint_t>(c);
+  return static_cast<int>(locale ? inLocale(w, locale) : inProcessLocale(w));
+}
+
 }  // namespace
 
-int ryutIsAlpha(int c) {
-  if (!isCharacter(c)) return 0;
-  locale_t locale = unicodeLocale();
-  return locale ? iswalpha_l(static_cast<wint_t>(c), locale) != 0
-                : std::iswalpha(static_cast<wint_t>(c)) != 0;
-}
+int ryutIsAlpha(int c) { return isOfClass(c, iswalpha_l, iswalpha); }
 
-int ryutIsUpper(int c) {
-  if (!isCharacter(c)) return 0;
-  locale_t locale = unicodeLocale();
-  return locale ? iswupper_l(static_cast<wint_t>(c), locale) != 0
-                : std::iswupper(static_cast<wint_t>(c)) != 0;
-}
+int ryutIsUpper(int c) { return isOfClass(c, iswupper_l, iswupper); }
 
-int ryutIsLower(int c) {
-  if (!isCharacter(c)) return 0;
-  locale_t locale = unicodeLocale();
-  return locale ? iswlower_l(static_cast<wint_t>(c), locale) != 0
-                : std::iswlower(static_cast<wint_t>(c)) != 0;
-}
+int ryutIsLower(int c) { return isOfClass(c, iswlower_l, iswlower); }
 
 int ryutIsDigit(int c) { return c >= '0' && c <= '9'; }
 
-int ryutIsSpace(int c) {
-  if (!isCharacter(c)) return 0;
-  locale_t locale = unicodeLocale();
-  return locale ? iswspace_l(static_cast<wint_t>(c), locale) != 0
-                : std::iswspace(static_cast<wint_t>(c)) != 0;
-}
+int ryutIsSpace(int c) { return isOfClass(c, iswspace_l, iswspace); }
 
-int ryutToUpper(int c) {
-  if (!isCharacter(c)) return c;
-  locale_t locale = unicodeLocale();
-  return static_cast<int>(locale ? towupper_l(static_cast<wint_t>(c), locale)
-                                 : std::towupper(static_cast<wint_t>(c)));
-}
+int ryutToUpper(int c) { return inCase(c, towupper_l, towupper); }
 
-int ryutToLower(int c) {
-  if (!isCharacter(c)) return c;
-  locale_t locale = unicodeLocale();
-  return static_cast<int>(locale ? towlower_l(static_cast<wint_t>(c), locale)
-                                 : std::towlower(static_cast<wint_t>(c)));
-}
+int ryutToLower(int c) { return inCase(c, towlower_l, towlower); }
 
 // ---------------------------------------------------------------- wildcards
 

@@ -321,11 +321,9 @@ int ryedCmd(const resbuf* args) {
 int ryedCommand(int type, ...) {
   va_list args;
   va_start(args, type);
-  resbuf* head = readList(type, args);
+  const RyResultList list(readList(type, args));
   va_end(args);
-  int result = ryedCmd(head);
-  ryutRelRb(head);
-  return result;
+  return ryedCmd(list.get());
 }
 
 // ---------------------------------------------------------------- output

@@ -383,13 +383,15 @@ int copyReply(const OdString& text, ACHAR* result, size_t size) {
   return copied == n ? RTNORM : RTINPUTTRUNCATED;
 }
 
-// The message shown for a number refused by RSG_NOZERO or RSG_NONEG; null
-// when the number is allowed.
-const wchar_t* refusal(double value, int flags) {
+// A number refused by RSG_NOZERO or RSG_NONEG: says why and returns true.
+bool refused(double value, int flags) {
   const bool zero = (flags & RSG_NOZERO) && value == 0, negative = (flags & RSG_NONEG) && value < 0;
-  if (!zero && !negative) return nullptr;
-  if ((flags & RSG_NOZERO) && (flags & RSG_NONEG)) return L"\nValue must be positive and nonzero.";
-  return zero ? L"\nValue must be nonzero." : L"\nValue must be positive.";
+  if (!zero && !negative) return false;
+  if ((flags & RSG_NOZERO) && (flags & RSG_NONEG))
+    say(L"\nValue must be positive and nonzero.");
+  else
+    say(zero ? L"\nValue must be nonzero." : L"\nValue must be positive.");
+  return true;
 }
 
 // What a get-function says when a reply is none of the things it takes.
@@ -484,6 +486,43 @@ int readSecondPoint(const InitGet& init, OdGePoint3d& point) {
   }
 }
 
+// The loop of a get-function: each reply that is a value goes to
+// `interpret`, which returns RTNORM when it has stored the result, 0 to ask
+// again, or another code to return.
+template <class Interpret>
+int readReplies(const ACHAR* prompt, const InitGet& init, const Requirement& requirement, Interpret interpret) {
+  for (;;) {
+    OdString text;
+    int code = 0;
+    if (!nextValue(prompt, init, requirement, text, code)) {
+      if (code) return code;
+      continue;
+    }
+    if ((code = interpret(text)) != 0) return code;
+  }
+}
+
+// A reply read as a point: RTNORM with the point, 0 to ask again, or the
+// code to return (Esc, arbitrary input).
+int replyPoint(const InitGet& init, const Requirement& requirement, const OdString& text, OdGePoint3d& point) {
+  switch (interpretPoint(text, point)) {
+    case PointReply::kCancel: return RTCAN;
+    case PointReply::kAgain: return 0;
+    case PointReply::kNotAPoint: return otherInput(init, requirement, text);
+    case PointReply::kPoint: break;
+  }
+  return RTNORM;
+}
+
+// The ends of a distance or direction given by a point: from the base to
+// the point, or without a base from the point to a second one asked for.
+int spanOf(const ads_point base, const InitGet& init, const OdGePoint3d& point, OdGePoint3d& from, OdGePoint3d& to) {
+  setLastPoint(point);
+  from = base ? OdGePoint3d(base[0], base[1], base[2]) : point;
+  to = point;
+  return base ? RTNORM : readSecondPoint(init, to);
+}
+
 void store(const OdGePoint3d& point, ads_point result) {
   result[0] = point.x, result[1] = point.y, result[2] = point.z;
 }
@@ -492,30 +531,17 @@ int readPoint(const ads_point base, const ACHAR* prompt, ads_point result, bool 
   const InitGet init = takeInitGet();
   if (!result || (corner && !base)) return RTERROR;
   static const Requirement requirement{L"\nInvalid point.", L"\nPoint or option keyword required."};
-  for (;;) {
-    OdString text;
-    int code = 0;
-    if (!nextValue(prompt, init, requirement, text, code)) {
-      if (code) return code;
-      continue;
-    }
+  return readReplies(prompt, init, requirement, [&](const OdString& text) -> int {
     OdGePoint3d point;
-    switch (interpretPoint(text, point)) {
-      case PointReply::kCancel: return RTCAN;
-      case PointReply::kAgain: continue;
-      case PointReply::kNotAPoint:
-        if ((code = otherInput(init, requirement, text)) != 0) return code;
-        continue;
-      case PointReply::kPoint: break;
-    }
+    if (const int code = replyPoint(init, requirement, text, point); code != RTNORM) return code;
     if (outsideLimits(point, init.flags)) {
       say(L"\n**Outside limits");
-      continue;
+      return 0;
     }
     setLastPoint(point);
     store(point, result);
     return RTNORM;
-  }
+  });
 }
 
 // getangle and getorient: a typed angle or the direction of two points.
@@ -528,43 +554,22 @@ int readAngle(const ads_point base, const ACHAR* prompt, ads_real* result, bool 
                                        L"\nRequires valid numeric angle, two points, or option keyword."};
   const Requirement& requirement = base ? withBase : withoutBase;
   const double angleBase = Host::instance().sysvars().getReal(L"ANGBASE", 0.0);
-  for (;;) {
-    OdString text;
-    int code = 0;
-    if (!nextValue(prompt, init, requirement, text, code)) {
-      if (code) return code;
-      continue;
-    }
-    double typed = 0, angle = 0;
-    OdGePoint3d point;
+  return readReplies(prompt, init, requirement, [&](const OdString& text) -> int {
+    double typed = 0, direction = 0;
     if (rydbAngToF(text.c_str(), -1, &typed) == RTNORM) {
       // Typed angles count from ANGBASE in the ANGDIR sense.
-      const double direction = directionOfUserAngle(typed);
-      angle = orientation ? direction : normalized(direction - angleBase);
+      direction = directionOfUserAngle(typed);
     } else {
-      const PointReply kind = interpretPoint(text, point);
-      if (kind == PointReply::kCancel) return RTCAN;
-      if (kind == PointReply::kAgain) continue;
-      if (kind == PointReply::kNotAPoint) {
-        if ((code = otherInput(init, requirement, text)) != 0) return code;
-        continue;
-      }
-      setLastPoint(point);
-      OdGePoint3d from(base ? base[0] : 0, base ? base[1] : 0, base ? base[2] : 0), to = point;
-      if (!base) {
-        from = point;
-        if ((code = readSecondPoint(init, to)) != RTNORM) return code;
-      }
-      const double direction = normalized(std::atan2(to.y - from.y, to.x - from.x));
-      angle = orientation ? direction : normalized(direction - angleBase);
+      OdGePoint3d point, from, to;
+      if (const int code = replyPoint(init, requirement, text, point); code != RTNORM) return code;
+      if (const int code = spanOf(base, init, point, from, to); code != RTNORM) return code;
+      direction = normalized(std::atan2(to.y - from.y, to.x - from.x));
     }
-    if (const wchar_t* refused = refusal(angle, init.flags & RSG_NOZERO)) {
-      say(refused);
-      continue;
-    }
+    const double angle = orientation ? direction : normalized(direction - angleBase);
+    if (refused(angle, init.flags & RSG_NOZERO)) return 0;
     *result = angle;
     return RTNORM;
-  }
+  });
 }
 
 
@@ -649,37 +654,20 @@ int ryedGetDist(const ads_point base, const ACHAR* prompt, ads_real* result) {
   static const Requirement withoutBase{L"\nRequires numeric distance or two points.",
                                        L"\nRequires numeric distance, two points, or option keyword."};
   const Requirement& requirement = base ? withBase : withoutBase;
-  for (;;) {
-    OdString text;
-    int code = 0;
-    if (!nextValue(prompt, init, requirement, text, code)) {
-      if (code) return code;
-      continue;
-    }
+  return readReplies(prompt, init, requirement, [&](const OdString& text) -> int {
     double distance = 0;
     if (!parseDistance(text, distance)) {
-      OdGePoint3d point;
-      const PointReply kind = interpretPoint(text, point);
-      if (kind == PointReply::kCancel) return RTCAN;
-      if (kind == PointReply::kAgain) continue;
-      if (kind == PointReply::kNotAPoint) {
-        if ((code = otherInput(init, requirement, text)) != 0) return code;
-        continue;
-      }
-      setLastPoint(point);
-      OdGePoint3d from = base ? OdGePoint3d(base[0], base[1], base[2]) : point, to = point;
-      if (!base && (code = readSecondPoint(init, to)) != RTNORM) return code;
+      OdGePoint3d point, from, to;
+      if (const int code = replyPoint(init, requirement, text, point); code != RTNORM) return code;
+      if (const int code = spanOf(base, init, point, from, to); code != RTNORM) return code;
       OdGeVector3d span = to - from;
       if (init.flags & RSG_2D) span.z = 0;
       distance = span.length();
     }
-    if (const wchar_t* refused = refusal(distance, init.flags)) {
-      say(refused);
-      continue;
-    }
+    if (refused(distance, init.flags)) return 0;
     *result = distance;
     return RTNORM;
-  }
+  });
 }
 
 int ryedGetAngle(const ads_point base, const ACHAR* prompt, ads_real* result) {
@@ -695,25 +683,13 @@ int ryedGetReal(const ACHAR* prompt, ads_real* result) {
   if (!result) return RTERROR;
   static const Requirement requirement{L"\nRequires numeric value.",
                                        L"\nRequires a number or an option keyword."};
-  for (;;) {
-    OdString text;
-    int code = 0;
-    if (!nextValue(prompt, init, requirement, text, code)) {
-      if (code) return code;
-      continue;
-    }
+  return readReplies(prompt, init, requirement, [&](const OdString& text) -> int {
     double value = 0;
-    if (!parseReal(text, value)) {
-      if ((code = otherInput(init, requirement, text)) != 0) return code;
-      continue;
-    }
-    if (const wchar_t* refused = refusal(value, init.flags)) {
-      say(refused);
-      continue;
-    }
+    if (!parseReal(text, value)) return otherInput(init, requirement, text);
+    if (refused(value, init.flags)) return 0;
     *result = value;
     return RTNORM;
-  }
+  });
 }
 
 int ryedGetInt(const ACHAR* prompt, int* result) {
@@ -721,29 +697,17 @@ int ryedGetInt(const ACHAR* prompt, int* result) {
   if (!result) return RTERROR;
   static const Requirement requirement{L"\nRequires an integer value.",
                                        L"\nRequires an integer value or option keyword."};
-  for (;;) {
-    OdString text;
-    int code = 0;
-    if (!nextValue(prompt, init, requirement, text, code)) {
-      if (code) return code;
-      continue;
-    }
+  return readReplies(prompt, init, requirement, [&](const OdString& text) -> int {
     long long value = 0;
-    if (!parseInteger(text, value)) {
-      if ((code = otherInput(init, requirement, text)) != 0) return code;
-      continue;
-    }
+    if (!parseInteger(text, value)) return otherInput(init, requirement, text);
     if (value < -32768 || value > 32767) {
       say(L"\nRequires an integer between -32768 and 32767.");
-      continue;
+      return 0;
     }
-    if (const wchar_t* refused = refusal(static_cast<double>(value), init.flags)) {
-      say(refused);
-      continue;
-    }
+    if (refused(static_cast<double>(value), init.flags)) return 0;
     *result = static_cast<int>(value);
     return RTNORM;
-  }
+  });
 }
 
 int ryedGetInput(ACHAR* result, size_t size) {

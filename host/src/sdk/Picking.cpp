@@ -380,15 +380,22 @@ void Picker::window(const OdGePoint2d& corner1, const OdGePoint2d& corner2, bool
   }
 }
 
-void Picker::polygon(const std::vector<OdGePoint2d>& points, bool crossing,
-                     std::vector<OdDbObjectId>& found) {
-  if (points.size() < 3) return;
+std::vector<std::pair<OdDbObjectId, OdDbEntityPtr>> Picker::shownAround(const std::vector<OdGePoint2d>& points) {
   const OdGeExtents2d reach = boxOf(points);
   std::vector<OdDbObjectId> ids;
   candidates(reach.minPoint(), reach.maxPoint(), ids);
+  std::vector<std::pair<OdDbObjectId, OdDbEntityPtr>> shown;
   for (const OdDbObjectId& id : ids) {
     OdDbEntityPtr entity = openEntity(id);
-    if (entity.isNull() || !isShown(entity.get())) continue;
+    if (!entity.isNull() && isShown(entity.get())) shown.emplace_back(id, entity);
+  }
+  return shown;
+}
+
+void Picker::polygon(const std::vector<OdGePoint2d>& points, bool crossing,
+                     std::vector<OdDbObjectId>& found) {
+  if (points.size() < 3) return;
+  for (const auto& [id, entity] : shownAround(points)) {
     Shape shape(entity.get());
     bool taken = shape.insidePolygon(points);
     for (size_t i = 0; crossing && !taken && i < points.size(); ++i) {
@@ -400,12 +407,7 @@ void Picker::polygon(const std::vector<OdGePoint2d>& points, bool crossing,
 
 void Picker::fence(const std::vector<OdGePoint2d>& points, std::vector<OdDbObjectId>& found) {
   if (points.size() < 2) return;
-  const OdGeExtents2d reach = boxOf(points);
-  std::vector<OdDbObjectId> ids;
-  candidates(reach.minPoint(), reach.maxPoint(), ids);
-  for (const OdDbObjectId& id : ids) {
-    OdDbEntityPtr entity = openEntity(id);
-    if (entity.isNull() || !isShown(entity.get())) continue;
+  for (const auto& [id, entity] : shownAround(points)) {
     Shape shape(entity.get());
     for (size_t i = 0; i + 1 < points.size(); ++i) {
       if (shape.meetsSegment(points[i], points[i + 1])) {

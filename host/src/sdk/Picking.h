@@ -5,6 +5,7 @@
 #pragma once
 
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "DbEntity.h"
@@ -46,6 +47,8 @@ class Picker {
 
  private:
   void candidates(const OdGePoint2d& low, const OdGePoint2d& high, std::vector<OdDbObjectId>& ids);
+  // The shown entities whose extents may reach the box of the points.
+  std::vector<std::pair<OdDbObjectId, OdDbEntityPtr>> shownAround(const std::vector<OdGePoint2d>& points);
   void withinPickBox(const OdGePoint3d& world, std::vector<std::pair<OdDbObjectId, double>>& found);
 
   Document& m_doc;

@@ -87,6 +87,18 @@ bool tableOfCall(const ACHAR* table, OdDbDatabase*& db, const TableKind*& kind) 
   return true;
 }
 
+// The records of the table a call names, for a call that also names a
+// record; null when the call cannot go on (ERRNO tells why).
+const OdDbObjectIdArray* recordsForName(const ACHAR* table, const ACHAR* name, OdDbDatabase*& db,
+                                        const TableKind*& kind) {
+  if (!tableOfCall(table, db, kind)) return nullptr;
+  if (!name) {
+    ryhost::setErrno(ryhost::kErrnoBadTableArgument);
+    return nullptr;
+  }
+  return recordsOf(db, *kind);
+}
+
 size_t findRecord(const OdDbObjectIdArray& ids, const TableKind& kind, const ACHAR* name) {
   for (size_t i = 0; i < ids.size(); ++i) {
     if (isListed(kind, ids[i]) && recordOf(ids[i])->getName().iCompare(name) == 0) return i;
@@ -106,12 +118,7 @@ void ryhost::forgetTablePositions(OdDbDatabase* db) {
 resbuf* rydbTblSearch(const ACHAR* table, const ACHAR* name, int setNext) {
   OdDbDatabase* db = nullptr;
   const TableKind* kind = nullptr;
-  if (!tableOfCall(table, db, kind)) return nullptr;
-  if (!name) {
-    ryhost::setErrno(ryhost::kErrnoBadTableArgument);
-    return nullptr;
-  }
-  const OdDbObjectIdArray* ids = recordsOf(db, *kind);
+  const OdDbObjectIdArray* ids = recordsForName(table, name, db, kind);
   if (!ids) return nullptr;
   const size_t at = findRecord(*ids, *kind, name);
   if (at == ids->size()) return nullptr;
@@ -139,12 +146,7 @@ resbuf* rydbTblNext(const ACHAR* table, int rewind) {
 resbuf* rydbTblObjName(const ACHAR* table, const ACHAR* name) {
   OdDbDatabase* db = nullptr;
   const TableKind* kind = nullptr;
-  if (!tableOfCall(table, db, kind)) return nullptr;
-  if (!name) {
-    ryhost::setErrno(ryhost::kErrnoBadTableArgument);
-    return nullptr;
-  }
-  const OdDbObjectIdArray* ids = recordsOf(db, *kind);
+  const OdDbObjectIdArray* ids = recordsForName(table, name, db, kind);
   if (!ids) return nullptr;
   // The spaces' blocks have entity names too, though table walks skip them.
   for (const OdDbObjectId& id : *ids) {

@@ -16,22 +16,67 @@ OdGeVector3d unitNormal(const OdGeVector3d& normal) {
   return normal.isZeroLength() ? OdGeVector3d::kZAxis : normal.normal();
 }
 
-// The OCS angle of a world point seen from a world centre.
-double ocsAngleOf(const OdGePoint3d& point, const OdGePoint3d& center, const OdGeVector3d& normal) {
-  return odgeOcsAngle(point - center, normal);
+// The subclass a circle and an arc share: thickness, OCS centre, radius and normal.
+template <auto thickness, auto center, auto radius, auto normal>
+OdDbSubclass circleSubclass() {
+  return {L"AcDbCircle",
+          {
+              odField<thickness>(39).optional().named(L"thickness"),
+              odField<center>(10).required().named(L"center"),
+              odField<radius>(40).required().named(L"radius"),
+              odField<normal>(210).optional().named(L"normal"),
+          }};
 }
 
-// A transformed circle's centre and radius in the new plane; eCannotScaleNonUniformly
-// when the plane is not mapped by a similarity.
-OdResult mapCircle(const OdGeVector3d& normal, const OdGePoint3d& centerOcs, double radius, double thickness,
-                   const OdGeMatrix3d& xform, OdDbPlaneMap& map, OdGePoint3d& newCenter, double& newRadius,
-                   double& newThickness) {
-  OdResult status = odDbMapPlane(normal, xform, map);
+// The world point at an OCS angle on a circle of an OCS centre.
+OdGePoint3d pointAtAngle(const OdGePoint3d& centerOcs, double radius, const OdGeVector3d& normal, double angle) {
+  return odgeOcsToWcs(
+      OdGePoint3d(centerOcs.x + radius * std::cos(angle), centerOcs.y + radius * std::sin(angle), centerOcs.z),
+      normal);
+}
+
+// A circle or an arc as a geometric arc; its angles count from the OCS x axis.
+OdGeCircArc3d circArcOf(const OdGePoint3d& center, const OdGeVector3d& normal, double radius, double start,
+                        double end) {
+  OdGeVector3d xAxis, yAxis, zAxis;
+  odgeOcsAxes(normal, xAxis, yAxis, zAxis);
+  return OdGeCircArc3d(center, zAxis, xAxis, radius, start, end);
+}
+
+// Puts a circle or an arc in the plane of a new normal, its centre staying
+// where it is in the world; a normal of no length is ignored.
+void setPlane(OdDbCurve& curve, OdGeVector3d& normal, OdGePoint3d& centerOcs, const OdGeVector3d& newNormal) {
+  if (newNormal.isZeroLength()) return;
+  const OdGePoint3d world = odgeOcsToWcs(centerOcs, normal);
+  curve.assertWriteEnabled();
+  normal = newNormal.normal();
+  centerOcs = odgeWcsToOcs(world, normal);
+}
+
+// The OCS angle of a point seen from the (world) centre of a circle or an
+// arc; false when the point is not on the curve.
+bool angleOnCurve(const OdDbCurve& curve, const OdGePoint3d& point, const OdGePoint3d& center, double radius,
+                  const OdGeVector3d& normal, double& angle) {
+  OdGePoint3d closest;
+  curve.getClosestPointTo(point, closest);
+  if (closest.distanceTo(point) > odDbOnCurveTolerance(radius + center.asVector().length())) return false;
+  angle = odgeOcsAngle(point - center, normal);
+  return true;
+}
+
+// Moves a circle's or an arc's plane, OCS centre, radius and thickness, and
+// gives the map of its plane; eCannotScaleNonUniformly, with the curve left
+// as it was, when the transformation is not a similarity in that plane.
+OdResult transformCircle(OdDbCurve& curve, const OdGeMatrix3d& xform, OdDbPlaneMap& map, OdGeVector3d& normal,
+                         OdGePoint3d& centerOcs, double& radius, double& thickness) {
+  const OdResult status = odDbMapPlane(normal, xform, map);
   if (status != eOk) return status;
   if (!map.uniform) return eCannotScaleNonUniformly;
-  newCenter = map.ocsToOcs * centerOcs;
-  newRadius = radius * map.scale;
-  newThickness = thickness * map.thicknessScale;
+  curve.assertWriteEnabled();
+  normal = map.normal;
+  centerOcs = map.ocsToOcs * centerOcs;
+  radius *= map.scale;
+  thickness *= map.thicknessScale;
   return eOk;
 }
 
@@ -42,13 +87,9 @@ OdResult mapCircle(const OdGeVector3d& normal, const OdGePoint3d& centerOcs, dou
 const OdDbClassSchema& OdDbCircle::classSchema() {
   static const OdDbClassSchema schema{
       &OdDbCurve::classSchema(),
-      {{L"AcDbCircle",
-        {
-            odField<&OdDbCircle::m_thickness>(39).optional().named(L"thickness"),
-            odField<&OdDbCircle::m_center>(10).required().named(L"center"),
-            odField<&OdDbCircle::m_radius>(40).required().named(L"radius"),
-            odField<&OdDbCircle::m_normal>(210).optional().named(L"normal"),
-        }}}};
+      {circleSubclass<&OdDbCircle::m_thickness, &OdDbCircle::m_center, &OdDbCircle::m_radius,
+                      &OdDbCircle::m_normal>()},
+      {}};
   return schema;
 }
 
@@ -62,21 +103,11 @@ void OdDbCircle::setCenter(const OdGePoint3d& center) {
   m_center = odgeWcsToOcs(center, m_normal);
 }
 
-void OdDbCircle::setNormal(const OdGeVector3d& normal) {
-  if (normal.isZeroLength()) return;
-  const OdGePoint3d world = center();
-  assertWriteEnabled();
-  m_normal = normal.normal();
-  m_center = odgeWcsToOcs(world, m_normal);
-}
+void OdDbCircle::setNormal(const OdGeVector3d& normal) { setPlane(*this, m_normal, m_center, normal); }
 
 double OdDbCircle::circumference() const { return Oda2PI * m_radius; }
 
-OdGeCircArc3d OdDbCircle::geCircle() const {
-  OdGeVector3d xAxis, yAxis, zAxis;
-  odgeOcsAxes(m_normal, xAxis, yAxis, zAxis);
-  return OdGeCircArc3d(center(), zAxis, xAxis, m_radius, 0.0, Oda2PI);
-}
+OdGeCircArc3d OdDbCircle::geCircle() const { return circArcOf(center(), m_normal, m_radius, 0.0, Oda2PI); }
 
 OdResult OdDbCircle::getEndParam(double& param) const {
   param = Oda2PI;
@@ -86,20 +117,12 @@ OdResult OdDbCircle::getEndParam(double& param) const {
 OdResult OdDbCircle::getStartPoint(OdGePoint3d& point) const { return getPointAtParam(0.0, point); }
 
 OdResult OdDbCircle::getPointAtParam(double param, OdGePoint3d& point) const {
-  point = odgeOcsToWcs(OdGePoint3d(m_center.x + m_radius * std::cos(param),
-                                   m_center.y + m_radius * std::sin(param), m_center.z),
-                       m_normal);
+  point = pointAtAngle(m_center, m_radius, m_normal, param);
   return eOk;
 }
 
 OdResult OdDbCircle::getParamAtPoint(const OdGePoint3d& point, double& param) const {
-  const OdGePoint3d c = center();
-  OdGePoint3d closest;
-  getClosestPointTo(point, closest);
-  if (closest.distanceTo(point) > odDbOnCurveTolerance(m_radius + c.asVector().length()))
-    return ePointNotOnEntity;
-  param = ocsAngleOf(point, c, m_normal);
-  return eOk;
+  return angleOnCurve(*this, point, center(), m_radius, m_normal, param) ? eOk : ePointNotOnEntity;
 }
 
 OdResult OdDbCircle::getDistAtParam(double param, double& dist) const {
@@ -126,17 +149,7 @@ OdResult OdDbCircle::getGeomExtents(OdGeExtents3d& extents) const {
 
 OdResult OdDbCircle::transformBy(const OdGeMatrix3d& xform) {
   OdDbPlaneMap map;
-  OdGePoint3d newCenter;
-  double newRadius, newThickness;
-  OdResult status =
-      mapCircle(m_normal, m_center, m_radius, m_thickness, xform, map, newCenter, newRadius, newThickness);
-  if (status != eOk) return status;
-  assertWriteEnabled();
-  m_normal = map.normal;
-  m_center = newCenter;
-  m_radius = newRadius;
-  m_thickness = newThickness;
-  return eOk;
+  return transformCircle(*this, xform, map, m_normal, m_center, m_radius, m_thickness);
 }
 
 // ---------------------------------------------------------------- arc
@@ -144,18 +157,13 @@ OdResult OdDbCircle::transformBy(const OdGeMatrix3d& xform) {
 const OdDbClassSchema& OdDbArc::classSchema() {
   static const OdDbClassSchema schema{
       &OdDbCurve::classSchema(),
-      {{L"AcDbCircle",
-        {
-            odField<&OdDbArc::m_thickness>(39).optional().named(L"thickness"),
-            odField<&OdDbArc::m_center>(10).required().named(L"center"),
-            odField<&OdDbArc::m_radius>(40).required().named(L"radius"),
-            odField<&OdDbArc::m_normal>(210).optional().named(L"normal"),
-        }},
+      {circleSubclass<&OdDbArc::m_thickness, &OdDbArc::m_center, &OdDbArc::m_radius, &OdDbArc::m_normal>(),
        {L"AcDbArc",
         {
             odField<&OdDbArc::m_startAngle>(50).required().degrees().named(L"startAngle"),
             odField<&OdDbArc::m_endAngle>(51).required().degrees().named(L"endAngle"),
-        }}}};
+        }}},
+      {}};
   return schema;
 }
 
@@ -174,13 +182,7 @@ void OdDbArc::setCenter(const OdGePoint3d& center) {
   m_center = odgeWcsToOcs(center, m_normal);
 }
 
-void OdDbArc::setNormal(const OdGeVector3d& normal) {
-  if (normal.isZeroLength()) return;
-  const OdGePoint3d world = center();
-  assertWriteEnabled();
-  m_normal = normal.normal();
-  m_center = odgeWcsToOcs(world, m_normal);
-}
+void OdDbArc::setNormal(const OdGeVector3d& normal) { setPlane(*this, m_normal, m_center, normal); }
 
 double OdDbArc::totalAngle() const {
   const double sweep = odgeNormalizeAngle(m_endAngle - m_startAngle);
@@ -188,9 +190,7 @@ double OdDbArc::totalAngle() const {
 }
 
 OdGeCircArc3d OdDbArc::geArc() const {
-  OdGeVector3d xAxis, yAxis, zAxis;
-  odgeOcsAxes(m_normal, xAxis, yAxis, zAxis);
-  return OdGeCircArc3d(center(), zAxis, xAxis, m_radius, m_startAngle, m_startAngle + totalAngle());
+  return circArcOf(center(), m_normal, m_radius, m_startAngle, m_startAngle + totalAngle());
 }
 
 OdResult OdDbArc::getEndParam(double& param) const {
@@ -205,20 +205,15 @@ OdResult OdDbArc::getEndPoint(OdGePoint3d& point) const {
 }
 
 OdResult OdDbArc::getPointAtParam(double param, OdGePoint3d& point) const {
-  point = odgeOcsToWcs(OdGePoint3d(m_center.x + m_radius * std::cos(param),
-                                   m_center.y + m_radius * std::sin(param), m_center.z),
-                       m_normal);
+  point = pointAtAngle(m_center, m_radius, m_normal, param);
   return eOk;
 }
 
 OdResult OdDbArc::getParamAtPoint(const OdGePoint3d& point, double& param) const {
-  const OdGePoint3d c = center();
-  OdGePoint3d closest;
-  getClosestPointTo(point, closest);
-  if (closest.distanceTo(point) > odDbOnCurveTolerance(m_radius + c.asVector().length()))
-    return ePointNotOnEntity;
+  double angle = 0;
+  if (!angleOnCurve(*this, point, center(), m_radius, m_normal, angle)) return ePointNotOnEntity;
   // The angle in the arc's parameter range (start .. start + total).
-  param = m_startAngle + odgeNormalizeAngle(ocsAngleOf(point, c, m_normal) - m_startAngle);
+  param = m_startAngle + odgeNormalizeAngle(angle - m_startAngle);
   const double end = m_startAngle + totalAngle();
   if (param > end)
     param = std::fabs(param - Oda2PI - m_startAngle) < std::fabs(param - end) ? m_startAngle : end;
@@ -233,13 +228,8 @@ OdResult OdDbArc::getDistAtParam(double param, double& dist) const {
 }
 
 OdResult OdDbArc::getClosestPointTo(const OdGePoint3d& point, OdGePoint3d& closest, bool extend) const {
-  if (extend) {
-    OdGeVector3d xAxis, yAxis, zAxis;
-    odgeOcsAxes(m_normal, xAxis, yAxis, zAxis);
-    closest = OdGeCircArc3d(center(), zAxis, xAxis, m_radius, 0.0, Oda2PI).closestPointTo(point);
-  } else {
-    closest = geArc().closestPointTo(point);
-  }
+  const OdGeCircArc3d arc = extend ? circArcOf(center(), m_normal, m_radius, 0.0, Oda2PI) : geArc();
+  closest = arc.closestPointTo(point);
   return eOk;
 }
 
@@ -257,21 +247,11 @@ OdResult OdDbArc::getGeomExtents(OdGeExtents3d& extents) const {
 
 OdResult OdDbArc::transformBy(const OdGeMatrix3d& xform) {
   OdDbPlaneMap map;
-  OdGePoint3d newCenter;
-  double newRadius, newThickness;
-  OdResult status =
-      mapCircle(m_normal, m_center, m_radius, m_thickness, xform, map, newCenter, newRadius, newThickness);
+  const OdResult status = transformCircle(*this, xform, map, m_normal, m_center, m_radius, m_thickness);
   if (status != eOk) return status;
-  double newStart = map.mapAngle(m_startAngle);
-  double newEnd = map.mapAngle(m_endAngle);
+  m_startAngle = map.mapAngle(m_startAngle);
+  m_endAngle = map.mapAngle(m_endAngle);
   // A mirrored arc runs clockwise in the new plane: from its old end to its old start.
-  if (map.mirrored) std::swap(newStart, newEnd);
-  assertWriteEnabled();
-  m_normal = map.normal;
-  m_center = newCenter;
-  m_radius = newRadius;
-  m_thickness = newThickness;
-  m_startAngle = newStart;
-  m_endAngle = newEnd;
+  if (map.mirrored) std::swap(m_startAngle, m_endAngle);
   return eOk;
 }

@@ -26,12 +26,34 @@ OdResult paramOnLine(const OdGePoint3d& base, const OdGeVector3d& direction, con
   return eOk;
 }
 
-OdResult transformLine(const OdGeMatrix3d& xform, OdGePoint3d& base, OdGeVector3d& direction) {
-  OdGeVector3d mapped = xform * direction;
+// Moves a ray's or xline's base point and direction; eDegenerateGeometry,
+// with the line left as it was, when the transformation flattens the direction.
+OdResult transformLine(OdDbCurve& line, const OdGeMatrix3d& xform, OdGePoint3d& base, OdGeVector3d& direction) {
+  const OdGeVector3d mapped = xform * direction;
   if (mapped.isZeroLength()) return eDegenerateGeometry;
+  line.assertWriteEnabled();
   base = xform * base;
   direction = mapped.normal();
   return eOk;
+}
+
+// The subclass of a ray or an xline: its base point and unit direction.
+template <auto basePoint, auto unitDir>
+OdDbClassSchema lineSchema(const wchar_t* marker) {
+  return {&OdDbCurve::classSchema(),
+          {{marker,
+            {
+                odField<basePoint>(10).required().named(L"basePoint"),
+                odField<unitDir>(11).required().defaults(1, 0, 0).named(L"unitDir"),
+            }}},
+          {}};
+}
+
+// A direction of no length is ignored; another is kept as a unit vector.
+void setDirection(OdDbCurve& line, OdGeVector3d& unitDir, const OdGeVector3d& direction) {
+  if (direction.isZeroLength()) return;
+  line.assertWriteEnabled();
+  unitDir = direction.normal();
 }
 
 }  // namespace
@@ -39,20 +61,11 @@ OdResult transformLine(const OdGeMatrix3d& xform, OdGePoint3d& base, OdGeVector3
 // ---------------------------------------------------------------- ray
 
 const OdDbClassSchema& OdDbRay::classSchema() {
-  static const OdDbClassSchema schema{&OdDbCurve::classSchema(),
-                                      {{L"AcDbRay",
-                                        {
-                                            odField<&OdDbRay::m_basePoint>(10).required().named(L"basePoint"),
-                                            odField<&OdDbRay::m_unitDir>(11).required().defaults(1, 0, 0).named(L"unitDir"),
-                                        }}}};
+  static const OdDbClassSchema schema = lineSchema<&OdDbRay::m_basePoint, &OdDbRay::m_unitDir>(L"AcDbRay");
   return schema;
 }
 
-void OdDbRay::setUnitDir(const OdGeVector3d& direction) {
-  if (direction.isZeroLength()) return;
-  assertWriteEnabled();
-  m_unitDir = direction.normal();
-}
+void OdDbRay::setUnitDir(const OdGeVector3d& direction) { setDirection(*this, m_unitDir, direction); }
 
 OdResult OdDbRay::getPointAtParam(double param, OdGePoint3d& point) const {
   if (param < 0.0) return eInvalidInput;
@@ -78,33 +91,17 @@ OdResult OdDbRay::getClosestPointTo(const OdGePoint3d& point, OdGePoint3d& close
 }
 
 OdResult OdDbRay::transformBy(const OdGeMatrix3d& xform) {
-  OdGePoint3d base = m_basePoint;
-  OdGeVector3d direction = m_unitDir;
-  OdResult status = transformLine(xform, base, direction);
-  if (status != eOk) return status;
-  assertWriteEnabled();
-  m_basePoint = base;
-  m_unitDir = direction;
-  return eOk;
+  return transformLine(*this, xform, m_basePoint, m_unitDir);
 }
 
 // ---------------------------------------------------------------- xline
 
 const OdDbClassSchema& OdDbXline::classSchema() {
-  static const OdDbClassSchema schema{&OdDbCurve::classSchema(),
-                                      {{L"AcDbXline",
-                                        {
-                                            odField<&OdDbXline::m_basePoint>(10).required().named(L"basePoint"),
-                                            odField<&OdDbXline::m_unitDir>(11).required().defaults(1, 0, 0).named(L"unitDir"),
-                                        }}}};
+  static const OdDbClassSchema schema = lineSchema<&OdDbXline::m_basePoint, &OdDbXline::m_unitDir>(L"AcDbXline");
   return schema;
 }
 
-void OdDbXline::setUnitDir(const OdGeVector3d& direction) {
-  if (direction.isZeroLength()) return;
-  assertWriteEnabled();
-  m_unitDir = direction.normal();
-}
+void OdDbXline::setUnitDir(const OdGeVector3d& direction) { setDirection(*this, m_unitDir, direction); }
 
 OdResult OdDbXline::getPointAtParam(double param, OdGePoint3d& point) const {
   point = m_basePoint + m_unitDir * param;
@@ -121,12 +118,5 @@ OdResult OdDbXline::getClosestPointTo(const OdGePoint3d& point, OdGePoint3d& clo
 }
 
 OdResult OdDbXline::transformBy(const OdGeMatrix3d& xform) {
-  OdGePoint3d base = m_basePoint;
-  OdGeVector3d direction = m_unitDir;
-  OdResult status = transformLine(xform, base, direction);
-  if (status != eOk) return status;
-  assertWriteEnabled();
-  m_basePoint = base;
-  m_unitDir = direction;
-  return eOk;
+  return transformLine(*this, xform, m_basePoint, m_unitDir);
 }
