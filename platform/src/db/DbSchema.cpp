@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <cwctype>
+#include <deque>
 #include <numeric>
 #include <unordered_map>
 
@@ -42,9 +43,17 @@ struct CodeIndex {
 
 
 const CodeIndex& codeIndexOf(const OdDbClassSchema* schema) {
+  // Drawings hold long runs of one kind of object: the last answer first.
+  thread_local const OdDbClassSchema* lastSchema = nullptr;
+  thread_local const CodeIndex* lastIndex = nullptr;
+  if (schema == lastSchema) return *lastIndex;
   static std::unordered_map<const OdDbClassSchema*, std::unique_ptr<CodeIndex>> cache;
   auto found = cache.find(schema);
-  if (found != cache.end()) return *found->second;
+  if (found != cache.end()) {
+    lastSchema = schema;
+    lastIndex = found->second.get();
+    return *lastIndex;
+  }
   auto index = std::make_unique<CodeIndex>();
   index->chain = schema->chain();
   for (const OdDbSubclass* sub : index->chain) {
@@ -134,16 +143,19 @@ void writeValue(const OdDbField& field, const void* p, OdDbTagSink& out, OdDbTag
     case OdDbFieldKind::kHardOwner:
     case OdDbFieldKind::kSoftOwner:
     case OdDbFieldKind::kHardPointer:
-    case OdDbFieldKind::kSoftPointer: {
-      const auto& id = at<OdDbObjectId>(p);
-      out.addHandle(field.code, id.handle().value());
-      break;
-    }
+    case OdDbFieldKind::kSoftPointer: out.addReference(field.code, at<OdDbObjectId>(p)); break;
     case OdDbFieldKind::kNameRef: {
-      const auto& id = at<OdDbObjectId>(p);
-      OdString name = ctx.nameOf(id);
-      if (name.isEmpty() && field.defaultName) name = field.defaultName;
-      out.addString(field.code, name);
+      // The record's own name, without a copy; the context knows the names
+      // of ids that hold no record here (names read before their record).
+      const OdDbObjectId& id = at<OdDbObjectId>(p);
+      const OdString* name = odDbRecordName(id);
+      if (name && !name->isEmpty()) {
+        out.addString(field.code, *name);
+        break;
+      }
+      const OdString known = name || id.isNull() ? OdString() : ctx.nameOf(id);
+      if (!known.isEmpty()) out.addString(field.code, known);
+      else out.addText(field.code, field.defaultName ? field.defaultName : L"");
       break;
     }
     case OdDbFieldKind::kCustom: break;
@@ -160,6 +172,32 @@ void appendFieldTags(const OdDbObject* object, const OdDbField& field, OdDbTagSi
   field.codec->toTags(object, scratch, ctx);
   for (const auto& tag : scratch) out.addTag(tag);
 }
+
+// The list a write gives the codecs for their tags, kept between writes so
+// that lists and files made object after object allocate nothing for them.
+// One per level: a codec may write another object's fields meanwhile.
+class CodecScratch {
+ public:
+  CodecScratch() : m_pool(pool()), m_level(m_pool.depth++) {
+    if (m_pool.lists.size() <= m_level) m_pool.lists.emplace_back();
+  }
+  ~CodecScratch() { --m_pool.depth; }
+  CodecScratch(const CodecScratch&) = delete;
+  CodecScratch& operator=(const CodecScratch&) = delete;
+  OdDxfTagList& list() { return m_pool.lists[m_level]; }
+
+ private:
+  struct Pool {
+    std::deque<OdDxfTagList> lists;
+    size_t depth = 0;
+  };
+  static Pool& pool() {
+    thread_local Pool lists;
+    return lists;
+  }
+  Pool& m_pool;
+  size_t m_level;
+};
 
 class ListSink : public OdDbTagSink {
  public:
@@ -593,9 +631,8 @@ bool OdDbField::hasDefaultIn(const void* owner) const {
       const auto& id = at<OdDbObjectId>(p);
       if (id.isNull()) return true;
       if (!defaultName) return false;
-      OdDbObjectPtr record = id.openObject();
-      auto* str = record.get() ? dynamic_cast<OdDbSymbolTableRecord*>(record.get()) : nullptr;
-      return str && str->getName().iCompare(defaultName) == 0;
+      const OdString* name = odDbRecordName(id);
+      return name && name->iCompare(defaultName) == 0;
     }
     case OdDbFieldKind::kCustom: return false;
   }
@@ -645,11 +682,18 @@ OdInt64& OdDbTagContext::codecState(const void* key) {
   return m_codecState.back().second;
 }
 
+const OdString* odDbRecordName(const OdDbObjectId& id) {
+  // Read straight from the record: no open, no notification. The class test
+  // is cheaper than a dynamic_cast, which compares type names across libraries.
+  if (id.isNull() || !id.isValid()) return nullptr;
+  const OdDbObject* object = id.stub()->object;
+  if (!object || !object->isKindOf(OdDbSymbolTableRecord::desc())) return nullptr;
+  return &static_cast<const OdDbSymbolTableRecord*>(object)->getName();
+}
+
 OdString OdDbTagContext::nameOf(const OdDbObjectId& id) const {
-  // Read straight from the record: no open, no notification.
-  if (id.isNull() || !id.isValid()) return OdString();
-  auto* record = dynamic_cast<const OdDbSymbolTableRecord*>(id.stub()->object);
-  return record ? record->getName() : OdString();
+  const OdString* name = odDbRecordName(id);
+  return name ? *name : OdString();
 }
 
 OdDbRecordCodec::OdDbRecordCodec(std::vector<OdDbField> fields, void* (*base)(void*))
@@ -739,14 +783,16 @@ void writeFields(const OdDbObject* object, OdDbTagSink& out, OdDbTagContext& ctx
     }
   };
   const bool entityList = ctx.forEntityList();
-  OdDxfTagList scratch;
+  const OdDb::DwgVersion version = ctx.version();
+  CodecScratch codecTags;
+  OdDxfTagList& scratch = codecTags.list();
   for (int si = 0; si < static_cast<int>(index.chain.size()); ++si) {
     const OdDbSubclass* sub = index.chain[static_cast<size_t>(si)];
-    if (withMarkers && sub->marker && *sub->marker) out.addString(100, sub->marker);
+    if (withMarkers && sub->marker && *sub->marker) out.addText(100, sub->marker);
     flushUnknown(si, -1);
     for (int fi = 0; fi < static_cast<int>(sub->fields.size()); ++fi) {
       const OdDbField& field = sub->fields[static_cast<size_t>(fi)];
-      bool skip = (field.flags & OdDbField::kNoDxf) || ctx.version() < field.minVersion ||
+      bool skip = (field.flags & OdDbField::kNoDxf) || version < field.minVersion ||
                   (entityList && (field.flags & OdDbField::kNoEntityList)) ||
                   ((field.flags & OdDbField::kOptional) && field.hasDefault(object));
       if (!skip) appendFieldTags(object, field, out, ctx, scratch);
