@@ -225,7 +225,7 @@ const OdString* layoutNameOf(const OdDbObject* entity) {
 // common subclass marker and the paper-space flag (67) that may follow it.
 class ListSink final : public OdDbTagSink {
  public:
-  ListSink(TagSink& out, OdDbDatabase* db, const OdString* layout) : m_out(out), m_db(db), m_layout(layout) {}
+  ListSink(TagSink& out, OdDbDatabase* db, const OdString* layout) : m_out(out), m_db(db), m_layout(layout), m_awaitMarker(layout != nullptr) {}
 
   void addTag(const OdDxfTag& tag) override {
     placeLayout(tag.code);
@@ -238,7 +238,10 @@ class ListSink final : public OdDbTagSink {
   void addText(int code, const wchar_t* value) override {
     placeLayout(code);
     putString(m_out, code, value);
-    if (code == 100 && m_layout && std::wcscmp(value, L"AcDbEntity") == 0) m_afterMarker = true;
+    if (code == 100 && m_awaitMarker && std::wcscmp(value, L"AcDbEntity") == 0) {
+      m_afterMarker = true;
+      m_awaitMarker = false;
+    }
   }
   void addReal(int code, double value) override {
     placeLayout(code);
@@ -279,6 +282,7 @@ class ListSink final : public OdDbTagSink {
   TagSink& m_out;
   OdDbDatabase* m_db;
   const OdString* m_layout;
+  bool m_awaitMarker;  // the common subclass marker is still to come
   bool m_afterMarker = false;
 };
 

@@ -110,6 +110,57 @@ const OdDbClassSchema* schemaOf(const OdDbObject* object) {
   return nullptr;
 }
 
+const OdString* recordName(const OdDbObjectId& id) {
+  // Read straight from the record: no open, no notification. The class test
+  // is cheaper than a dynamic_cast, which compares type names across libraries.
+  if (id.isNull()) return nullptr;
+  const OdDbObject* object = id.stub()->object;
+  if (!object || !object->isKindOf(OdDbSymbolTableRecord::desc())) return nullptr;
+  return &static_cast<const OdDbSymbolTableRecord*>(object)->getName();
+}
+
+// Whether a field holds its default (left out of files when optional).
+// Internal, so that the writer's loop over every field inlines it.
+bool fieldHasDefault(const OdDbField& field, const void* owner) {
+  const void* p = field.refIn(owner);
+  if (field.shape == OdDbFieldShape::kArray) return field.array->size(p) == 0;
+  if (field.shape == OdDbFieldShape::kCount) return true;
+  switch (field.kind) {
+    case OdDbFieldKind::kBool: return at<bool>(p) == (field.defaultInt != 0);
+    case OdDbFieldKind::kInt8: return at<OdInt8>(p) == field.defaultInt;
+    case OdDbFieldKind::kInt16: return at<OdInt16>(p) == field.defaultInt;
+    case OdDbFieldKind::kInt32: return at<OdInt32>(p) == field.defaultInt;
+    case OdDbFieldKind::kInt64: return at<OdInt64>(p) == field.defaultInt;
+    case OdDbFieldKind::kDouble: return at<double>(p) == field.defaultReal[0];
+    case OdDbFieldKind::kString: return at<OdString>(p).isEmpty();
+    case OdDbFieldKind::kPoint2d: {
+      const auto& pt = at<OdGePoint2d>(p);
+      return pt.x == field.defaultReal[0] && pt.y == field.defaultReal[1];
+    }
+    case OdDbFieldKind::kPoint3d: {
+      const auto& pt = at<OdGePoint3d>(p);
+      return pt.x == field.defaultReal[0] && pt.y == field.defaultReal[1] && pt.z == field.defaultReal[2];
+    }
+    case OdDbFieldKind::kVector3d: {
+      const auto& v = at<OdGeVector3d>(p);
+      return v.x == field.defaultReal[0] && v.y == field.defaultReal[1] && v.z == field.defaultReal[2];
+    }
+    case OdDbFieldKind::kHardOwner:
+    case OdDbFieldKind::kSoftOwner:
+    case OdDbFieldKind::kHardPointer:
+    case OdDbFieldKind::kSoftPointer: return at<OdDbObjectId>(p).isNull();
+    case OdDbFieldKind::kNameRef: {
+      const auto& id = at<OdDbObjectId>(p);
+      if (id.isNull()) return true;
+      if (!field.defaultName) return false;
+      const OdString* name = recordName(id);
+      return name && name->iCompare(field.defaultName) == 0;
+    }
+    case OdDbFieldKind::kCustom: return false;
+  }
+  return false;
+}
+
 // The tags of one plain value at p.
 void writeValue(const OdDbField& field, const void* p, OdDbTagSink& out, OdDbTagContext& ctx) {
   switch (field.kind) {
@@ -148,7 +199,7 @@ void writeValue(const OdDbField& field, const void* p, OdDbTagSink& out, OdDbTag
       // The record's own name, without a copy; the context knows the names
       // of ids that hold no record here (names read before their record).
       const OdDbObjectId& id = at<OdDbObjectId>(p);
-      const OdString* name = odDbRecordName(id);
+      const OdString* name = recordName(id);
       if (name && !name->isEmpty()) {
         out.addString(field.code, *name);
         break;
@@ -462,7 +513,7 @@ void writeRecord(const std::vector<OdDbField>& fields, const void* record, const
     const void* p = field.refIn(record);
     switch (field.shape) {
       case OdDbFieldShape::kValue:
-        if ((field.flags & OdDbField::kOptional) && field.hasDefaultIn(record)) break;
+        if ((field.flags & OdDbField::kOptional) && fieldHasDefault(field, record)) break;
         writeValue(field, p, out, ctx);
         break;
       case OdDbFieldShape::kCount: out.addInteger(field.code, static_cast<OdInt64>(field.array->size(p))); break;
@@ -599,45 +650,7 @@ bool OdDbField::isValidValue(OdInt64 value) const {
   return !hasValidSet();
 }
 
-bool OdDbField::hasDefaultIn(const void* owner) const {
-  const void* p = refIn(owner);
-  if (shape == OdDbFieldShape::kArray) return array->size(p) == 0;
-  if (shape == OdDbFieldShape::kCount) return true;
-  switch (kind) {
-    case OdDbFieldKind::kBool: return at<bool>(p) == (defaultInt != 0);
-    case OdDbFieldKind::kInt8: return at<OdInt8>(p) == defaultInt;
-    case OdDbFieldKind::kInt16: return at<OdInt16>(p) == defaultInt;
-    case OdDbFieldKind::kInt32: return at<OdInt32>(p) == defaultInt;
-    case OdDbFieldKind::kInt64: return at<OdInt64>(p) == defaultInt;
-    case OdDbFieldKind::kDouble: return at<double>(p) == defaultReal[0];
-    case OdDbFieldKind::kString: return at<OdString>(p).isEmpty();
-    case OdDbFieldKind::kPoint2d: {
-      const auto& pt = at<OdGePoint2d>(p);
-      return pt.x == defaultReal[0] && pt.y == defaultReal[1];
-    }
-    case OdDbFieldKind::kPoint3d: {
-      const auto& pt = at<OdGePoint3d>(p);
-      return pt.x == defaultReal[0] && pt.y == defaultReal[1] && pt.z == defaultReal[2];
-    }
-    case OdDbFieldKind::kVector3d: {
-      const auto& v = at<OdGeVector3d>(p);
-      return v.x == defaultReal[0] && v.y == defaultReal[1] && v.z == defaultReal[2];
-    }
-    case OdDbFieldKind::kHardOwner:
-    case OdDbFieldKind::kSoftOwner:
-    case OdDbFieldKind::kHardPointer:
-    case OdDbFieldKind::kSoftPointer: return at<OdDbObjectId>(p).isNull();
-    case OdDbFieldKind::kNameRef: {
-      const auto& id = at<OdDbObjectId>(p);
-      if (id.isNull()) return true;
-      if (!defaultName) return false;
-      const OdString* name = odDbRecordName(id);
-      return name && name->iCompare(defaultName) == 0;
-    }
-    case OdDbFieldKind::kCustom: return false;
-  }
-  return false;
-}
+bool OdDbField::hasDefaultIn(const void* owner) const { return fieldHasDefault(*this, owner); }
 
 void OdDbField::setDefaultIn(void* owner) const {
   void* p = refIn(owner);
@@ -682,14 +695,7 @@ OdInt64& OdDbTagContext::codecState(const void* key) {
   return m_codecState.back().second;
 }
 
-const OdString* odDbRecordName(const OdDbObjectId& id) {
-  // Read straight from the record: no open, no notification. The class test
-  // is cheaper than a dynamic_cast, which compares type names across libraries.
-  if (id.isNull() || !id.isValid()) return nullptr;
-  const OdDbObject* object = id.stub()->object;
-  if (!object || !object->isKindOf(OdDbSymbolTableRecord::desc())) return nullptr;
-  return &static_cast<const OdDbSymbolTableRecord*>(object)->getName();
-}
+const OdString* odDbRecordName(const OdDbObjectId& id) { return recordName(id); }
 
 OdString OdDbTagContext::nameOf(const OdDbObjectId& id) const {
   const OdString* name = odDbRecordName(id);
@@ -794,7 +800,7 @@ void writeFields(const OdDbObject* object, OdDbTagSink& out, OdDbTagContext& ctx
       const OdDbField& field = sub->fields[static_cast<size_t>(fi)];
       bool skip = (field.flags & OdDbField::kNoDxf) || version < field.minVersion ||
                   (entityList && (field.flags & OdDbField::kNoEntityList)) ||
-                  ((field.flags & OdDbField::kOptional) && field.hasDefault(object));
+                  ((field.flags & OdDbField::kOptional) && fieldHasDefault(field, object));
       if (!skip) appendFieldTags(object, field, out, ctx, scratch);
       flushUnknown(si, fi);
     }
