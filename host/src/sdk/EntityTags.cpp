@@ -309,7 +309,8 @@ const OdString& dxfNameOf(const OdDbObject* object, OdString& storage) {
 void entityTags(const OdDbObject* object, OdDxfTagList& tags, bool withXdata) {
   ListScratch& scratch = listScratch();
   TagSink sink(tags, scratch.spare);
-  scratch.ctx.setDatabase(object->database());
+  OdDbDatabase* db = object->database();
+  scratch.ctx.setDatabase(db);
   OdRxClass* cls = object->isA();
   if (cls != scratch.lastClass) {
     scratch.lastClass = cls;
@@ -325,7 +326,7 @@ void entityTags(const OdDbObject* object, OdDxfTagList& tags, bool withXdata) {
   handle.i = static_cast<OdInt64>(object->objectId().handle().value());
   const OdDbObjectExtras* extras = object->extras();
   if (extras) {
-    for (const OdDxfTag& tag : extras->appData) putListForm(sink, tag, object->database());
+    for (const OdDxfTag& tag : extras->appData) putListForm(sink, tag, db);
     if (!extras->persistentReactors.empty()) {
       putString(sink, 102, L"{ACAD_REACTORS");
       for (const OdDbObjectId& id : extras->persistentReactors) {
@@ -339,7 +340,7 @@ void entityTags(const OdDbObject* object, OdDxfTagList& tags, bool withXdata) {
       putString(sink, 102, L"}");
     }
   }
-  ListSink fields(sink, object->database(), scratch.lastClassIsEntity ? layoutNameOf(object) : nullptr);
+  ListSink fields(sink, db, scratch.lastClassIsEntity ? layoutNameOf(object) : nullptr);
   OdDbSchemaIo::writeFields(object, fields, scratch.ctx, true);
   fields.finish();
   if (withXdata && extras && !extras->xdata.empty()) {

@@ -121,7 +121,7 @@ const OdString* recordName(const OdDbObjectId& id) {
 
 // Whether a field holds its default (left out of files when optional).
 // Internal, so that the writer's loop over every field inlines it.
-bool fieldHasDefault(const OdDbField& field, const void* owner) {
+inline __attribute__((always_inline)) bool fieldHasDefault(const OdDbField& field, const void* owner) {
   const void* p = field.refIn(owner);
   if (field.shape == OdDbFieldShape::kArray) return field.array->size(p) == 0;
   if (field.shape == OdDbFieldShape::kCount) return true;
@@ -153,8 +153,10 @@ bool fieldHasDefault(const OdDbField& field, const void* owner) {
       const auto& id = at<OdDbObjectId>(p);
       if (id.isNull()) return true;
       if (!field.defaultName) return false;
+      // Names are nearly always written as the default is: the plain
+      // comparison first.
       const OdString* name = recordName(id);
-      return name && name->iCompare(field.defaultName) == 0;
+      return name && (*name == field.defaultName || name->iCompare(field.defaultName) == 0);
     }
     case OdDbFieldKind::kCustom: return false;
   }
