@@ -275,13 +275,24 @@ std::string firstDifference(const resbuf* list, std::vector<std::pair<int, std::
   return {};
 }
 
+// Entities of the drawings below whose source file holds them in another
+// form than ours: multi-line texts written without their column data, and
+// attributes (and the end of their run) whose file names the block
+// definition as owner where ours is the reference that holds them.
+bool sourceInAnotherForm(const std::string& file, const std::string& type) {
+  return type == "MTEXT" || (file == "examples_dxf_multi_insert_with_attribs.dxf" && (type == "ATTRIB" || type == "SEQEND"));
+}
+
 // Every entity's list gives what the drawing's DXF file gives, group for
 // group, as an independent reader reads that file: the same codes in the
-// same order with the same values.
+// same order with the same values. Lists and the file written from the
+// drawing agree for every entity (one writer makes both); lists and the
+// source file agree wherever the source has our form.
 TEST(EntityListsRead, ListsGiveTheGroupsOfTheDxfFile) {
   if (std::system("/usr/bin/python3 -c 'import ezdxf' >/dev/null 2>&1") != 0) {
     GTEST_SKIP() << "python3-ezdxf is not installed for /usr/bin/python3";
   }
+  int fromSource = 0;
   for (const char* file : {"examples_dxf_text_negative_extrusion.dxf", "examples_dxf_multi_insert_with_attribs.dxf",
                            "examples_dxf_hatches_1.dxf", "examples_dxf_columns_R2018.dxf", "examples_dxf_visibility.dxf",
                            "examples_dxf_VP4.dxf", "examples_dxf_mtext_columns_R2007.dxf"}) {
@@ -291,6 +302,7 @@ TEST(EntityListsRead, ListsGiveTheGroupsOfTheDxfFile) {
     odDxfWriteFile(session.db(), OdString(path.c_str()));
     const auto groups = fileGroups(path);
     std::filesystem::remove(path);
+    const auto source = fileGroups(std::string(KESTRIX_CORPUS_DIR) + "/" + file);
     resbuf* everyApplication = ryutBuildList(RTSTR, L"*", RTNONE);
     int compared = 0;
     ads_name at = {0, 0}, next;
@@ -302,13 +314,21 @@ TEST(EntityListsRead, ListsGiveTheGroupsOfTheDxfFile) {
       rydbGetObjectId(id, next);
       const auto found = groups.find(upperHandle(id));
       ASSERT_NE(found, groups.end()) << file << " " << upperHandle(id);
-      const std::string difference = firstDifference(list.head, found->second);
-      EXPECT_EQ(difference, "") << file << " " << OdString(list.text(0).c_str()).toUtf8() << " " << upperHandle(id);
+      const std::string type = OdString(list.text(0).c_str()).toUtf8();
+      EXPECT_EQ(firstDifference(list.head, found->second), "") << file << " " << type << " " << upperHandle(id);
+      if (!sourceInAnotherForm(file, type)) {
+        const auto inSource = source.find(upperHandle(id));
+        ASSERT_NE(inSource, source.end()) << file << " " << upperHandle(id);
+        EXPECT_EQ(firstDifference(list.head, inSource->second), "") << file << " " << type << " " << upperHandle(id)
+                                                                    << " (source file)";
+        ++fromSource;
+      }
       ++compared;
     }
     ryutRelRb(everyApplication);
     EXPECT_GE(compared, 5) << file;
   }
+  EXPECT_GT(fromSource, 100);
 }
 
 // ---------------------------------------------------------------- changing
