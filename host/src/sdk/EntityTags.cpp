@@ -89,11 +89,6 @@ class TagSink {
     if (m_count == m_out.size()) grow();
     return m_out[m_count++];
   }
-  void dropLast() { --m_count; }
-  size_t size() const { return m_count; }
-  OdDxfTag& at(size_t index) { return m_out[index]; }
-  // Moves the last tag to index, shifting the ones after it.
-  void moveLastTo(size_t index) { std::rotate(m_out.begin() + static_cast<long>(index), m_out.begin() + static_cast<long>(m_count - 1), m_out.begin() + static_cast<long>(m_count)); }
   void finish() {
     for (size_t i = m_count; i < m_out.size() && m_spare.size() < 4096; ++i) m_spare.push_back(std::move(m_out[i]));
     m_out.resize(m_count);
