@@ -164,7 +164,7 @@ inline __attribute__((always_inline)) bool fieldHasDefault(const OdDbField& fiel
 }
 
 // The tags of one plain value at p.
-void writeValue(const OdDbField& field, const void* p, OdDbTagSink& out, OdDbTagContext& ctx) {
+inline __attribute__((always_inline)) void writeValue(const OdDbField& field, const void* p, OdDbTagSink& out, OdDbTagContext& ctx) {
   switch (field.kind) {
     case OdDbFieldKind::kBool: out.addInteger(field.code, at<bool>(p) ? 1 : 0); break;
     case OdDbFieldKind::kInt8: out.addInteger(field.code, at<OdInt8>(p)); break;
