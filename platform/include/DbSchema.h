@@ -505,17 +505,29 @@ class OdDbRecordCodec : public OdDbFieldCodec {
   std::vector<int> m_codes;
 };
 
-// Where written groups go: a tag list, or straight into a file.
+// Where written groups go: a tag list, straight into a file, or an
+// entity-data list. The writer gives every value through these functions;
+// a sink decides the form (a reference is a handle in files and an entity
+// name in lists).
 class OdDbTagSink {
  public:
   virtual ~OdDbTagSink() = default;
+  // A tag made elsewhere (the codecs' values, data kept as read).
   virtual void addTag(const OdDxfTag& tag) = 0;
   virtual void addString(int code, const OdString& value) { addTag(OdDxfTag::str(code, value)); }
+  // Text the writer holds as a constant: subclass markers and default names.
+  virtual void addText(int code, const wchar_t* value) { addString(code, OdString(value)); }
   virtual void addReal(int code, double value) { addTag(OdDxfTag::real(code, value)); }
   virtual void addPoint(int code, double x, double y, double z, int dims) { addTag(OdDxfTag::point(code, x, y, z, dims)); }
   virtual void addInteger(int code, OdInt64 value) { addTag(OdDxfTag::integer(code, value)); }
   virtual void addHandle(int code, OdUInt64 value) { addTag(OdDxfTag::handle(code, value)); }
+  // An owner or pointer field: the object's handle unless the sink says otherwise.
+  virtual void addReference(int code, const OdDbObjectId& id) { addHandle(code, id.handle().value()); }
 };
+
+// The name of the symbol-table record an id stands for, read straight from
+// the object (no open); null for null ids and objects that are not records.
+const OdString* odDbRecordName(const OdDbObjectId& id);
 
 // Tag conversion of whole objects, derived from their class's field table.
 namespace OdDbSchemaIo {

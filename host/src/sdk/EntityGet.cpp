@@ -64,8 +64,10 @@ void fillValue(resbuf* rb, const OdDxfTag& tag, OdDbDatabase* db) {
         wchar_t text[17];
         OdDbHandle(static_cast<OdUInt64>(tag.i)).getIntoAsciiBuffer(text);
         rb->resval.rstring = copyText(text, std::wcslen(text));
+      } else if (tag.type == OdDxf::ValueType::kString || tag.type == OdDxf::ValueType::kHandle) {
+        rb->resval.rstring = copyText(tag.s.c_str(), static_cast<size_t>(tag.s.getLength()));
       } else {
-        const OdString text = tag.type == OdDxf::ValueType::kString || tag.type == OdDxf::ValueType::kHandle ? tag.s : tag.valueText();
+        const OdString text = tag.valueText();
         rb->resval.rstring = copyText(text.c_str(), static_cast<size_t>(text.getLength()));
       }
       break;
@@ -134,7 +136,9 @@ resbuf* rydbEntGetX(const ads_name entity, const resbuf* apps) {
     return nullptr;
   }
   const OdDbObject* object = id.stub()->object;
-  OdDxfTagList tags;
+  // One list per thread, filled in place call after call: its tags keep
+  // their storage, so a list costs no allocation but the result's own.
+  thread_local OdDxfTagList tags;
   entityTags(object, tags, false);
   const OdDbObjectExtras* extras = object->extras();
   if (apps && extras && !extras->xdata.empty()) {

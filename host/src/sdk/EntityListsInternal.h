@@ -30,11 +30,6 @@ inline const T* objectAs(const OdDbObjectId& id) {
   return object->isKindOf(T::desc()) ? static_cast<const T*>(object) : nullptr;
 }
 
-inline const OdString* recordNameOf(const OdDbObjectId& id) {
-  const auto* record = objectAs<OdDbSymbolTableRecord>(id);
-  return record ? &record->getName() : nullptr;
-}
-
 // A name the database could not resolve while a list was read: layers are
 // made when the entity is committed, other tables fail earlier.
 struct DeferredName {
@@ -49,10 +44,6 @@ class ListContext : public OdDbTagContext {
   bool forEntityList() const override { return true; }
   OdDbObjectId idFromHandle(OdUInt64 handle) override {
     return m_db ? m_db->getOdDbObjectId(OdDbHandle(handle)) : OdDbObjectId();
-  }
-  OdString nameOf(const OdDbObjectId& id) const override {
-    const OdString* name = recordNameOf(id);
-    return name ? *name : OdString();
   }
   void deferName(OdDbObject*, const OdDbField& field, const OdString& name) override {
     deferred.push_back({&field, name});

@@ -89,11 +89,6 @@ class TagSink {
     if (m_count == m_out.size()) grow();
     return m_out[m_count++];
   }
-  void dropLast() { --m_count; }
-  size_t size() const { return m_count; }
-  OdDxfTag& at(size_t index) { return m_out[index]; }
-  // Moves the last tag to index, shifting the ones after it.
-  void moveLastTo(size_t index) { std::rotate(m_out.begin() + static_cast<long>(index), m_out.begin() + static_cast<long>(m_count - 1), m_out.begin() + static_cast<long>(m_count)); }
   void finish() {
     for (size_t i = m_count; i < m_out.size() && m_spare.size() < 4096; ++i) m_spare.push_back(std::move(m_out[i]));
     m_out.resize(m_count);
@@ -114,16 +109,13 @@ class TagSink {
   size_t m_count = 0;
 };
 
-// What one thread keeps between lists: the context, scratch lists and the
-// answers for the last class and schema seen (drawings hold long runs of
-// one kind of entity).
+// What one thread keeps between lists: the context, the spare tags and the
+// answers for the last class seen (drawings hold long runs of one kind of
+// entity).
 struct ListScratch {
   ListContext ctx{nullptr};
-  OdDxfTagList codecTags;
   OdDxfTagList spare;
   const OdRxClass* lastClass = nullptr;
-  const OdDbClassSchema* lastSchema = nullptr;
-  const std::vector<const OdDbSubclass*>* lastChain = nullptr;
   bool lastClassNamesItself = false;  // the objects' dxfName() is not the class's
   bool lastClassIsEntity = false;
 };
@@ -212,187 +204,82 @@ void putListForm(TagSink& sink, const OdDxfTag& from, OdDbDatabase* db) {
   sink.next() = from;
 }
 
-template <class T>
-const T& at(const void* p) { return *static_cast<const T*>(p); }
-
-// True when an optional name reference holds its default record.
-bool nameHasDefault(const OdDbField& field, const OdDbObjectId& id) {
-  if (id.isNull()) return true;
-  if (!field.defaultName) return false;
-  const OdString* name = recordNameOf(id);
-  return name && sameNameNoCase(*name, field.defaultName);
-}
-
-// One field in list form; mirrors the platform's writer, with names read
-// from the records' stubs and every tag written in place.
-void putField(const OdDbObject* object, const OdDbField& field, TagSink& sink, ListContext& ctx, OdDxfTagList& codecTags) {
-  const void* p = field.ref(object);
-  switch (field.kind) {
-    case OdDbFieldKind::kBool: putInt(sink, field.code, at<bool>(p) ? 1 : 0); break;
-    case OdDbFieldKind::kInt8: putInt(sink, field.code, at<OdInt8>(p)); break;
-    case OdDbFieldKind::kInt16: putInt(sink, field.code, at<OdInt16>(p)); break;
-    case OdDbFieldKind::kInt32: putInt(sink, field.code, at<OdInt32>(p)); break;
-    case OdDbFieldKind::kInt64: putInt(sink, field.code, at<OdInt64>(p)); break;
-    case OdDbFieldKind::kDouble: {
-      double value = at<double>(p);
-      if (field.flags & OdDbField::kAngleDegrees) value = odRadiansToDegrees(value);
-      putReal(sink, field.code, value);
-      break;
-    }
-    case OdDbFieldKind::kString: putString(sink, field.code, at<OdString>(p)); break;
-    case OdDbFieldKind::kPoint2d: {
-      const auto& pt = at<OdGePoint2d>(p);
-      putPoint(sink, field.code, pt.x, pt.y, 0, 2);
-      break;
-    }
-    case OdDbFieldKind::kPoint3d: {
-      const auto& pt = at<OdGePoint3d>(p);
-      putPoint(sink, field.code, pt.x, pt.y, pt.z, 3);
-      break;
-    }
-    case OdDbFieldKind::kVector3d: {
-      const auto& v = at<OdGeVector3d>(p);
-      putPoint(sink, field.code, v.x, v.y, v.z, 3);
-      break;
-    }
-    case OdDbFieldKind::kHardOwner:
-    case OdDbFieldKind::kSoftOwner:
-    case OdDbFieldKind::kHardPointer:
-    case OdDbFieldKind::kSoftPointer: putReference(sink, field.code, at<OdDbObjectId>(p)); break;
-    case OdDbFieldKind::kNameRef: {
-      const OdString* name = recordNameOf(at<OdDbObjectId>(p));
-      if (name && !name->isEmpty()) putString(sink, field.code, *name);
-      else putString(sink, field.code, field.defaultName ? field.defaultName : L"");
-      break;
-    }
-    case OdDbFieldKind::kCustom: {
-      codecTags.clear();
-      field.codec->toTags(object, codecTags, ctx);
-      for (const OdDxfTag& tag : codecTags) putListForm(sink, tag, ctx.database());
-      break;
-    }
-  }
-}
-
-// The field's own test, without the call for the common kinds.
-bool hasDefault(const OdDbObject* object, const OdDbField& field) {
-  const void* p = field.ref(object);
-  switch (field.kind) {
-    case OdDbFieldKind::kInt16: return at<OdInt16>(p) == field.defaultInt;
-    case OdDbFieldKind::kInt32: return at<OdInt32>(p) == field.defaultInt;
-    case OdDbFieldKind::kDouble: return at<double>(p) == field.defaultReal[0];
-    case OdDbFieldKind::kPoint3d: {
-      const auto& v = at<OdGePoint3d>(p);
-      return v.x == field.defaultReal[0] && v.y == field.defaultReal[1] && v.z == field.defaultReal[2];
-    }
-    case OdDbFieldKind::kVector3d: {
-      const auto& v = at<OdGeVector3d>(p);
-      return v.x == field.defaultReal[0] && v.y == field.defaultReal[1] && v.z == field.defaultReal[2];
-    }
-    case OdDbFieldKind::kHardOwner:
-    case OdDbFieldKind::kSoftOwner:
-    case OdDbFieldKind::kHardPointer:
-    case OdDbFieldKind::kSoftPointer: return at<OdDbObjectId>(p).isNull();
-    case OdDbFieldKind::kNameRef: return nameHasDefault(field, at<OdDbObjectId>(p));
-    default: return field.hasDefault(object);
-  }
-}
-
-bool skipField(const OdDbObject* object, const OdDbField& field, const ListContext& ctx) {
-  if ((field.flags & OdDbField::kNoDxf) || (field.flags & OdDbField::kNoEntityList)) return true;
-  if (ctx.version() < field.minVersion) return true;
-  return (field.flags & OdDbField::kOptional) && hasDefault(object, field);
-}
-
 // The entity's space: whether it is in a paper-space layout (group 67) and
 // the name of its layout (group 410), read from the owner block and its
 // layout without lookups by name.
-const OdString* spaceOf(const OdDbObject* entity, bool& paperSpace) {
+const OdString* layoutNameOf(const OdDbObject* entity) {
   static const OdString kModel(L"Model");
-  paperSpace = false;
   const auto* block = objectAs<OdDbBlockTableRecord>(entity->ownerId());
   if (!block) return nullptr;
-  const bool model = sameNameNoCase(block->getName(), L"*Model_Space");
-  const OdDbObjectId layoutId = block->getLayoutId();
-  const bool layout = model || !layoutId.isNull() || sameNameNoCase(block->getName(), L"*Paper_Space", true);
-  paperSpace = layout && !model;
-  if (const auto* owned = objectAs<OdDbLayout>(layoutId)) return &owned->getLayoutName();
-  return model ? &kModel : nullptr;
+  if (const auto* owned = objectAs<OdDbLayout>(block->getLayoutId())) return &owned->getLayoutName();
+  return sameNameNoCase(block->getName(), L"*Model_Space") ? &kModel : nullptr;
 }
 
-// The field of the entities' common subclass that gives group 67.
-const OdDbField* paperSpaceField() {
-  static const OdDbField* field = [] {
-    for (const OdDbSubclass& sub : OdDbEntity::classSchema().subclasses) {
-      for (const OdDbField& f : sub.fields) {
-        if (f.kind == OdDbFieldKind::kCustom && f.codec->codes() == std::vector<int>{67}) return &f;
-      }
-    }
-    return static_cast<const OdDbField*>(nullptr);
-  }();
-  return field;
-}
+// The platform's writer into a list: references become entity names where
+// the group holds one, and an entity's layout name (410) goes in after its
+// common subclass marker and the paper-space flag (67) that may follow it.
+class ListSink final : public OdDbTagSink {
+ public:
+  ListSink(TagSink& out, OdDbDatabase* db, const OdString* layout) : m_out(out), m_db(db), m_layout(layout), m_awaitMarker(layout != nullptr) {}
 
-void putSpace(const OdDbObject* entity, TagSink& sink) {
-  bool paperSpace = false;
-  const OdString* layout = spaceOf(entity, paperSpace);
-  if (paperSpace) putInt(sink, 67, 1);
-  if (layout) putString(sink, 410, *layout);
-}
-
-// The fields of an object with their subclass markers, in list form; for
-// entities with 410 after 67. False when the space groups still have to be
-// put in (the object is written by the platform's writer).
-bool putFields(const OdDbObject* object, TagSink& sink, ListScratch& scratch, bool withMarkers) {
-  const OdDbClassSchema* schema = schemaOf(object->isA());
-  if (!schema) return false;
-  ListContext& ctx = scratch.ctx;
-  const OdDbObjectExtras* extras = object->extras();
-  if (extras && !extras->unknown.empty()) {
-    // Groups kept as read go where the platform's writer puts them.
-    OdDxfTagList written;
-    OdDbSchemaIo::writeFields(object, written, ctx, withMarkers);
-    for (const OdDxfTag& tag : written) putListForm(sink, tag, ctx.database());
-    return false;
+  void addTag(const OdDxfTag& tag) override {
+    placeLayout(tag.code);
+    putListForm(m_out, tag, m_db);
   }
-  if (schema != scratch.lastSchema) {
-    scratch.lastChain = &chainOf(schema);
-    scratch.lastSchema = schema;
+  void addString(int code, const OdString& value) override {
+    placeLayout(code);
+    putString(m_out, code, value);
   }
-  if (schema->hooks.beforeWrite) schema->hooks.beforeWrite(object);
-  const OdDbField* paperSpace = paperSpaceField();
-  bool spaceWritten = false;
-  for (const OdDbSubclass* sub : *scratch.lastChain) {
-    if (withMarkers && sub->marker && *sub->marker) putString(sink, 100, sub->marker);
-    for (const OdDbField& field : sub->fields) {
-      if (&field == paperSpace) {
-        putSpace(object, sink);
-        spaceWritten = true;
-      } else if (!skipField(object, field, ctx)) {
-        putField(object, field, sink, ctx, scratch.codecTags);
-      }
+  void addText(int code, const wchar_t* value) override {
+    placeLayout(code);
+    putString(m_out, code, value);
+    if (code == 100 && m_awaitMarker && std::wcscmp(value, L"AcDbEntity") == 0) {
+      m_afterMarker = true;
+      m_awaitMarker = false;
     }
   }
-  return spaceWritten;
-}
-
-// 410 goes after the entity's common groups' 67 (or right after its marker).
-void putLayoutName(const OdDbObject* object, TagSink& sink, size_t fieldsBegin) {
-  bool paperSpace = false;
-  const OdString* layout = spaceOf(object, paperSpace);
-  if (!layout) return;
-  size_t at = sink.size();
-  for (size_t i = fieldsBegin; i < sink.size(); ++i) {
-    const OdDxfTag& tag = sink.at(i);
-    if (tag.code == 100 && tag.s == L"AcDbEntity") {
-      at = i + 1;
-      if (at < sink.size() && sink.at(at).code == 67) ++at;
-      break;
-    }
+  void addReal(int code, double value) override {
+    placeLayout(code);
+    putReal(m_out, code, value);
   }
-  putString(sink, 410, *layout);
-  sink.moveLastTo(at);
-}
+  void addPoint(int code, double x, double y, double z, int dims) override {
+    placeLayout(code);
+    putPoint(m_out, code, x, y, z, dims);
+  }
+  void addInteger(int code, OdInt64 value) override {
+    placeLayout(code);
+    putInt(m_out, code, value);
+  }
+  void addHandle(int code, OdUInt64 value) override {
+    placeLayout(code);
+    putListForm(m_out, OdDxfTag::handle(code, value), m_db);
+  }
+  void addReference(int code, const OdDbObjectId& id) override {
+    placeLayout(code);
+    putReference(m_out, code, id);
+  }
+  // An entity whose common groups ended the list still gets its layout name.
+  void finish() {
+    if (m_afterMarker) putString(m_out, 410, *m_layout);
+    m_afterMarker = false;
+  }
+
+ private:
+  // Called before every group: the layout name goes before the first group
+  // after the marker that is not 67 (after 67 when it comes).
+  void placeLayout(int code) {
+    if (!m_afterMarker) return;
+    if (code == 67) return;
+    putString(m_out, 410, *m_layout);
+    m_afterMarker = false;
+  }
+
+  TagSink& m_out;
+  OdDbDatabase* m_db;
+  const OdString* m_layout;
+  bool m_awaitMarker;  // the common subclass marker is still to come
+  bool m_afterMarker = false;
+};
 
 // Classes whose objects name themselves (proxies keep the name they were
 // read with; MINSERT objects are INSERTs in files and lists).
@@ -417,7 +304,8 @@ const OdString& dxfNameOf(const OdDbObject* object, OdString& storage) {
 void entityTags(const OdDbObject* object, OdDxfTagList& tags, bool withXdata) {
   ListScratch& scratch = listScratch();
   TagSink sink(tags, scratch.spare);
-  scratch.ctx.setDatabase(object->database());
+  OdDbDatabase* db = object->database();
+  scratch.ctx.setDatabase(db);
   OdRxClass* cls = object->isA();
   if (cls != scratch.lastClass) {
     scratch.lastClass = cls;
@@ -433,7 +321,7 @@ void entityTags(const OdDbObject* object, OdDxfTagList& tags, bool withXdata) {
   handle.i = static_cast<OdInt64>(object->objectId().handle().value());
   const OdDbObjectExtras* extras = object->extras();
   if (extras) {
-    for (const OdDxfTag& tag : extras->appData) putListForm(sink, tag, object->database());
+    for (const OdDxfTag& tag : extras->appData) putListForm(sink, tag, db);
     if (!extras->persistentReactors.empty()) {
       putString(sink, 102, L"{ACAD_REACTORS");
       for (const OdDbObjectId& id : extras->persistentReactors) {
@@ -447,9 +335,9 @@ void entityTags(const OdDbObject* object, OdDxfTagList& tags, bool withXdata) {
       putString(sink, 102, L"}");
     }
   }
-  const size_t fieldsBegin = sink.size();
-  const bool spaceWritten = putFields(object, sink, scratch, true);
-  if (scratch.lastClassIsEntity && !spaceWritten) putLayoutName(object, sink, fieldsBegin);
+  ListSink fields(sink, db, scratch.lastClassIsEntity ? layoutNameOf(object) : nullptr);
+  OdDbSchemaIo::writeFields(object, fields, scratch.ctx, true);
+  fields.finish();
   if (withXdata && extras && !extras->xdata.empty()) {
     OdDxfTag& marker = sink.next();
     setScalar(marker, -3, OdDxf::ValueType::kString);
@@ -465,7 +353,8 @@ void recordTags(const OdDbObject* record, const wchar_t* recordType, OdDxfTagLis
   scratch.ctx.setDatabase(record->database());
   OdDxfTagList all;
   TagSink sink(all, scratch.spare);
-  putFields(record, sink, scratch, false);
+  ListSink fields(sink, record->database(), nullptr);
+  OdDbSchemaIo::writeFields(record, fields, scratch.ctx, false);
   sink.finish();
   tags.clear();
   tags.push_back(OdDxfTag::str(0, recordType));

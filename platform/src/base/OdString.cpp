@@ -83,7 +83,15 @@ int OdString::iCompare(const wchar_t* other) const {
   const wchar_t* a = m_text.c_str();
   const wchar_t* b = other ? other : L"";
   for (;; ++a, ++b) {
-    wchar_t ca = odToUpper(*a), cb = odToUpper(*b);
+    wchar_t ca = *a, cb = *b;
+    if (ca < 0x80 && cb < 0x80) {
+      // Plain ASCII (nearly all names) without the Unicode tables.
+      if (ca >= L'a' && ca <= L'z') ca -= 32;
+      if (cb >= L'a' && cb <= L'z') cb -= 32;
+    } else {
+      ca = odToUpper(ca);
+      cb = odToUpper(cb);
+    }
     if (ca != cb) return ca < cb ? -1 : 1;
     if (ca == 0) return 0;
   }

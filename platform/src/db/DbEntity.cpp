@@ -260,10 +260,12 @@ double OdDbEntity::distanceTo(const OdGePoint3d& point) const {
 bool OdDbEntity::isInPaperSpace() const {
   OdDbDatabase* db = database();
   OdDbObjectId owner = ownerId();
-  if (!db || owner.isNull() || owner == db->getModelSpaceId()) return false;
-  OdDbObjectPtr object = owner.openObject(OdDb::kForRead, true);
-  auto* block = dynamic_cast<OdDbBlockTableRecord*>(object.get());
-  return block && block->isLayout() && !block->isModelSpace();
+  if (!db || owner.isNull() || owner == db->getModelSpaceId() || !owner.stub()->object) return false;
+  // Read straight from the owner (no open): lists and files ask for every entity.
+  const OdDbObject* object = owner.stub()->object;
+  if (!object->isKindOf(OdDbBlockTableRecord::desc())) return false;
+  const auto* block = static_cast<const OdDbBlockTableRecord*>(object);
+  return block->isLayout() && !block->isModelSpace();
 }
 
 double OdDbCurve::distanceTo(const OdGePoint3d& point) const {

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <cwctype>
+#include <deque>
 #include <numeric>
 #include <unordered_map>
 
@@ -42,9 +43,17 @@ struct CodeIndex {
 
 
 const CodeIndex& codeIndexOf(const OdDbClassSchema* schema) {
+  // Drawings hold long runs of one kind of object: the last answer first.
+  thread_local const OdDbClassSchema* lastSchema = nullptr;
+  thread_local const CodeIndex* lastIndex = nullptr;
+  if (schema == lastSchema) return *lastIndex;
   static std::unordered_map<const OdDbClassSchema*, std::unique_ptr<CodeIndex>> cache;
   auto found = cache.find(schema);
-  if (found != cache.end()) return *found->second;
+  if (found != cache.end()) {
+    lastSchema = schema;
+    lastIndex = found->second.get();
+    return *lastIndex;
+  }
   auto index = std::make_unique<CodeIndex>();
   index->chain = schema->chain();
   for (const OdDbSubclass* sub : index->chain) {
@@ -101,8 +110,61 @@ const OdDbClassSchema* schemaOf(const OdDbObject* object) {
   return nullptr;
 }
 
+const OdString* recordName(const OdDbObjectId& id) {
+  // Read straight from the record: no open, no notification. The class test
+  // is cheaper than a dynamic_cast, which compares type names across libraries.
+  if (id.isNull()) return nullptr;
+  const OdDbObject* object = id.stub()->object;
+  if (!object || !object->isKindOf(OdDbSymbolTableRecord::desc())) return nullptr;
+  return &static_cast<const OdDbSymbolTableRecord*>(object)->getName();
+}
+
+// Whether a field holds its default (left out of files when optional).
+// Internal, so that the writer's loop over every field inlines it.
+inline __attribute__((always_inline)) bool fieldHasDefault(const OdDbField& field, const void* owner) {
+  const void* p = field.refIn(owner);
+  if (field.shape == OdDbFieldShape::kArray) return field.array->size(p) == 0;
+  if (field.shape == OdDbFieldShape::kCount) return true;
+  switch (field.kind) {
+    case OdDbFieldKind::kBool: return at<bool>(p) == (field.defaultInt != 0);
+    case OdDbFieldKind::kInt8: return at<OdInt8>(p) == field.defaultInt;
+    case OdDbFieldKind::kInt16: return at<OdInt16>(p) == field.defaultInt;
+    case OdDbFieldKind::kInt32: return at<OdInt32>(p) == field.defaultInt;
+    case OdDbFieldKind::kInt64: return at<OdInt64>(p) == field.defaultInt;
+    case OdDbFieldKind::kDouble: return at<double>(p) == field.defaultReal[0];
+    case OdDbFieldKind::kString: return at<OdString>(p).isEmpty();
+    case OdDbFieldKind::kPoint2d: {
+      const auto& pt = at<OdGePoint2d>(p);
+      return pt.x == field.defaultReal[0] && pt.y == field.defaultReal[1];
+    }
+    case OdDbFieldKind::kPoint3d: {
+      const auto& pt = at<OdGePoint3d>(p);
+      return pt.x == field.defaultReal[0] && pt.y == field.defaultReal[1] && pt.z == field.defaultReal[2];
+    }
+    case OdDbFieldKind::kVector3d: {
+      const auto& v = at<OdGeVector3d>(p);
+      return v.x == field.defaultReal[0] && v.y == field.defaultReal[1] && v.z == field.defaultReal[2];
+    }
+    case OdDbFieldKind::kHardOwner:
+    case OdDbFieldKind::kSoftOwner:
+    case OdDbFieldKind::kHardPointer:
+    case OdDbFieldKind::kSoftPointer: return at<OdDbObjectId>(p).isNull();
+    case OdDbFieldKind::kNameRef: {
+      const auto& id = at<OdDbObjectId>(p);
+      if (id.isNull()) return true;
+      if (!field.defaultName) return false;
+      // Names are nearly always written as the default is: the plain
+      // comparison first.
+      const OdString* name = recordName(id);
+      return name && (*name == field.defaultName || name->iCompare(field.defaultName) == 0);
+    }
+    case OdDbFieldKind::kCustom: return false;
+  }
+  return false;
+}
+
 // The tags of one plain value at p.
-void writeValue(const OdDbField& field, const void* p, OdDbTagSink& out, OdDbTagContext& ctx) {
+inline __attribute__((always_inline)) void writeValue(const OdDbField& field, const void* p, OdDbTagSink& out, OdDbTagContext& ctx) {
   switch (field.kind) {
     case OdDbFieldKind::kBool: out.addInteger(field.code, at<bool>(p) ? 1 : 0); break;
     case OdDbFieldKind::kInt8: out.addInteger(field.code, at<OdInt8>(p)); break;
@@ -134,16 +196,19 @@ void writeValue(const OdDbField& field, const void* p, OdDbTagSink& out, OdDbTag
     case OdDbFieldKind::kHardOwner:
     case OdDbFieldKind::kSoftOwner:
     case OdDbFieldKind::kHardPointer:
-    case OdDbFieldKind::kSoftPointer: {
-      const auto& id = at<OdDbObjectId>(p);
-      out.addHandle(field.code, id.handle().value());
-      break;
-    }
+    case OdDbFieldKind::kSoftPointer: out.addReference(field.code, at<OdDbObjectId>(p)); break;
     case OdDbFieldKind::kNameRef: {
-      const auto& id = at<OdDbObjectId>(p);
-      OdString name = ctx.nameOf(id);
-      if (name.isEmpty() && field.defaultName) name = field.defaultName;
-      out.addString(field.code, name);
+      // The record's own name, without a copy; the context knows the names
+      // of ids that hold no record here (names read before their record).
+      const OdDbObjectId& id = at<OdDbObjectId>(p);
+      const OdString* name = recordName(id);
+      if (name && !name->isEmpty()) {
+        out.addString(field.code, *name);
+        break;
+      }
+      const OdString known = name || id.isNull() ? OdString() : ctx.nameOf(id);
+      if (!known.isEmpty()) out.addString(field.code, known);
+      else out.addText(field.code, field.defaultName ? field.defaultName : L"");
       break;
     }
     case OdDbFieldKind::kCustom: break;
@@ -160,6 +225,32 @@ void appendFieldTags(const OdDbObject* object, const OdDbField& field, OdDbTagSi
   field.codec->toTags(object, scratch, ctx);
   for (const auto& tag : scratch) out.addTag(tag);
 }
+
+// The list a write gives the codecs for their tags, kept between writes so
+// that lists and files made object after object allocate nothing for them.
+// One per level: a codec may write another object's fields meanwhile.
+class CodecScratch {
+ public:
+  CodecScratch() : m_pool(pool()), m_level(m_pool.depth++) {
+    if (m_pool.lists.size() <= m_level) m_pool.lists.emplace_back();
+  }
+  ~CodecScratch() { --m_pool.depth; }
+  CodecScratch(const CodecScratch&) = delete;
+  CodecScratch& operator=(const CodecScratch&) = delete;
+  OdDxfTagList& list() { return m_pool.lists[m_level]; }
+
+ private:
+  struct Pool {
+    std::deque<OdDxfTagList> lists;
+    size_t depth = 0;
+  };
+  static Pool& pool() {
+    thread_local Pool lists;
+    return lists;
+  }
+  Pool& m_pool;
+  size_t m_level;
+};
 
 class ListSink : public OdDbTagSink {
  public:
@@ -424,7 +515,7 @@ void writeRecord(const std::vector<OdDbField>& fields, const void* record, const
     const void* p = field.refIn(record);
     switch (field.shape) {
       case OdDbFieldShape::kValue:
-        if ((field.flags & OdDbField::kOptional) && field.hasDefaultIn(record)) break;
+        if ((field.flags & OdDbField::kOptional) && fieldHasDefault(field, record)) break;
         writeValue(field, p, out, ctx);
         break;
       case OdDbFieldShape::kCount: out.addInteger(field.code, static_cast<OdInt64>(field.array->size(p))); break;
@@ -561,46 +652,7 @@ bool OdDbField::isValidValue(OdInt64 value) const {
   return !hasValidSet();
 }
 
-bool OdDbField::hasDefaultIn(const void* owner) const {
-  const void* p = refIn(owner);
-  if (shape == OdDbFieldShape::kArray) return array->size(p) == 0;
-  if (shape == OdDbFieldShape::kCount) return true;
-  switch (kind) {
-    case OdDbFieldKind::kBool: return at<bool>(p) == (defaultInt != 0);
-    case OdDbFieldKind::kInt8: return at<OdInt8>(p) == defaultInt;
-    case OdDbFieldKind::kInt16: return at<OdInt16>(p) == defaultInt;
-    case OdDbFieldKind::kInt32: return at<OdInt32>(p) == defaultInt;
-    case OdDbFieldKind::kInt64: return at<OdInt64>(p) == defaultInt;
-    case OdDbFieldKind::kDouble: return at<double>(p) == defaultReal[0];
-    case OdDbFieldKind::kString: return at<OdString>(p).isEmpty();
-    case OdDbFieldKind::kPoint2d: {
-      const auto& pt = at<OdGePoint2d>(p);
-      return pt.x == defaultReal[0] && pt.y == defaultReal[1];
-    }
-    case OdDbFieldKind::kPoint3d: {
-      const auto& pt = at<OdGePoint3d>(p);
-      return pt.x == defaultReal[0] && pt.y == defaultReal[1] && pt.z == defaultReal[2];
-    }
-    case OdDbFieldKind::kVector3d: {
-      const auto& v = at<OdGeVector3d>(p);
-      return v.x == defaultReal[0] && v.y == defaultReal[1] && v.z == defaultReal[2];
-    }
-    case OdDbFieldKind::kHardOwner:
-    case OdDbFieldKind::kSoftOwner:
-    case OdDbFieldKind::kHardPointer:
-    case OdDbFieldKind::kSoftPointer: return at<OdDbObjectId>(p).isNull();
-    case OdDbFieldKind::kNameRef: {
-      const auto& id = at<OdDbObjectId>(p);
-      if (id.isNull()) return true;
-      if (!defaultName) return false;
-      OdDbObjectPtr record = id.openObject();
-      auto* str = record.get() ? dynamic_cast<OdDbSymbolTableRecord*>(record.get()) : nullptr;
-      return str && str->getName().iCompare(defaultName) == 0;
-    }
-    case OdDbFieldKind::kCustom: return false;
-  }
-  return false;
-}
+bool OdDbField::hasDefaultIn(const void* owner) const { return fieldHasDefault(*this, owner); }
 
 void OdDbField::setDefaultIn(void* owner) const {
   void* p = refIn(owner);
@@ -645,11 +697,11 @@ OdInt64& OdDbTagContext::codecState(const void* key) {
   return m_codecState.back().second;
 }
 
+const OdString* odDbRecordName(const OdDbObjectId& id) { return recordName(id); }
+
 OdString OdDbTagContext::nameOf(const OdDbObjectId& id) const {
-  // Read straight from the record: no open, no notification.
-  if (id.isNull() || !id.isValid()) return OdString();
-  auto* record = dynamic_cast<const OdDbSymbolTableRecord*>(id.stub()->object);
-  return record ? record->getName() : OdString();
+  const OdString* name = odDbRecordName(id);
+  return name ? *name : OdString();
 }
 
 OdDbRecordCodec::OdDbRecordCodec(std::vector<OdDbField> fields, void* (*base)(void*))
@@ -739,16 +791,18 @@ void writeFields(const OdDbObject* object, OdDbTagSink& out, OdDbTagContext& ctx
     }
   };
   const bool entityList = ctx.forEntityList();
-  OdDxfTagList scratch;
+  const OdDb::DwgVersion version = ctx.version();
+  CodecScratch codecTags;
+  OdDxfTagList& scratch = codecTags.list();
   for (int si = 0; si < static_cast<int>(index.chain.size()); ++si) {
     const OdDbSubclass* sub = index.chain[static_cast<size_t>(si)];
-    if (withMarkers && sub->marker && *sub->marker) out.addString(100, sub->marker);
+    if (withMarkers && sub->marker && *sub->marker) out.addText(100, sub->marker);
     flushUnknown(si, -1);
     for (int fi = 0; fi < static_cast<int>(sub->fields.size()); ++fi) {
       const OdDbField& field = sub->fields[static_cast<size_t>(fi)];
-      bool skip = (field.flags & OdDbField::kNoDxf) || ctx.version() < field.minVersion ||
+      bool skip = (field.flags & OdDbField::kNoDxf) || version < field.minVersion ||
                   (entityList && (field.flags & OdDbField::kNoEntityList)) ||
-                  ((field.flags & OdDbField::kOptional) && field.hasDefault(object));
+                  ((field.flags & OdDbField::kOptional) && fieldHasDefault(field, object));
       if (!skip) appendFieldTags(object, field, out, ctx, scratch);
       flushUnknown(si, fi);
     }

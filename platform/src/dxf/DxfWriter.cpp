@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <condition_variable>
 #include <cstring>
+#include <cwchar>
 #include <deque>
 #include <filesystem>
 #include <mutex>
@@ -44,9 +45,11 @@ class WriterSink : public OdDbTagSink {
     m_insert = tags;
   }
   void addTag(const OdDxfTag& tag) override { m_out.writeTag(tag); }
-  void addString(int code, const OdString& value) override {
+  void addString(int code, const OdString& value) override { m_out.writeString(code, value); }
+  // Subclass markers come as constant text.
+  void addText(int code, const wchar_t* value) override {
     m_out.writeString(code, value);
-    if (code == 100 && m_insert && value == m_marker) {
+    if (code == 100 && m_insert && std::wcscmp(value, m_marker) == 0) {
       for (const auto& tag : *m_insert) m_out.writeTag(tag);
       m_insert = nullptr;
     }
