@@ -155,8 +155,6 @@ class OdDbSortentsTable : public OdDbObject {
  protected:
   OdDbObjectId m_blockId;
   std::vector<Pair> m_pairs;
-
-  friend struct OdDbSortentsCodec;
 };
 using OdDbSortentsTablePtr = OdSmartPtr<OdDbSortentsTable>;
 

@@ -192,6 +192,7 @@ class OdDbField {
     kNoEntityList = 16, // not part of entity-data lists
     kRequired = 32,     // an entity made from a list must be given it
     kWhenWriting = 64,  // the condition (when) decides only what is written
+    kHandleValue = 128, // an integer that is a handle of its own, not an object's id: written as a handle
   };
 
   int code = 0;
@@ -239,6 +240,7 @@ class OdDbField {
   OdDbField& named(const wchar_t* fieldName) { name = fieldName; return *this; }
   OdDbField& required() { flags |= kRequired; return *this; }
   OdDbField& dwgAs(OdDwgCode code) { dwg = code; return *this; }
+  OdDbField& asHandle() { flags |= kHandleValue; return *this; }
   OdDbField& validRange(OdInt64 low, OdInt64 high) { validLow = low; validHigh = high; return *this; }
   template <size_t N>
   OdDbField& validValues(const OdInt64 (&values)[N]) {

@@ -365,61 +365,13 @@ const OdDbClassSchema& OdDbXrecord::classSchema() {
 
 // ---------------------------------------------------------------- draw order
 
-struct OdDbSortentsCodec : OdDbFieldCodec {
-  std::vector<int> codes() const override { return {331, 5}; }
-  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
-    for (const auto& pair : static_cast<const OdDbSortentsTable*>(object)->m_pairs) {
-      out.push_back(OdDxfTag::handle(331, pair.entity.handle().value()));
-      out.push_back(OdDxfTag::handle(5, pair.sortHandle));
-    }
-  }
-  bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext& ctx) const override {
-    auto* table = static_cast<OdDbSortentsTable*>(object);
-    OdInt64& state = ctx.codecState(this);  // 1: an entity waits for its sort handle
-    if (state == 0) {
-      table->m_pairs.clear();
-      state = 2;
-    }
-    if (tag.code == 331) {
-      table->m_pairs.push_back({tag.i ? ctx.idFromHandle(static_cast<OdUInt64>(tag.i)) : OdDbObjectId(), 0});
-      state = 1;
-      return true;
-    }
-    if (state != 1) return false;
-    table->m_pairs.back().sortHandle = static_cast<OdUInt64>(tag.i);
-    state = 2;
-    return true;
-  }
-  void fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const override {
-    const auto& pairs = static_cast<const OdDbSortentsTable*>(object)->m_pairs;
-    filer->wrInt32(static_cast<OdInt32>(pairs.size()));
-    for (const auto& pair : pairs) {
-      filer->wrSoftPointerId(pair.entity);
-      filer->wrInt64(static_cast<OdInt64>(pair.sortHandle));
-    }
-  }
-  void fileIn(OdDbObject* object, OdDbDwgFiler* filer) const override {
-    auto& pairs = static_cast<OdDbSortentsTable*>(object)->m_pairs;
-    pairs.clear();
-    OdInt32 n = filer->rdInt32();
-    for (OdInt32 i = 0; i < n; ++i) {
-      OdDbObjectId id = filer->rdSoftPointerId();
-      pairs.push_back({id, static_cast<OdUInt64>(filer->rdInt64())});
-    }
-  }
-  bool isEqual(const OdDbObject* a, const OdDbObject* b) const override {
-    const auto& pa = static_cast<const OdDbSortentsTable*>(a)->m_pairs;
-    const auto& pb = static_cast<const OdDbSortentsTable*>(b)->m_pairs;
-    if (pa.size() != pb.size()) return false;
-    for (size_t i = 0; i < pa.size(); ++i) {
-      if (pa[i].entity.handle().value() != pb[i].entity.handle().value() || pa[i].sortHandle != pb[i].sortHandle) return false;
-    }
-    return true;
-  }
-};
-
 const OdDbClassSchema& OdDbSortentsTable::classSchema() {
-  static const OdDbSortentsCodec pairs;
+  // Per entity: 331 the entity and 5 the handle it is drawn by.
+  static const OdDbArraySpec pairRecords = odRecords<std::vector<Pair>>({
+      odField<&Pair::entity>(331).named(L"entity"),
+      odField<&Pair::sortHandle>(5).asHandle().named(L"sortHandle"),
+  });
+  static const OdDbRecordCodec pairs({odArrayField<&OdDbSortentsTable::m_pairs>(pairRecords, L"pairs")});
   static const OdDbClassSchema schema{
       &OdDbObject::classSchema(),
       {{L"AcDbSortentsTable",

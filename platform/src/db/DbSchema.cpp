@@ -108,7 +108,10 @@ void writeValue(const OdDbField& field, const void* p, OdDbTagSink& out, OdDbTag
     case OdDbFieldKind::kInt8: out.addInteger(field.code, at<OdInt8>(p)); break;
     case OdDbFieldKind::kInt16: out.addInteger(field.code, at<OdInt16>(p)); break;
     case OdDbFieldKind::kInt32: out.addInteger(field.code, at<OdInt32>(p)); break;
-    case OdDbFieldKind::kInt64: out.addInteger(field.code, at<OdInt64>(p)); break;
+    case OdDbFieldKind::kInt64:
+      if (field.flags & OdDbField::kHandleValue) out.addHandle(field.code, static_cast<OdUInt64>(at<OdInt64>(p)));
+      else out.addInteger(field.code, at<OdInt64>(p));
+      break;
     case OdDbFieldKind::kDouble: {
       double value = at<double>(p);
       if (field.flags & OdDbField::kAngleDegrees) value = odRadiansToDegrees(value);
