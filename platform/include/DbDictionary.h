@@ -101,8 +101,6 @@ class OdDbGroup : public OdDbObject {
   OdInt16 m_unnamed = 0;
   OdInt16 m_selectable = 1;
   OdDbObjectIdArray m_members;
-
-  friend struct OdDbGroupMembersCodec;
 };
 using OdDbGroupPtr = OdSmartPtr<OdDbGroup>;
 

@@ -17,17 +17,6 @@ ODDB_DEFINE_MEMBERS(OdDbLayout, OdDbPlotSettings, L"LAYOUT")
 ODDB_DEFINE_MEMBERS(OdDbProxyObject, OdDbObject, L"")
 ODDB_DEFINE_MEMBERS(OdDbProxyEntity, OdDbEntity, L"")
 
-namespace {
-bool sameIds(const OdDbObjectIdArray& a, const OdDbObjectIdArray& b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i) {
-    if (a[i].isNull() != b[i].isNull() || (!a[i].isNull() && a[i].handle() != b[i].handle())) return false;
-  }
-  return true;
-}
-
-}  // namespace
-
 // ---------------------------------------------------------------- dictionary
 
 // Pairs of 3 (name) and 350/360 (the entry, soft or hard owned).
@@ -221,39 +210,11 @@ OdDbObjectPtr OdDbDictionaryIterator::getObject(OdDb::OpenMode mode) const { ret
 
 // ---------------------------------------------------------------- group
 
-struct OdDbGroupMembersCodec : OdDbFieldCodec {
-  std::vector<int> codes() const override { return {340}; }
-  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
-    for (const auto& id : static_cast<const OdDbGroup*>(object)->m_members) out.push_back(OdDxfTag::handle(340, id.handle().value()));
-  }
-  bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext& ctx) const override {
-    auto* group = static_cast<OdDbGroup*>(object);
-    OdInt64& started = ctx.codecState(this);
-    if (!started) {
-      group->m_members.clear();
-      started = 1;
-    }
-    if (tag.i) group->m_members.append(ctx.idFromHandle(static_cast<OdUInt64>(tag.i)));
-    return true;
-  }
-  void fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const override {
-    const auto& members = static_cast<const OdDbGroup*>(object)->m_members;
-    filer->wrInt32(static_cast<OdInt32>(members.size()));
-    for (const auto& id : members) filer->wrHardPointerId(id);
-  }
-  void fileIn(OdDbObject* object, OdDbDwgFiler* filer) const override {
-    auto& members = static_cast<OdDbGroup*>(object)->m_members;
-    members.clear();
-    OdInt32 n = filer->rdInt32();
-    for (OdInt32 i = 0; i < n; ++i) members.append(filer->rdHardPointerId());
-  }
-  bool isEqual(const OdDbObject* a, const OdDbObject* b) const override {
-    return sameIds(static_cast<const OdDbGroup*>(a)->m_members, static_cast<const OdDbGroup*>(b)->m_members);
-  }
-};
-
 const OdDbClassSchema& OdDbGroup::classSchema() {
-  static const OdDbGroupMembersCodec members;
+  // One 340 per member; a null handle names no member.
+  static const OdDbRecordCodec members({odValueArrayField<&OdDbGroup::m_members>(
+      340, L"members", OdDbFieldKind::kHardPointer,
+      [](const void* member) { return !static_cast<const OdDbObjectId*>(member)->isNull(); })});
   static const OdDbClassSchema schema{&OdDbObject::classSchema(),
                                       {{L"AcDbGroup",
                                         {
