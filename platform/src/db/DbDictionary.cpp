@@ -251,6 +251,7 @@ OdResult OdDbGroup::subErase(bool erasing) {
 
 // ---------------------------------------------------------------- extended record
 
+// Any groups at all, kept as read: not records of declared fields.
 struct OdDbXrecordDataCodec : OdDbFieldCodec {
   std::vector<int> codes() const override { return {}; }
   bool takesAnyCode() const override { return true; }

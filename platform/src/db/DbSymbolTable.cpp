@@ -41,6 +41,7 @@ ODDB_DEFINE_MEMBERS(OdDbViewportTableRecord, OdDbSymbolTableRecord, L"VPORT")
 // ---------------------------------------------------------------- tables
 
 // Group 70 of a table: the number of records, refreshed on every write.
+// Not a record list of its own: it counts the records the table owns.
 struct OdDbTableCountCodec : OdDbFieldCodec {
   std::vector<int> codes() const override { return {70}; }
   void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
@@ -231,6 +232,7 @@ OdResult OdDbSymbolTableRecord::setName(const OdString& name) {
   odField<&Class::m_name>(2).named(L"name"), odField<&Class::m_flags>(70).named(L"flags")
 
 // Groups 62 and 420 of a layer: the colour, with a negative index for a layer that is off.
+// Not a list of records: one colour that also carries the on/off state.
 struct OdDbLayerColorCodec : OdDbFieldCodec {
   std::vector<int> codes() const override { return {62, 420}; }
   void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
