@@ -49,7 +49,7 @@ class OdDbDictionary : public OdDbObject {
   // The next unused name of the form prefix + number ("*A12").
   OdString nextAnonymousName(const OdString& prefix) const;
 
-  // Internal: entries in order, for the codec and the reader.
+  // Internal: entries in order, for the field table and the reader.
   struct Entry {
     OdString name;
     OdDbObjectId id;
@@ -66,8 +66,6 @@ class OdDbDictionary : public OdDbObject {
   OdInt16 m_mergeStyle = 1;
   std::vector<Entry> m_entries;
   std::map<OdString, size_t, OdStringLessNoCase> m_index;
-
-  friend struct OdDbDictionaryEntriesCodec;
 };
 using OdDbDictionaryPtr = OdSmartPtr<OdDbDictionary>;
 
@@ -101,8 +99,6 @@ class OdDbGroup : public OdDbObject {
   OdInt16 m_unnamed = 0;
   OdInt16 m_selectable = 1;
   OdDbObjectIdArray m_members;
-
-  friend struct OdDbGroupMembersCodec;
 };
 using OdDbGroupPtr = OdSmartPtr<OdDbGroup>;
 
@@ -155,8 +151,6 @@ class OdDbSortentsTable : public OdDbObject {
  protected:
   OdDbObjectId m_blockId;
   std::vector<Pair> m_pairs;
-
-  friend struct OdDbSortentsCodec;
 };
 using OdDbSortentsTablePtr = OdSmartPtr<OdDbSortentsTable>;
 

@@ -54,9 +54,6 @@ class OdDbMline : public OdDbEntity {
   double distanceTo(const OdGePoint3d& point) const override;
 
  protected:
-  friend struct OdDbMlineCountCodec;
-  friend struct OdDbMlineVerticesCodec;
-
   OdString m_styleName;
   OdDbObjectId m_styleId;
   double m_scale = 1.0;

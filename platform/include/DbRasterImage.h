@@ -67,7 +67,6 @@ class OdDbRasterImage : public OdDbEntity {
   double distanceTo(const OdGePoint3d& point) const override;
 
  protected:
-  friend struct OdDbImageClipCodec;
   static std::vector<OdDbField> imageFields();
   // The pixel coordinates of the outline (see getVertices).
   void outlineInPixels(OdGePoint2dArray& points) const;

@@ -192,6 +192,7 @@ class OdDbField {
     kNoEntityList = 16, // not part of entity-data lists
     kRequired = 32,     // an entity made from a list must be given it
     kWhenWriting = 64,  // the condition (when) decides only what is written
+    kHandleValue = 128, // an integer that is a handle of its own, not an object's id: written as a handle
   };
 
   int code = 0;
@@ -222,6 +223,9 @@ class OdDbField {
   // edge): the field is neither written nor read when this says no.
   // The owner is the record (or the object) holding the field.
   bool (*when)(const void* owner, const OdDbObject* object, const OdDbTagContext& ctx) = nullptr;
+  // What a group says beyond its value, done when the value is read (the
+  // code an entry is read with can tell how its owner holds its entries).
+  void (*onRead)(void* owner, OdDbObject* object) = nullptr;
 
   OdDbField& optional() { flags |= kOptional; return *this; }
   OdDbField& since(OdDb::DwgVersion version) { minVersion = version; return *this; }
@@ -239,6 +243,7 @@ class OdDbField {
   OdDbField& named(const wchar_t* fieldName) { name = fieldName; return *this; }
   OdDbField& required() { flags |= kRequired; return *this; }
   OdDbField& dwgAs(OdDwgCode code) { dwg = code; return *this; }
+  OdDbField& asHandle() { flags |= kHandleValue; return *this; }
   OdDbField& validRange(OdInt64 low, OdInt64 high) { validLow = low; validHigh = high; return *this; }
   template <size_t N>
   OdDbField& validValues(const OdInt64 (&values)[N]) {
@@ -253,6 +258,10 @@ class OdDbField {
   OdDbField& writtenWhen(bool (*condition)(const void*, const OdDbObject*, const OdDbTagContext&)) {
     when = condition;
     flags |= kWhenWriting;
+    return *this;
+  }
+  OdDbField& alsoOnRead(void (*action)(void*, OdDbObject*)) {
+    onRead = action;
     return *this;
   }
   template <auto FlagMember>
@@ -289,6 +298,15 @@ struct OdDbArraySpec {
   // Sets up a record begun by a read (values that follow from groups read
   // before it); may be null.
   void (*beginRecord)(void* record, const OdDbObject* object) = nullptr;
+  // Records written only when this says yes (null: all of them).
+  bool (*written)(const void* record) = nullptr;
+  // Records read that this says no to (an entry whose object is missing) are
+  // dropped when the read ends; droppedAs names them in the repair report
+  // (null: dropped without one). Only for the arrays of a codec's own fields.
+  bool (*kept)(const void* record) = nullptr;
+  const wchar_t* droppedAs = nullptr;
+  // Removes the records that keep says no to; returns how many.
+  size_t (*dropUnless)(void* container, bool (*keep)(const void* record)) = nullptr;
   const void* element(const void* container, size_t index) const { return at(const_cast<void*>(container), index); }
 };
 
@@ -368,6 +386,9 @@ OdDbArraySpec arrayAccess() {
   spec.size = [](const void* c) -> size_t { return static_cast<const Container*>(c)->size(); };
   spec.resize = [](void* c, size_t n) { static_cast<Container*>(c)->resize(n); };
   spec.at = [](void* c, size_t i) -> void* { return &(*static_cast<Container*>(c))[i]; };
+  spec.dropUnless = [](void* c, bool (*keep)(const void*)) -> size_t {
+    return std::erase_if(*static_cast<Container*>(c), [keep](const auto& record) { return !keep(&record); });
+  };
   return spec;
 }
 }  // namespace OdDbSchemaDetail
@@ -421,15 +442,18 @@ OdDbField odArrayField(const OdDbArraySpec& spec, const wchar_t* name) {
   return field;
 }
 
-// An array of plain values (doubles, 2-d points, ids…), one group each.
+// An array of plain values (doubles, 2-d points, ids…), one group each;
+// values that kept says no to are dropped when a read ends (see OdDbArraySpec).
 template <auto Member, void* (*Base)(void*) = nullptr>
 OdDbField odValueArrayField(int code, const wchar_t* name,
                             OdDbFieldKind kind = OdDbSchemaDetail::kindOf<typename OdDbSchemaDetail::MemberTraits<
-                                decltype(Member)>::Type::value_type>()) {
+                                decltype(Member)>::Type::value_type>(),
+                            bool (*kept)(const void* value) = nullptr) {
   using Container = typename OdDbSchemaDetail::MemberTraits<decltype(Member)>::Type;
   using Value = typename Container::value_type;
-  static const OdDbArraySpec spec = [kind, code] {
+  static const OdDbArraySpec spec = [kind, code, kept] {
     OdDbArraySpec s = OdDbSchemaDetail::arrayAccess<Container>();
+    s.kept = kept;
     OdDbField value;
     value.code = code;
     value.kind = kind;
@@ -485,8 +509,11 @@ OdDbField odCustomField(const OdDbFieldCodec& codec, const wchar_t* name = L"");
 // to the one around it.
 class OdDbRecordCodec : public OdDbFieldCodec {
  public:
-  // base leads from the object to the record (null: the object itself).
-  explicit OdDbRecordCodec(std::vector<OdDbField> fields, void* (*base)(void*) = nullptr);
+  // base leads from the object to the record (null: the object itself);
+  // settle sets up what the object derives from the records (an index of
+  // them) once a read or a filing in has put them in place.
+  explicit OdDbRecordCodec(std::vector<OdDbField> fields, void* (*base)(void*) = nullptr,
+                           void (*settle)(OdDbObject* object) = nullptr);
   const std::vector<OdDbField>& fields() const { return m_fields; }
   void* record(OdDbObject* object) const { return m_base ? m_base(object) : static_cast<void*>(object); }
   const void* record(const OdDbObject* object) const { return record(const_cast<OdDbObject*>(object)); }
@@ -495,6 +522,7 @@ class OdDbRecordCodec : public OdDbFieldCodec {
   void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext& ctx) const override;
   bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext& ctx) const override;
   void beginRead(OdDbObject* object) const override;
+  void endRead(OdDbObject* object, OdDbTagContext& ctx) const override;
   void fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const override;
   void fileIn(OdDbObject* object, OdDbDwgFiler* filer) const override;
   bool isEqual(const OdDbObject* a, const OdDbObject* b) const override;
@@ -502,6 +530,7 @@ class OdDbRecordCodec : public OdDbFieldCodec {
  private:
   std::vector<OdDbField> m_fields;
   void* (*m_base)(void*);
+  void (*m_settle)(OdDbObject*);
   std::vector<int> m_codes;
 };
 

@@ -196,8 +196,6 @@ class OdDbLinetypeTableRecord : public OdDbSymbolTableRecord {
   OdInt16 m_alignment = 'A';
   double m_patternLength = 0;
   OdArray<OdDbLinetypeDash> m_dashes;
-
-  friend struct OdDbLinetypeDashCodec;
 };
 using OdDbLinetypeTableRecordPtr = OdSmartPtr<OdDbLinetypeTableRecord>;
 

@@ -17,89 +17,44 @@ ODDB_DEFINE_MEMBERS(OdDbLayout, OdDbPlotSettings, L"LAYOUT")
 ODDB_DEFINE_MEMBERS(OdDbProxyObject, OdDbObject, L"")
 ODDB_DEFINE_MEMBERS(OdDbProxyEntity, OdDbEntity, L"")
 
-namespace {
-bool sameIds(const OdDbObjectIdArray& a, const OdDbObjectIdArray& b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i) {
-    if (a[i].isNull() != b[i].isNull() || (!a[i].isNull() && a[i].handle() != b[i].handle())) return false;
-  }
-  return true;
-}
-
-}  // namespace
-
 // ---------------------------------------------------------------- dictionary
 
-// Pairs of 3 (name) and 350/360 (the entry, soft or hard owned).
-struct OdDbDictionaryEntriesCodec : OdDbFieldCodec {
-  std::vector<int> codes() const override { return {3, 350, 360}; }
-  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
-    const auto* dict = static_cast<const OdDbDictionary*>(object);
-    const int code = dict->m_hardOwner ? 360 : 350;
-    for (const auto& entry : dict->m_entries) {
-      if (entry.id.isNull() || entry.id.isErased()) continue;  // "350 0" is no entry: readers refuse it
-      out.push_back(OdDxfTag::str(3, entry.name));
-      out.push_back(OdDxfTag::handle(code, entry.id.handle().value()));
-    }
-  }
-  bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext& ctx) const override {
-    auto* dict = static_cast<OdDbDictionary*>(object);
-    OdInt64& state = ctx.codecState(this);  // 1 after a name that waits for its id
-    if (state == 0) {
-      dict->m_entries.clear();
-      dict->m_index.clear();
-      state = 2;
-    }
-    if (tag.code == 3) {
-      dict->m_entries.push_back({tag.s, OdDbObjectId()});
-      state = 1;
-      return true;
-    }
-    if (state != 1 || tag.type != OdDxf::ValueType::kHandle) return false;
-    dict->m_entries.back().id = tag.i ? ctx.idFromHandle(static_cast<OdUInt64>(tag.i)) : OdDbObjectId();
-    if (tag.code == 360) dict->m_hardOwner = 1;
-    state = 2;
-    return true;
-  }
-  void endRead(OdDbObject* object, OdDbTagContext& ctx) const override {
-    // A name whose object was lost (no handle, or a null one) is no entry.
-    auto* dict = static_cast<OdDbDictionary*>(object);
-    const size_t before = dict->m_entries.size();
-    std::erase_if(dict->m_entries, [](const OdDbDictionary::Entry& entry) { return entry.id.isNull(); });
-    if (dict->m_entries.size() != before) ctx.valueRepaired(object, L"entry without an object");
-    dict->rebuildIndex();
-  }
-  void fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const override {
-    const auto* dict = static_cast<const OdDbDictionary*>(object);
-    filer->wrInt32(static_cast<OdInt32>(dict->m_entries.size()));
-    for (const auto& entry : dict->m_entries) {
-      filer->wrString(entry.name);
-      filer->wrSoftOwnershipId(entry.id);
-    }
-  }
-  void fileIn(OdDbObject* object, OdDbDwgFiler* filer) const override {
-    auto* dict = static_cast<OdDbDictionary*>(object);
-    OdInt32 n = filer->rdInt32();
-    dict->m_entries.clear();
-    for (OdInt32 i = 0; i < n; ++i) {
-      OdString name = filer->rdString();
-      dict->m_entries.push_back({name, filer->rdSoftOwnershipId()});
-    }
-    dict->rebuildIndex();
-  }
-  bool isEqual(const OdDbObject* a, const OdDbObject* b) const override {
-    const auto& ea = static_cast<const OdDbDictionary*>(a)->m_entries;
-    const auto& eb = static_cast<const OdDbDictionary*>(b)->m_entries;
-    if (ea.size() != eb.size()) return false;
-    for (size_t i = 0; i < ea.size(); ++i) {
-      if (ea[i].name != eb[i].name || ea[i].id.handle().value() != eb[i].id.handle().value()) return false;
-    }
-    return true;
-  }
-};
-
 const OdDbClassSchema& OdDbDictionary::classSchema() {
-  static const OdDbDictionaryEntriesCodec entries;
+  // Per entry: 3 its name, then 350 its object, or 360 when the dictionary
+  // owns its entries (an entry read with 360 says that it does). The object
+  // is filed and compared once, as the 350 value.
+  using Condition = bool (*)(const void*, const OdDbObject*, const OdDbTagContext&);
+  static const Condition soft = [](const void*, const OdDbObject* object, const OdDbTagContext&) {
+    return static_cast<const OdDbDictionary*>(object)->m_hardOwner == 0;
+  };
+  static const Condition hard = [](const void*, const OdDbObject* object, const OdDbTagContext&) {
+    return static_cast<const OdDbDictionary*>(object)->m_hardOwner != 0;
+  };
+  static const OdDbArraySpec entryRecords = [] {
+    OdDbArraySpec spec = odRecords<std::vector<Entry>>({
+        odField<&Entry::name>(3).named(L"name"),
+        odField<&Entry::id>(350, OdDbFieldKind::kSoftOwner).writtenWhen(soft).named(L"object"),
+        odField<&Entry::id>(360, OdDbFieldKind::kHardOwner)
+            .writtenWhen(hard)
+            .noFiler()
+            .alsoOnRead([](void*, OdDbObject* object) {
+              OdInt16& hardOwner = static_cast<OdDbDictionary*>(object)->m_hardOwner;
+              if (hardOwner == 0) hardOwner = 1;
+            })
+            .named(L"ownedObject"),
+    });
+    // "350 0" is no entry: readers refuse it, so neither a null nor an
+    // erased object is written, and a name read without its object is dropped.
+    spec.written = [](const void* entry) {
+      const OdDbObjectId& id = static_cast<const Entry*>(entry)->id;
+      return !id.isNull() && !id.isErased();
+    };
+    spec.kept = [](const void* entry) { return !static_cast<const Entry*>(entry)->id.isNull(); };
+    spec.droppedAs = L"entry without an object";
+    return spec;
+  }();
+  static const OdDbRecordCodec entries({odArrayField<&OdDbDictionary::m_entries>(entryRecords, L"entries")}, nullptr,
+                                       [](OdDbObject* object) { static_cast<OdDbDictionary*>(object)->rebuildIndex(); });
   static const OdDbClassSchema schema{
       &OdDbObject::classSchema(),
       {{L"AcDbDictionary",
@@ -221,39 +176,11 @@ OdDbObjectPtr OdDbDictionaryIterator::getObject(OdDb::OpenMode mode) const { ret
 
 // ---------------------------------------------------------------- group
 
-struct OdDbGroupMembersCodec : OdDbFieldCodec {
-  std::vector<int> codes() const override { return {340}; }
-  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
-    for (const auto& id : static_cast<const OdDbGroup*>(object)->m_members) out.push_back(OdDxfTag::handle(340, id.handle().value()));
-  }
-  bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext& ctx) const override {
-    auto* group = static_cast<OdDbGroup*>(object);
-    OdInt64& started = ctx.codecState(this);
-    if (!started) {
-      group->m_members.clear();
-      started = 1;
-    }
-    if (tag.i) group->m_members.append(ctx.idFromHandle(static_cast<OdUInt64>(tag.i)));
-    return true;
-  }
-  void fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const override {
-    const auto& members = static_cast<const OdDbGroup*>(object)->m_members;
-    filer->wrInt32(static_cast<OdInt32>(members.size()));
-    for (const auto& id : members) filer->wrHardPointerId(id);
-  }
-  void fileIn(OdDbObject* object, OdDbDwgFiler* filer) const override {
-    auto& members = static_cast<OdDbGroup*>(object)->m_members;
-    members.clear();
-    OdInt32 n = filer->rdInt32();
-    for (OdInt32 i = 0; i < n; ++i) members.append(filer->rdHardPointerId());
-  }
-  bool isEqual(const OdDbObject* a, const OdDbObject* b) const override {
-    return sameIds(static_cast<const OdDbGroup*>(a)->m_members, static_cast<const OdDbGroup*>(b)->m_members);
-  }
-};
-
 const OdDbClassSchema& OdDbGroup::classSchema() {
-  static const OdDbGroupMembersCodec members;
+  // One 340 per member; a null handle names no member.
+  static const OdDbRecordCodec members({odValueArrayField<&OdDbGroup::m_members>(
+      340, L"members", OdDbFieldKind::kHardPointer,
+      [](const void* member) { return !static_cast<const OdDbObjectId*>(member)->isNull(); })});
   static const OdDbClassSchema schema{&OdDbObject::classSchema(),
                                       {{L"AcDbGroup",
                                         {
@@ -324,6 +251,7 @@ OdResult OdDbGroup::subErase(bool erasing) {
 
 // ---------------------------------------------------------------- extended record
 
+// Any groups at all, kept as read: not records of declared fields.
 struct OdDbXrecordDataCodec : OdDbFieldCodec {
   std::vector<int> codes() const override { return {}; }
   bool takesAnyCode() const override { return true; }
@@ -365,61 +293,13 @@ const OdDbClassSchema& OdDbXrecord::classSchema() {
 
 // ---------------------------------------------------------------- draw order
 
-struct OdDbSortentsCodec : OdDbFieldCodec {
-  std::vector<int> codes() const override { return {331, 5}; }
-  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
-    for (const auto& pair : static_cast<const OdDbSortentsTable*>(object)->m_pairs) {
-      out.push_back(OdDxfTag::handle(331, pair.entity.handle().value()));
-      out.push_back(OdDxfTag::handle(5, pair.sortHandle));
-    }
-  }
-  bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext& ctx) const override {
-    auto* table = static_cast<OdDbSortentsTable*>(object);
-    OdInt64& state = ctx.codecState(this);  // 1: an entity waits for its sort handle
-    if (state == 0) {
-      table->m_pairs.clear();
-      state = 2;
-    }
-    if (tag.code == 331) {
-      table->m_pairs.push_back({tag.i ? ctx.idFromHandle(static_cast<OdUInt64>(tag.i)) : OdDbObjectId(), 0});
-      state = 1;
-      return true;
-    }
-    if (state != 1) return false;
-    table->m_pairs.back().sortHandle = static_cast<OdUInt64>(tag.i);
-    state = 2;
-    return true;
-  }
-  void fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const override {
-    const auto& pairs = static_cast<const OdDbSortentsTable*>(object)->m_pairs;
-    filer->wrInt32(static_cast<OdInt32>(pairs.size()));
-    for (const auto& pair : pairs) {
-      filer->wrSoftPointerId(pair.entity);
-      filer->wrInt64(static_cast<OdInt64>(pair.sortHandle));
-    }
-  }
-  void fileIn(OdDbObject* object, OdDbDwgFiler* filer) const override {
-    auto& pairs = static_cast<OdDbSortentsTable*>(object)->m_pairs;
-    pairs.clear();
-    OdInt32 n = filer->rdInt32();
-    for (OdInt32 i = 0; i < n; ++i) {
-      OdDbObjectId id = filer->rdSoftPointerId();
-      pairs.push_back({id, static_cast<OdUInt64>(filer->rdInt64())});
-    }
-  }
-  bool isEqual(const OdDbObject* a, const OdDbObject* b) const override {
-    const auto& pa = static_cast<const OdDbSortentsTable*>(a)->m_pairs;
-    const auto& pb = static_cast<const OdDbSortentsTable*>(b)->m_pairs;
-    if (pa.size() != pb.size()) return false;
-    for (size_t i = 0; i < pa.size(); ++i) {
-      if (pa[i].entity.handle().value() != pb[i].entity.handle().value() || pa[i].sortHandle != pb[i].sortHandle) return false;
-    }
-    return true;
-  }
-};
-
 const OdDbClassSchema& OdDbSortentsTable::classSchema() {
-  static const OdDbSortentsCodec pairs;
+  // Per entity: 331 the entity and 5 the handle it is drawn by.
+  static const OdDbArraySpec pairRecords = odRecords<std::vector<Pair>>({
+      odField<&Pair::entity>(331).named(L"entity"),
+      odField<&Pair::sortHandle>(5).asHandle().named(L"sortHandle"),
+  });
+  static const OdDbRecordCodec pairs({odArrayField<&OdDbSortentsTable::m_pairs>(pairRecords, L"pairs")});
   static const OdDbClassSchema schema{
       &OdDbObject::classSchema(),
       {{L"AcDbSortentsTable",

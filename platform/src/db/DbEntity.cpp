@@ -25,6 +25,8 @@ struct OdDbPaperSpaceCodec : OdDbFieldCodec {
 };
 
 // Groups 62 (palette index, 256 by layer, 0 by block) and 420 (true colour).
+// Not a list of records: one value in two groups, the second only for a true
+// colour, so it keeps its own codec.
 struct OdDbEntityColorCodec : OdDbFieldCodec {
   std::vector<int> codes() const override { return {62, 420}; }
   static OdCmEntityColor& color(OdDbObject* object) { return static_cast<OdDbEntity*>(object)->m_color; }

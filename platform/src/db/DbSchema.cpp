@@ -170,7 +170,10 @@ inline __attribute__((always_inline)) void writeValue(const OdDbField& field, co
     case OdDbFieldKind::kInt8: out.addInteger(field.code, at<OdInt8>(p)); break;
     case OdDbFieldKind::kInt16: out.addInteger(field.code, at<OdInt16>(p)); break;
     case OdDbFieldKind::kInt32: out.addInteger(field.code, at<OdInt32>(p)); break;
-    case OdDbFieldKind::kInt64: out.addInteger(field.code, at<OdInt64>(p)); break;
+    case OdDbFieldKind::kInt64:
+      if (field.flags & OdDbField::kHandleValue) out.addHandle(field.code, static_cast<OdUInt64>(at<OdInt64>(p)));
+      else out.addInteger(field.code, at<OdInt64>(p));
+      break;
     case OdDbFieldKind::kDouble: {
       double value = at<double>(p);
       if (field.flags & OdDbField::kAngleDegrees) value = odRadiansToDegrees(value);
@@ -520,9 +523,11 @@ void writeRecord(const std::vector<OdDbField>& fields, const void* record, const
         break;
       case OdDbFieldShape::kCount: out.addInteger(field.code, static_cast<OdInt64>(field.array->size(p))); break;
       case OdDbFieldShape::kArray: {
-        const size_t count = field.array->size(p);
+        const OdDbArraySpec& spec = *field.array;
+        const size_t count = spec.size(p);
         for (size_t i = 0; i < count; ++i) {
-          writeRecord(field.array->fields, field.array->element(p, i), object, out, ctx, version);
+          const void* element = spec.element(p, i);
+          if (!spec.written || spec.written(element)) writeRecord(spec.fields, element, object, out, ctx, version);
         }
         break;
       }
@@ -602,6 +607,7 @@ bool takeValue(OdDbObject* object, const OdDbField& field, void* record, const O
     ctx.valueRepaired(object, field.name);
   }
   if (field.presence) *field.presence(record) = true;
+  if (field.onRead) field.onRead(record, object);
   return true;
 }
 
@@ -704,8 +710,8 @@ OdString OdDbTagContext::nameOf(const OdDbObjectId& id) const {
   return name ? *name : OdString();
 }
 
-OdDbRecordCodec::OdDbRecordCodec(std::vector<OdDbField> fields, void* (*base)(void*))
-    : m_fields(std::move(fields)), m_base(base) {
+OdDbRecordCodec::OdDbRecordCodec(std::vector<OdDbField> fields, void* (*base)(void*), void (*settle)(OdDbObject*))
+    : m_fields(std::move(fields)), m_base(base), m_settle(settle) {
   collectCodes(m_fields, m_codes);
 }
 
@@ -757,8 +763,19 @@ void OdDbRecordCodec::fileOut(const OdDbObject* object, OdDbDwgFiler* filer) con
   fileOutRecord(m_fields, record(object), filer);
 }
 
+void OdDbRecordCodec::endRead(OdDbObject* object, OdDbTagContext& ctx) const {
+  void* root = record(object);
+  for (const OdDbField& field : m_fields) {
+    if (field.shape != OdDbFieldShape::kArray || !field.array->kept) continue;
+    const OdDbArraySpec& spec = *field.array;
+    if (spec.dropUnless(field.refIn(root), spec.kept) && spec.droppedAs) ctx.valueRepaired(object, spec.droppedAs);
+  }
+  if (m_settle) m_settle(object);
+}
+
 void OdDbRecordCodec::fileIn(OdDbObject* object, OdDbDwgFiler* filer) const {
   fileInRecord(m_fields, record(object), filer);
+  if (m_settle) m_settle(object);
 }
 
 bool OdDbRecordCodec::isEqual(const OdDbObject* a, const OdDbObject* b) const {

@@ -41,6 +41,7 @@ ODDB_DEFINE_MEMBERS(OdDbViewportTableRecord, OdDbSymbolTableRecord, L"VPORT")
 // ---------------------------------------------------------------- tables
 
 // Group 70 of a table: the number of records, refreshed on every write.
+// Not a record list of its own: it counts the records the table owns.
 struct OdDbTableCountCodec : OdDbFieldCodec {
   std::vector<int> codes() const override { return {70}; }
   void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
@@ -231,6 +232,7 @@ OdResult OdDbSymbolTableRecord::setName(const OdString& name) {
   odField<&Class::m_name>(2).named(L"name"), odField<&Class::m_flags>(70).named(L"flags")
 
 // Groups 62 and 420 of a layer: the colour, with a negative index for a layer that is off.
+// Not a list of records: one colour that also carries the on/off state.
 struct OdDbLayerColorCodec : OdDbFieldCodec {
   std::vector<int> codes() const override { return {62, 420}; }
   void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
@@ -352,102 +354,33 @@ void OdDbLayerTableRecord::setDescription(const OdString& description) {
   setXData({OdDxfTag::str(1001, L"AcAecLayerStandard"), OdDxfTag::str(1000, L""), OdDxfTag::str(1000, description)});
 }
 
-// Groups 73, 40 and the dash groups 49, 74, 75, 340, 46, 50, 44, 45, 9 of a linetype.
-struct OdDbLinetypeDashCodec : OdDbFieldCodec {
-  std::vector<int> codes() const override { return {73, 40, 49, 74, 75, 340, 46, 50, 44, 45, 9}; }
-  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
-    const auto* lt = static_cast<const OdDbLinetypeTableRecord*>(object);
-    out.push_back(OdDxfTag::integer(73, static_cast<OdInt64>(lt->m_dashes.size())));
-    out.push_back(OdDxfTag::real(40, lt->m_patternLength));
-    for (const auto& dash : lt->m_dashes) {
-      out.push_back(OdDxfTag::real(49, dash.length));
-      out.push_back(OdDxfTag::integer(74, dash.complexType));
-      if (dash.complexType == 0) continue;
-      out.push_back(OdDxfTag::integer(75, dash.shapeNumber));
-      out.push_back(OdDxfTag::handle(340, dash.styleId.handle().value()));
-      out.push_back(OdDxfTag::real(46, dash.scale));
-      out.push_back(OdDxfTag::real(50, odRadiansToDegrees(dash.rotation)));
-      out.push_back(OdDxfTag::real(44, dash.offsetX));
-      out.push_back(OdDxfTag::real(45, dash.offsetY));
-      if (dash.complexType & 2) out.push_back(OdDxfTag::str(9, dash.text));
-    }
-  }
-  bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext& ctx) const override {
-    auto* lt = static_cast<OdDbLinetypeTableRecord*>(object);
-    OdInt64& started = ctx.codecState(this);
-    if (!started) {
-      lt->m_dashes.clear();
-      started = 1;
-    }
-    if (tag.code == 73) return true;  // the count follows from the dashes
-    if (tag.code == 40) { lt->m_patternLength = tag.x; return true; }
-    if (tag.code == 49) { lt->m_dashes.append(OdDbLinetypeDash{}); lt->m_dashes.last().length = tag.x; return true; }
-    if (lt->m_dashes.isEmpty()) return false;
-    OdDbLinetypeDash& dash = lt->m_dashes.last();
-    switch (tag.code) {
-      case 74: dash.complexType = static_cast<OdInt16>(tag.i); return true;
-      case 75: dash.shapeNumber = static_cast<OdInt16>(tag.i); return true;
-      case 340: dash.styleId = tag.i ? ctx.idFromHandle(static_cast<OdUInt64>(tag.i)) : OdDbObjectId(); return true;
-      case 46: dash.scale = tag.x; return true;
-      case 50: dash.rotation = odDegreesToRadians(tag.x); return true;
-      case 44: dash.offsetX = tag.x; return true;
-      case 45: dash.offsetY = tag.x; return true;
-      case 9: dash.text = tag.s; return true;
-    }
-    return false;
-  }
-  void fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const override {
-    const auto* lt = static_cast<const OdDbLinetypeTableRecord*>(object);
-    filer->wrDouble(lt->m_patternLength);
-    filer->wrInt32(static_cast<OdInt32>(lt->m_dashes.size()));
-    for (const auto& d : lt->m_dashes) {
-      filer->wrDouble(d.length);
-      filer->wrInt16(d.complexType);
-      filer->wrInt16(d.shapeNumber);
-      filer->wrHardPointerId(d.styleId);
-      filer->wrDouble(d.scale);
-      filer->wrDouble(d.rotation);
-      filer->wrDouble(d.offsetX);
-      filer->wrDouble(d.offsetY);
-      filer->wrString(d.text);
-    }
-  }
-  void fileIn(OdDbObject* object, OdDbDwgFiler* filer) const override {
-    auto* lt = static_cast<OdDbLinetypeTableRecord*>(object);
-    lt->m_patternLength = filer->rdDouble();
-    OdInt32 n = filer->rdInt32();
-    lt->m_dashes.clear();
-    for (OdInt32 i = 0; i < n; ++i) {
-      OdDbLinetypeDash d;
-      d.length = filer->rdDouble();
-      d.complexType = filer->rdInt16();
-      d.shapeNumber = filer->rdInt16();
-      d.styleId = filer->rdHardPointerId();
-      d.scale = filer->rdDouble();
-      d.rotation = filer->rdDouble();
-      d.offsetX = filer->rdDouble();
-      d.offsetY = filer->rdDouble();
-      d.text = filer->rdString();
-      lt->m_dashes.append(d);
-    }
-  }
-  bool isEqual(const OdDbObject* a, const OdDbObject* b) const override {
-    const auto* la = static_cast<const OdDbLinetypeTableRecord*>(a);
-    const auto* lb = static_cast<const OdDbLinetypeTableRecord*>(b);
-    if (la->m_patternLength != lb->m_patternLength || la->m_dashes.size() != lb->m_dashes.size()) return false;
-    for (size_t i = 0; i < la->m_dashes.size(); ++i) {
-      OdDbLinetypeDash a = la->m_dashes[i], b = lb->m_dashes[i];
-      // Styles of two databases compare by handle.
-      if (a.styleId.handle() != b.styleId.handle()) return false;
-      a.styleId = b.styleId = OdDbObjectId();
-      if (!(a == b)) return false;
-    }
-    return true;
-  }
-};
-
 const OdDbClassSchema& OdDbLinetypeTableRecord::classSchema() {
-  static const OdDbLinetypeDashCodec dashes;
+  // Per dash: 49 its length and 74 its kind; a dash with a shape or text
+  // adds 75 (shape number), 340 (style), 46 (scale), 50 (rotation), 44 and
+  // 45 (offset), and 9 (the text) when it is a text.
+  static bool (*const complex)(const void*, const OdDbObject*, const OdDbTagContext&) =
+      [](const void* dash, const OdDbObject*, const OdDbTagContext&) {
+        return static_cast<const OdDbLinetypeDash*>(dash)->complexType != 0;
+      };
+  static bool (*const withText)(const void*, const OdDbObject*, const OdDbTagContext&) =
+      [](const void* dash, const OdDbObject*, const OdDbTagContext&) {
+        return (static_cast<const OdDbLinetypeDash*>(dash)->complexType & 2) != 0;
+      };
+  static const OdDbArraySpec dashRecords = odRecords<OdArray<OdDbLinetypeDash>>({
+      odField<&OdDbLinetypeDash::length>(49).named(L"length"),
+      odField<&OdDbLinetypeDash::complexType>(74).named(L"complexType"),
+      odField<&OdDbLinetypeDash::shapeNumber>(75).writtenWhen(complex).named(L"shapeNumber"),
+      odField<&OdDbLinetypeDash::styleId>(340, OdDbFieldKind::kHardPointer).writtenWhen(complex).named(L"style"),
+      odField<&OdDbLinetypeDash::scale>(46).defaults(1.0).writtenWhen(complex).named(L"scale"),
+      odField<&OdDbLinetypeDash::rotation>(50).degrees().writtenWhen(complex).named(L"rotation"),
+      odField<&OdDbLinetypeDash::offsetX>(44).writtenWhen(complex).named(L"offsetX"),
+      odField<&OdDbLinetypeDash::offsetY>(45).writtenWhen(complex).named(L"offsetY"),
+      odField<&OdDbLinetypeDash::text>(9).writtenWhen(withText).named(L"text"),
+  });
+  // The dash count (73) comes before the pattern length, the dashes after it.
+  static const OdDbField dashList = odArrayField<&OdDbLinetypeTableRecord::m_dashes>(dashRecords, L"dashes");
+  static const OdDbRecordCodec count({odCountField<&OdDbLinetypeTableRecord::m_dashes>(73, dashList)});
+  static const OdDbRecordCodec dashes({dashList});
   static const OdDbClassSchema schema{
       &OdDbSymbolTableRecord::classSchema(),
       {{L"AcDbLinetypeTableRecord",
@@ -455,6 +388,8 @@ const OdDbClassSchema& OdDbLinetypeTableRecord::classSchema() {
             RECORD_NAME_AND_FLAGS(OdDbLinetypeTableRecord),
             odField<&OdDbLinetypeTableRecord::m_comments>(3).named(L"comments"),
             odField<&OdDbLinetypeTableRecord::m_alignment>(72).defaultsInt('A').named(L"alignment"),
+            odCustomField(count, L"dashCount"),
+            odField<&OdDbLinetypeTableRecord::m_patternLength>(40).named(L"patternLength"),
             odCustomField(dashes, L"dashes"),
         }}}};
   return schema;

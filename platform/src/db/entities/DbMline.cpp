@@ -8,134 +8,27 @@ ODDB_DEFINE_MEMBERS(OdDbMline, OdDbEntity, L"MLINE")
 
 using namespace OdDbEntityGeometry;
 
-namespace {
-
-bool samePoint(const OdGePoint3d& p, const OdGePoint3d& q) { return p.x == q.x && p.y == q.y && p.z == q.z; }
-bool sameVector(const OdGeVector3d& p, const OdGeVector3d& q) {
-  return p.x == q.x && p.y == q.y && p.z == q.z;
-}
-bool sameDoubles(const OdGeDoubleArray& a, const OdGeDoubleArray& b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](double x, double y) { return x == y || (x != x && y != y); });
-}
-
-OdGePoint3d tagPoint(const OdDxfTag& tag) {
-  const bool point = tag.type == OdDxf::ValueType::kPoint;
-  return {tag.x, point ? tag.y : 0.0, point && tag.dims == 3 ? tag.z : 0.0};
-}
-
-}  // namespace
-
-// Group 72: the vertex count, which follows from the vertices.
-struct OdDbMlineCountCodec : OdDbFieldCodec {
-  std::vector<int> codes() const override { return {72}; }
-  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
-    out.push_back(OdDxfTag::integer(
-        72, static_cast<OdInt64>(static_cast<const OdDbMline*>(object)->m_vertices.size())));
-  }
-  bool fromTag(OdDbObject*, const OdDxfTag&, OdDbTagContext&) const override { return true; }
-  void fileOut(const OdDbObject*, OdDbDwgFiler*) const override {}
-  void fileIn(OdDbObject*, OdDbDwgFiler*) const override {}
-  bool isEqual(const OdDbObject*, const OdDbObject*) const override { return true; }
-};
-
-// The vertices after group 210: per vertex 11 position, 12 direction, 13
-// miter, and per element 74 + 41 distances and 75 + 42 fill distances.
-struct OdDbMlineVerticesCodec : OdDbFieldCodec {
-  using Vertex = OdDbMline::Vertex;
-  std::vector<int> codes() const override { return {11, 12, 13, 74, 41, 75, 42}; }
-  static std::vector<Vertex>& vertices(OdDbObject* o) { return static_cast<OdDbMline*>(o)->m_vertices; }
-  static const std::vector<Vertex>& vertices(const OdDbObject* o) {
-    return static_cast<const OdDbMline*>(o)->m_vertices;
-  }
-
-  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
-    for (const Vertex& v : vertices(object)) {
-      out.push_back(OdDxfTag::point(11, v.position.x, v.position.y, v.position.z));
-      out.push_back(OdDxfTag::point(12, v.direction.x, v.direction.y, v.direction.z));
-      out.push_back(OdDxfTag::point(13, v.miter.x, v.miter.y, v.miter.z));
-      for (const auto& element : v.elements) {
-        out.push_back(OdDxfTag::integer(74, static_cast<OdInt64>(element.parameters.size())));
-        for (double p : element.parameters) out.push_back(OdDxfTag::real(41, p));
-        out.push_back(OdDxfTag::integer(75, static_cast<OdInt64>(element.fillParameters.size())));
-        for (double p : element.fillParameters) out.push_back(OdDxfTag::real(42, p));
-      }
-    }
-  }
-  void beginRead(OdDbObject* object) const override { vertices(object).clear(); }
-  bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext&) const override {
-    std::vector<Vertex>& list = vertices(object);
-    if (tag.code == 11) {
-      list.emplace_back();
-      list.back().position = tagPoint(tag);
-      return true;
-    }
-    if (list.empty()) return false;
-    Vertex& v = list.back();
-    switch (tag.code) {
-      case 12: v.direction = tagPoint(tag).asVector(); return true;
-      case 13: v.miter = tagPoint(tag).asVector(); return true;
-      case 74: v.elements.emplace_back(); return true;
-      case 75: return !v.elements.empty();
-      case 41:
-        if (v.elements.empty()) return false;
-        v.elements.back().parameters.append(tag.x);
-        return true;
-      case 42:
-        if (v.elements.empty()) return false;
-        v.elements.back().fillParameters.append(tag.x);
-        return true;
-      default: return false;
-    }
-  }
-  void fileOut(const OdDbObject* object, OdDbDwgFiler* f) const override {
-    f->wrInt32(static_cast<OdInt32>(vertices(object).size()));
-    for (const Vertex& v : vertices(object)) {
-      f->wrPoint3d(v.position);
-      f->wrVector3d(v.direction);
-      f->wrVector3d(v.miter);
-      f->wrInt32(static_cast<OdInt32>(v.elements.size()));
-      for (const auto& element : v.elements) {
-        for (const OdGeDoubleArray* list : {&element.parameters, &element.fillParameters}) {
-          f->wrInt32(static_cast<OdInt32>(list->size()));
-          for (double p : *list) f->wrDouble(p);
-        }
-      }
-    }
-  }
-  void fileIn(OdDbObject* object, OdDbDwgFiler* f) const override {
-    std::vector<Vertex>& list = vertices(object);
-    list.resize(static_cast<size_t>(f->rdInt32()));
-    for (Vertex& v : list) {
-      v.position = f->rdPoint3d();
-      v.direction = f->rdVector3d();
-      v.miter = f->rdVector3d();
-      v.elements.resize(static_cast<size_t>(f->rdInt32()));
-      for (auto& element : v.elements) {
-        for (OdGeDoubleArray* values : {&element.parameters, &element.fillParameters}) {
-          values->resize(static_cast<size_t>(f->rdInt32()));
-          for (double& p : *values) p = f->rdDouble();
-        }
-      }
-    }
-  }
-  bool isEqual(const OdDbObject* a, const OdDbObject* b) const override {
-    const auto &p = vertices(a), &q = vertices(b);
-    return std::equal(p.begin(), p.end(), q.begin(), q.end(), [](const Vertex& u, const Vertex& v) {
-      return samePoint(u.position, v.position) && sameVector(u.direction, v.direction) &&
-             sameVector(u.miter, v.miter) &&
-             std::equal(u.elements.begin(), u.elements.end(), v.elements.begin(), v.elements.end(),
-                        [](const auto& e, const auto& f) {
-                          return sameDoubles(e.parameters, f.parameters) &&
-                                 sameDoubles(e.fillParameters, f.fillParameters);
-                        });
-    });
-  }
-};
-
 const OdDbClassSchema& OdDbMline::classSchema() {
-  static const OdDbMlineCountCodec countCodec;
-  static const OdDbMlineVerticesCodec verticesCodec;
+  // Per vertex: 11 position, 12 direction, 13 miter, and per element 74 with
+  // the 41 distances that place it and 75 with the 42 distances of its fill.
+  static const OdDbField parameterList = odValueArrayField<&Element::parameters>(41, L"parameters");
+  static const OdDbField fillList = odValueArrayField<&Element::fillParameters>(42, L"fillParameters");
+  static const OdDbArraySpec elementRecords = odRecords<std::vector<Element>>({
+      odCountField<&Element::parameters>(74, parameterList),
+      parameterList,
+      odCountField<&Element::fillParameters>(75, fillList),
+      fillList,
+  });
+  static const OdDbArraySpec vertexRecords = odRecords<std::vector<Vertex>>({
+      odField<&Vertex::position>(11).named(L"position"),
+      odField<&Vertex::direction>(12).named(L"direction"),
+      odField<&Vertex::miter>(13).named(L"miter"),
+      odArrayField<&Vertex::elements>(elementRecords, L"elements"),
+  });
+  // The vertex count (72) stands apart from the vertices, which come after group 210.
+  static const OdDbField vertexList = odArrayField<&OdDbMline::m_vertices>(vertexRecords, L"vertices");
+  static const OdDbRecordCodec countCodec({odCountField<&OdDbMline::m_vertices>(72, vertexList)});
+  static const OdDbRecordCodec verticesCodec({vertexList});
   static const OdDbClassSchema schema{
       &OdDbEntity::classSchema(),
       {{L"AcDbMline",

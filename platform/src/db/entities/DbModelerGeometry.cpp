@@ -6,6 +6,8 @@ ODDB_DEFINE_MEMBERS(OdDbBody, OdDbModelerGeometry, L"BODY")
 ODDB_DEFINE_MEMBERS(OdDb3dSolid, OdDbModelerGeometry, L"3DSOLID")
 
 // Groups 1 and 3: the lines of the encoded modeler data, in order.
+// Not records of fields: lines of one text, each kept with the code it came
+// with, and the text is filed as one block.
 struct OdDbModelerDataCodec : OdDbFieldCodec {
   using Line = OdDbModelerGeometry::DataLine;
   std::vector<int> codes() const override { return {1, 3}; }

@@ -11,42 +11,10 @@ ODDB_DEFINE_MEMBERS(OdDbWipeout, OdDbRasterImage, L"WIPEOUT")
 
 using namespace OdDbEntityGeometry;
 
-// Group 91 (vertex count) and the 14 groups of the clip boundary.
-struct OdDbImageClipCodec : OdDbFieldCodec {
-  std::vector<int> codes() const override { return {91, 14}; }
-  static OdGePoint2dArray& points(OdDbObject* o) { return static_cast<OdDbRasterImage*>(o)->m_clipVertices; }
-  static const OdGePoint2dArray& points(const OdDbObject* o) {
-    return static_cast<const OdDbRasterImage*>(o)->m_clipVertices;
-  }
-  void toTags(const OdDbObject* object, OdDxfTagList& out, OdDbTagContext&) const override {
-    out.push_back(OdDxfTag::integer(91, static_cast<OdInt64>(points(object).size())));
-    for (const auto& p : points(object)) out.push_back(OdDxfTag::point(14, p.x, p.y, 0, 2));
-  }
-  void beginRead(OdDbObject* object) const override { points(object).clear(); }
-  bool fromTag(OdDbObject* object, const OdDxfTag& tag, OdDbTagContext&) const override {
-    if (tag.code == 91) return true;  // the count follows from the list
-    if (tag.type != OdDxf::ValueType::kPoint && tag.type != OdDxf::ValueType::kDouble) return false;
-    points(object).append(OdGePoint2d(tag.x, tag.type == OdDxf::ValueType::kPoint ? tag.y : 0.0));
-    return true;
-  }
-  void fileOut(const OdDbObject* object, OdDbDwgFiler* filer) const override {
-    filer->wrInt32(static_cast<OdInt32>(points(object).size()));
-    for (const auto& p : points(object)) filer->wrPoint2d(p);
-  }
-  void fileIn(OdDbObject* object, OdDbDwgFiler* filer) const override {
-    OdGePoint2dArray& list = points(object);
-    list.resize(static_cast<size_t>(filer->rdInt32()));
-    for (auto& p : list) p = filer->rdPoint2d();
-  }
-  bool isEqual(const OdDbObject* a, const OdDbObject* b) const override {
-    const OdGePoint2dArray &p = points(a), &q = points(b);
-    return std::equal(p.begin(), p.end(), q.begin(), q.end(),
-                      [](const OdGePoint2d& u, const OdGePoint2d& v) { return u.x == v.x && u.y == v.y; });
-  }
-};
-
 std::vector<OdDbField> OdDbRasterImage::imageFields() {
-  static const OdDbImageClipCodec clipCodec;
+  // Group 91 (vertex count) and the 14 groups of the clip boundary.
+  static const OdDbField clipList = odValueArrayField<&OdDbRasterImage::m_clipVertices>(14, L"clipVertices");
+  static const OdDbRecordCodec clipCodec({odCountField<&OdDbRasterImage::m_clipVertices>(91, clipList), clipList});
   return {
       odField<&OdDbRasterImage::m_classVersion>(90).named(L"classVersion"),
       odField<&OdDbRasterImage::m_origin>(10).named(L"origin"),
