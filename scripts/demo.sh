@@ -40,8 +40,25 @@ PY
 fi
 
 echo
+echo "== A DWG drawing (R2007) in ryad, saved as DXF (examples/dwg-drawing.scr)"
+dwg="$corpus/dwg/example_2007.dwg"
+"$build/bin/ryad" --script examples/dwg-drawing.scr --output "$out/dwg.dxf" "$dwg"
+if /usr/bin/python3 -c 'import ezdxf' 2>/dev/null; then
+  echo
+  echo "== The independent reader's view of the DWG drawing saved as DXF"
+  /usr/bin/python3 - "$out/dwg.dxf" <<'PY'
+import collections, sys, ezdxf
+doc = ezdxf.readfile(sys.argv[1])
+print("audit errors:", len(doc.audit().errors))
+counts = collections.Counter(e.dxftype() for e in doc.modelspace())
+print("model space:", ", ".join(f"{n} {kind}" for kind, n in sorted(counts.items())))
+PY
+fi
+
+echo
 echo "== Pictures of the drawings worked on (ryad --plot)"
 mkdir -p "$build/demo"
 "$build/bin/ryad" --plot "$build/demo/session.png" "$out/session.dxf"
 "$build/bin/ryad" --plot "$build/demo/tour.png" "$out/tour.dxf"
-echo "The pictures are $(cd "$build/demo" && pwd)/session.png and tour.png"
+"$build/bin/ryad" --plot "$build/demo/dwg.png" "$out/dwg.dxf"
+echo "The pictures are $(cd "$build/demo" && pwd)/session.png, tour.png and dwg.png"
