@@ -491,9 +491,8 @@ const OdModelerText* DwgToDxf::modelerBinary(const OdDwgObject& o) const {
     if (d.readBit()) return nullptr;
     d.readBit();
     if (d.readBS() != 2) return nullptr;
-    std::vector<uint8_t> bytes;
-    bytes.reserve(o.size);
-    while (d.bitSize() - d.bitPosition() >= 8) bytes.push_back(d.readRC());
+    std::vector<uint8_t> bytes(d.bitPosition() < d.bitSize() ? (d.bitSize() - d.bitPosition()) / 8 : 0);
+    d.readBytes(bytes.data(), bytes.size());
     converted = std::make_unique<OdModelerText>(odModelerBinaryToText(bytes.data(), bytes.size()));
   } catch (const OdDwgDecodeError&) {
     return nullptr;  // the entity's decoder reports it
