@@ -239,9 +239,7 @@ OdModelerText odModelerBinaryToText(const uint8_t* data, size_t size) {
 
 std::string odModelerTextEncoded(const std::string& text) {
   std::string coded = text;
-  for (char& c : coded) {
-    if (c > ' ' && c <= '~') c = static_cast<char>(159 - c);
-  }
+  for (char& c : coded) c = odModelerCharEncoded(c);
   return coded;
 }
 
