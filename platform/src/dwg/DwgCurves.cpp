@@ -551,13 +551,15 @@ void DwgToDxf::modelerGeometry(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBit
     // The lines are kept as a DXF file holds them, where a caret is written
     // "^ " and a control character as a caret and a letter (the coded text
     // of "A" is "^").
-    raw.clear();
+    raw.resize((last - at) * 2);  // at most two characters for each
+    char* put = raw.data();
     for (size_t i = at; i < last; ++i) {
       const unsigned char c = static_cast<unsigned char>(code ? odModelerCharEncoded((*text)[i]) : (*text)[i]);
-      if (c == '^') raw += "^ ";
-      else if (c < ' ') raw += {'^', static_cast<char>(c + '@')};
-      else raw += static_cast<char>(c);
+      if (c == '^') *put++ = '^', *put++ = ' ';
+      else if (c < ' ') *put++ = '^', *put++ = static_cast<char>(c + '@');
+      else *put++ = static_cast<char>(c);
     }
+    raw.resize(static_cast<size_t>(put - raw.data()));
     line.clear();
     converter.decode(raw, line, false);
     size_t piece = 0;
