@@ -491,9 +491,8 @@ const OdModelerText* DwgToDxf::modelerBinary(const OdDwgObject& o) const {
     if (d.readBit()) return nullptr;
     d.readBit();
     if (d.readBS() != 2) return nullptr;
-    std::vector<uint8_t> bytes;
-    bytes.reserve(o.size);
-    while (d.bitSize() - d.bitPosition() >= 8) bytes.push_back(d.readRC());
+    std::vector<uint8_t> bytes(d.bitPosition() < d.bitSize() ? (d.bitSize() - d.bitPosition()) / 8 : 0);
+    d.readBytes(bytes.data(), bytes.size());
     converted = std::make_unique<OdModelerText>(odModelerBinaryToText(bytes.data(), bytes.size()));
   } catch (const OdDwgDecodeError&) {
     return nullptr;  // the entity's decoder reports it
@@ -509,13 +508,18 @@ void DwgToDxf::modelerGeometry(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBit
   // silhouettes for display) is not needed.
   const bool empty = d.readBit();
   int version = 1;
-  std::string text;
+  std::string stored;
+  // The text as stored, or the binary form's text, coded as it is written
+  // character by character below rather than copied whole first.
+  const std::string* text = &stored;
+  bool code = false;
   if (!empty) {
     d.readBit();
     version = d.readBS();
     const OdModelerText* binary = version == 2 ? modelerBinary(o) : nullptr;
     if (binary && binary->ok) {
-      text = odModelerTextEncoded(binary->text);
+      text = &binary->text;
+      code = true;
       version = 1;
     } else if (version != 1) {
       throw OdDwgDecodeError("modeler data of format " + std::to_string(version) + " not read", d.bitPosition());
@@ -524,31 +528,40 @@ void DwgToDxf::modelerGeometry(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBit
         const int32_t size = d.readBL();
         if (size == 0) break;
         if (size < 0 || static_cast<size_t>(size) > o.size) throw OdDwgDecodeError("implausible modeler data block", d.bitPosition());
-        for (int32_t i = 0; i < size; ++i) text += static_cast<char>(d.readRC());
+        const size_t at = stored.size();
+        stored.resize(at + static_cast<size_t>(size));
+        d.readBytes(reinterpret_cast<uint8_t*>(stored.data() + at), static_cast<size_t>(size));
       }
     }
   }
   m_w.writeString(100, L"AcDbModelerGeometry");
   m_w.writeInt(70, version);
   // One group 1 per line; a line longer than 255 characters goes on in groups 3.
+  // One converter and one pair of buffers serve every line.
+  const OdCodePageConverter converter(m_cp);
+  std::string raw;
+  std::wstring line;
   size_t at = 0;
-  while (at < text.size()) {
-    size_t end = text.find('\n', at);
-    if (end == std::string::npos) end = text.size();
+  while (at < text->size()) {
+    size_t end = text->find('\n', at);
+    if (end == std::string::npos) end = text->size();
     // Spaces that pad a line (the first one's) are not part of the data.
     size_t last = end;
-    while (last > at && text[last - 1] == ' ') --last;
+    while (last > at && (*text)[last - 1] == ' ') --last;
     // The lines are kept as a DXF file holds them, where a caret is written
     // "^ " and a control character as a caret and a letter (the coded text
     // of "A" is "^").
-    std::string raw;
+    raw.resize((last - at) * 2);  // at most two characters for each
+    char* put = raw.data();
     for (size_t i = at; i < last; ++i) {
-      const unsigned char c = static_cast<unsigned char>(text[i]);
-      if (c == '^') raw += "^ ";
-      else if (c < ' ') raw += {'^', static_cast<char>(c + '@')};
-      else raw += static_cast<char>(c);
+      const unsigned char c = static_cast<unsigned char>(code ? odModelerCharEncoded((*text)[i]) : (*text)[i]);
+      if (c == '^') *put++ = '^', *put++ = ' ';
+      else if (c < ' ') *put++ = '^', *put++ = static_cast<char>(c + '@');
+      else *put++ = static_cast<char>(c);
     }
-    const std::wstring line = odDecodeCodePage(raw, m_cp);
+    raw.resize(static_cast<size_t>(put - raw.data()));
+    line.clear();
+    converter.decode(raw, line, false);
     size_t piece = 0;
     do {
       m_w.writeString(piece == 0 ? 1 : 3, std::wstring_view(line).substr(piece, 255));

@@ -1,8 +1,9 @@
 #include "dwg/DwgModelerBinary.h"
 
-#include <cstdio>
+#include <charconv>
 #include <cstring>
 #include <map>
+#include <string_view>
 #include <vector>
 
 namespace oddwg {
@@ -34,11 +35,19 @@ const std::map<std::string, std::vector<Flag>>& flagWords() {
   return kWords;
 }
 
-// A double as the text form writes it: 19 significant digits, no trailing zeros.
+// A double as the text form writes it: 19 significant digits, no trailing
+// zeros (printf's "%.19g"; to_chars gives the same exact digits without
+// parsing a format, a third of a solid's conversion when done by printf).
 void appendDouble(std::string& out, double value) {
   char text[40];
-  std::snprintf(text, sizeof text, "%.19g", value);
-  out += text;
+  const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::general, 19).ptr;
+  out.append(text, end);
+}
+
+// An integer in decimal.
+void appendInt(std::string& out, long long value) {
+  char text[24];
+  out.append(text, std::to_chars(text, text + sizeof text, value).ptr);
 }
 
 class Reader {
@@ -119,30 +128,37 @@ class RecordWriter {
     }
   }
 
-  // Reads the tokens up to the record's end and appends its line to `out`.
+  // Reads the tokens up to the record's end and appends its line to `out`
+  // (written there as it is read; taken back if the record is not whole).
   void body(const std::string& name, std::string& out) {
     auto words = flagWords().find(name);
     const std::vector<Flag>* flags = words == flagWords().end() ? nullptr : &words->second;
     size_t flag = 0;
-    std::string line = name, part;
-    auto word = [&](const std::string& w) {
-      line += ' ';
-      line += w;
+    const size_t start = out.size();
+    std::string part;
+    out += name;
+    auto word = [&](std::string_view w) {
+      out += ' ';
+      out += w;
+    };
+    auto integer = [&](long long v) {
+      out += ' ';
+      appendInt(out, v);
     };
     auto number = [&](double v) {
-      line += ' ';
-      appendDouble(line, v);
+      out += ' ';
+      appendDouble(out, v);
     };
     while (m_in.ok()) {
       const uint8_t tag = m_in.byte();
       switch (tag) {
-        case kChar: word(std::to_string(static_cast<int8_t>(m_in.byte()))); break;
+        case kChar: integer(static_cast<int8_t>(m_in.byte())); break;
         case kShort: {
           const int lo = m_in.byte(), hi = m_in.byte();
-          word(std::to_string(static_cast<int16_t>(lo | hi << 8)));
+          integer(static_cast<int16_t>(lo | hi << 8));
           break;
         }
-        case kLong: word(std::to_string(m_in.i32())); break;
+        case kLong: integer(m_in.i32()); break;
         case kFloat: {
           const uint32_t bits = m_in.u32();
           float f;
@@ -153,7 +169,10 @@ class RecordWriter {
         case kDouble: number(m_in.f64()); break;
         case kString1: case kString2: case kString4: case kLiteral: {
           const size_t n = tag == kString2 ? (m_in.byte() | m_in.byte() << 8) : tag == kString4 ? m_in.u32() : m_in.byte();
-          word("@" + std::to_string(n) + " " + m_in.chars(n));
+          out += " @";
+          appendInt(out, static_cast<long long>(n));
+          out += ' ';
+          out += m_in.chars(n);
           break;
         }
         case kTrue: case kFalse:
@@ -164,10 +183,14 @@ class RecordWriter {
           word(tag == kTrue ? (*flags)[flag].yes : (*flags)[flag].no);
           ++flag;
           break;
-        case kPointer: word("$" + std::to_string(m_in.i32())); break;
+        case kPointer:
+          out += " $";
+          appendInt(out, m_in.i32());
+          break;
         case kNamePart: part += m_in.chars(m_in.byte()) + "-"; break;
         case kName:
-          word(part + m_in.chars(m_in.byte()));
+          word(part);
+          out += m_in.chars(m_in.byte());
           part.clear();
           break;
         case kOpen: word("{"); break;
@@ -177,12 +200,12 @@ class RecordWriter {
           break;
         case kEnum: m_in.fail("enumeration in a " + name + " record"); break;
         case kEnd:
-          out += line;
           out += " #\n";
           return;
         default: m_in.fail("unknown tag " + std::to_string(tag) + " in a " + name + " record"); break;
       }
     }
+    out.resize(start);
   }
 
  private:
@@ -237,9 +260,7 @@ OdModelerText odModelerBinaryToText(const uint8_t* data, size_t size) {
 
 std::string odModelerTextEncoded(const std::string& text) {
   std::string coded = text;
-  for (char& c : coded) {
-    if (c > ' ' && c <= '~') c = static_cast<char>(159 - c);
-  }
+  for (char& c : coded) c = odModelerCharEncoded(c);
   return coded;
 }
 

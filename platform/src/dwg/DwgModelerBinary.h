@@ -40,6 +40,7 @@ OdModelerText odModelerBinaryToText(const uint8_t* data, size_t size);
 
 // The coding the modeler text has in DWG and DXF files: every character
 // from '!' to '~' becomes 159 minus its code; spaces and the rest stay.
+inline char odModelerCharEncoded(char c) { return c > ' ' && c <= '~' ? static_cast<char>(159 - c) : c; }
 std::string odModelerTextEncoded(const std::string& text);
 
 }  // namespace oddwg
