@@ -10,6 +10,20 @@ drawing="$corpus/examples_dxf_xclip.dxf"
 out=$(mktemp -d)
 trap 'rm -rf "$out"' EXIT
 
+# The independent reader's audit of a saved drawing and its model space by type.
+show_audit() {
+  /usr/bin/python3 -c 'import ezdxf' 2>/dev/null || return 0
+  echo
+  echo "== The independent reader's view of $2"
+  /usr/bin/python3 - "$1" <<'PY'
+import collections, sys, ezdxf
+doc = ezdxf.readfile(sys.argv[1])
+print("audit errors:", len(doc.audit().errors))
+counts = collections.Counter(e.dxftype() for e in doc.modelspace())
+print("model space:", ", ".join(f"{n} {kind}" for kind, n in sorted(counts.items())))
+PY
+}
+
 echo "== What the drawing holds (dxfcheck)"
 "$build/bin/dxfcheck" "$drawing" "$out/copy.dxf"
 
@@ -27,33 +41,13 @@ echo
 echo "== The tools on the same drawing (examples/tools-tour.scr)"
 "$build/bin/ryad" --script examples/tools-tour.scr --output "$out/tour.dxf" "$drawing"
 
-if /usr/bin/python3 -c 'import ezdxf' 2>/dev/null; then
-  echo
-  echo "== The independent reader's view of the toured drawing"
-  /usr/bin/python3 - "$out/tour.dxf" <<'PY'
-import collections, sys, ezdxf
-doc = ezdxf.readfile(sys.argv[1])
-print("audit errors:", len(doc.audit().errors))
-counts = collections.Counter(e.dxftype() for e in doc.modelspace())
-print("model space:", ", ".join(f"{n} {kind}" for kind, n in sorted(counts.items())))
-PY
-fi
+show_audit "$out/tour.dxf" "the toured drawing"
 
 echo
 echo "== A DWG drawing (R2007) in ryad, saved as DXF (examples/dwg-drawing.scr)"
 dwg="$corpus/dwg/example_2007.dwg"
 "$build/bin/ryad" --script examples/dwg-drawing.scr --output "$out/dwg.dxf" "$dwg"
-if /usr/bin/python3 -c 'import ezdxf' 2>/dev/null; then
-  echo
-  echo "== The independent reader's view of the DWG drawing saved as DXF"
-  /usr/bin/python3 - "$out/dwg.dxf" <<'PY'
-import collections, sys, ezdxf
-doc = ezdxf.readfile(sys.argv[1])
-print("audit errors:", len(doc.audit().errors))
-counts = collections.Counter(e.dxftype() for e in doc.modelspace())
-print("model space:", ", ".join(f"{n} {kind}" for kind, n in sorted(counts.items())))
-PY
-fi
+show_audit "$out/dwg.dxf" "the DWG drawing saved as DXF"
 
 echo
 echo "== Pictures of the drawings worked on (ryad --plot)"
