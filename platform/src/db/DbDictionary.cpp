@@ -6,6 +6,7 @@
 #include "DbBlockTableRecord.h"
 #include "DbDatabase.h"
 #include "DbProxy.h"
+#include "db/DbXrecordData.h"
 #include "db/TagFiling.h"
 
 ODDB_DEFINE_MEMBERS(OdDbDictionary, OdDbObject, L"DICTIONARY")
@@ -278,7 +279,10 @@ struct OdDbXrecordDataCodec : OdDbFieldCodec {
   bool isEqual(const OdDbObject* a, const OdDbObject* b) const override {
     return static_cast<const OdDbXrecord*>(a)->m_data == static_cast<const OdDbXrecord*>(b)->m_data;
   }
+  static void adopt(OdDbXrecord* record, OdDxfTagList&& data) { record->m_data = std::move(data); }
 };
+
+void odDbXrecordAdoptData(OdDbXrecord* record, OdDxfTagList&& data) { OdDbXrecordDataCodec::adopt(record, std::move(data)); }
 
 const OdDbClassSchema& OdDbXrecord::classSchema() {
   static const OdDbXrecordDataCodec data;

@@ -182,6 +182,12 @@ OdString OdDwgBitReader::readTV(int codePage) {
 }
 
 OdString OdDwgBitReader::readText(size_t length, int codePage) {
+  std::wstring text;
+  readText(length, codePage, text);
+  return OdString(std::move(text));
+}
+
+void OdDwgBitReader::readText(size_t length, int codePage, std::wstring& out) {
   // Short texts (names, most values) need no allocation for their bytes.
   uint8_t local[256];
   std::string heap;
@@ -213,10 +219,29 @@ OdString OdDwgBitReader::readText(size_t length, int codePage) {
   }
   uint8_t high = 0;
   for (size_t i = 0; i < size; ++i) high |= bytes[i];
-  if (last.asciiAsItself && high < 0x80) return OdString(std::wstring(bytes, bytes + size));
-  std::wstring text;
-  last.converter.decode(std::string_view(reinterpret_cast<const char*>(bytes), size), text, false);
-  return OdString(std::move(text));
+  if (last.asciiAsItself && high < 0x80) {
+    out.resize(size);
+    for (size_t i = 0; i < size; ++i) out[i] = static_cast<wchar_t>(bytes[i]);
+    return;
+  }
+  out.clear();
+  last.converter.decode(std::string_view(reinterpret_cast<const char*>(bytes), size), out, false);
+}
+
+void OdDwgBitReader::readUnits(size_t count, std::wstring& out) {
+  // The units are read as bytes (eight at a time) into the far half of
+  // out's storage and widened from the front: character i is written over
+  // bytes 4i to 4i+3, all before byte 2 * count + 2i, where unit i starts.
+  static_assert(sizeof(wchar_t) == 4, "two units' bytes fit in one character");
+  if (m_pos > m_bits || count > (m_bits - m_pos) / 16) overrun(count * 16);
+  out.resize(count);
+  auto* storage = reinterpret_cast<uint8_t*>(out.data());
+  uint8_t* units = storage + 2 * count;
+  readBytes(units, 2 * count);
+  for (size_t i = 0; i < count; ++i) {
+    const auto unit = static_cast<wchar_t>(units[2 * i] | (units[2 * i + 1] << 8));
+    out[i] = unit;
+  }
 }
 
 void OdDwgBitReader::skipBytes(size_t n) {

@@ -180,6 +180,10 @@ class OdDwgBitReader {
   OdString readTV(int codePage);
   // `length` raw bytes of text in the code page; the text ends at the first NUL.
   OdString readText(size_t length, int codePage);
+  // The same into out, whose storage is reused (no allocation once it is large enough).
+  void readText(size_t length, int codePage, std::wstring& out);
+  // `count` RS, each a UTF-16 unit, into out as one character each.
+  void readUnits(size_t count, std::wstring& out);
   // R2007 on: strings are read from their own stream. The stream ends
   // where the data ends (`endBit`, the bit position of the handles): the
   // bit before says whether there are strings, the 16 bits before that

@@ -2,6 +2,9 @@
 // owner, extended data) and the non-graphical objects.
 #include "dwg/DwgToDxf.h"
 
+#include <cmath>
+#include <iterator>
+
 namespace oddwg {
 
 void DwgToDxf::header(const OdDwgObject& o, uint64_t owner) {
@@ -425,55 +428,69 @@ void DwgToDxf::xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& 
   const int32_t bytes = d.readBL();
   if (bytes < 0 || static_cast<size_t>(bytes) > o.size) throw OdDwgDecodeError("implausible xrecord size", d.bitPosition());
   const size_t end = d.bitPosition() + static_cast<size_t>(bytes) * 8;
-  // The items are decoded before the object's head is written: held apart until then.
-  OdDxfTagStream items;
+  // Decoded into a list whose storage is kept from record to record, then
+  // moved into one of the exact size.
+  OdDxfTagList& items = m_items;
+  items.clear();
+  // Whether the DXF reader would read the items as anything but the
+  // record's data: a subclass marker (100), an embedded object (101), the
+  // start of extended data (1001), a number that is not finite (repaired).
+  bool readerInterprets = false;
+  std::wstring& text = m_text;
   while (d.bitPosition() < end) {
     const int code = static_cast<int16_t>(d.readRS());
     if (code <= 0 || code == 5 || code == 105 || code > 1071 || !OdDxf::isKnownCode(code)) {
       throw OdDwgDecodeError("xrecord item of group " + std::to_string(code), d.bitPosition());
     }
+    readerInterprets = readerInterprets || code == 100 || code == 101 || code == 1001;
+    OdDxfTag& tag = items.emplace_back();
+    tag.code = static_cast<OdInt16>(code);
     // 8-bit integers and flags (280-299) are one byte.
     if (code >= 280 && code <= 299) {
-      items.writeInt(code, d.readRC());
+      tag.type = OdDxf::valueTypeOf(code);
+      tag.i = d.readRC();
       continue;
     }
-    switch (OdDxf::valueTypeOf(code)) {
+    switch (tag.type = OdDxf::valueTypeOf(code)) {
       case OdDxf::ValueType::kString: {
         const uint16_t length = d.readRS();
         if (m_file.atLeast(kDwgR2007)) {
           // R2007 on: a count of UTF-16 units and the units.
-          std::wstring units;
-          for (size_t i = 0; i < length; ++i) units += static_cast<wchar_t>(d.readRS());
-          items.writeString(code, units);
-          break;
+          d.readUnits(length, text);
+        } else {
+          d.readRC();  // the string's code page: the drawing's
+          d.readText(length, m_cp, text);
         }
-        d.readRC();  // the string's code page: the drawing's
-        items.writeString(code, d.readText(length, m_cp));
+        std::erase(text, L'\0');  // a group's text cannot hold it
+        tag.s = OdString(text);
         break;
       }
       case OdDxf::ValueType::kDouble: {
         // Angles (50-58) are radians in the file, degrees in DXF.
         const double value = d.readRD();
-        items.writeDouble(code, code >= 50 && code <= 58 ? odRadiansToDegrees(value) : value);
+        tag.x = code >= 50 && code <= 58 ? odRadiansToDegrees(value) : value;
+        readerInterprets = readerInterprets || !std::isfinite(tag.x);
         break;
       }
       case OdDxf::ValueType::kPoint: {
-        const double x = d.readRD(), y = d.readRD(), z = d.readRD();
-        items.writePoint(code, x, y, z);
+        tag.x = d.readRD();
+        tag.y = d.readRD();
+        tag.z = d.readRD();
+        tag.dims = 3;
+        readerInterprets = readerInterprets || !std::isfinite(tag.x) || !std::isfinite(tag.y) || !std::isfinite(tag.z);
         break;
       }
-      case OdDxf::ValueType::kInt16: items.writeInt(code, static_cast<int16_t>(d.readRS())); break;
-      case OdDxf::ValueType::kInt32: items.writeInt(code, static_cast<int32_t>(d.readRL())); break;
+      case OdDxf::ValueType::kInt16: tag.i = static_cast<int16_t>(d.readRS()); break;
+      case OdDxf::ValueType::kInt32: tag.i = static_cast<int32_t>(d.readRL()); break;
       case OdDxf::ValueType::kInt64: {
         const uint64_t low = d.readRL(), high = d.readRL();
-        items.writeInt(code, static_cast<OdInt64>(low | (high << 32)));
+        tag.i = static_cast<OdInt64>(low | (high << 32));
         break;
       }
       case OdDxf::ValueType::kBinary: {
-        uint8_t data[255];
         const uint8_t size = d.readRC();
-        d.readBytes(data, size);
-        items.writeBinary(code, data, size);
+        tag.bin.resize(size);
+        d.readBytes(tag.bin.data(), size);
         break;
       }
       case OdDxf::ValueType::kHandle: {
@@ -481,7 +498,7 @@ void DwgToDxf::xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& 
         d.readBytes(raw, 8);
         uint64_t handle = 0;
         for (int i = 0; i < 8; ++i) handle |= static_cast<uint64_t>(raw[i]) << (8 * i);
-        items.writeHandle(code, handle);
+        tag.i = static_cast<OdInt64>(handle);
         break;
       }
       default: throw OdDwgDecodeError("xrecord item of group " + std::to_string(code), d.bitPosition());
@@ -493,7 +510,13 @@ void DwgToDxf::xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& 
   header(o, o.owner);
   m_w.writeString(100, L"AcDbXrecord");
   m_w.writeInt(280, cloning);
-  m_w += items;
+  // Most records' items (most of the data of a small drawing) go into the
+  // record as they are, without groups that the reader would only copy.
+  if (readerInterprets) {
+    for (const OdDxfTag& tag : items) m_w.writeTag(tag);
+  } else if (!items.empty()) {
+    m_xrecordData.push_back({o.handle, OdDxfTagList(std::make_move_iterator(items.begin()), std::make_move_iterator(items.end()))});
+  }
   (void)h;
 }
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <set>
 
+#include "db/DbXrecordData.h"
 #include "dwg/DwgToDxf.h"
 
 namespace oddwg {
@@ -270,6 +271,13 @@ OdDbDatabasePtr odDwgReadBuffer(std::string_view data, OdDxfReadReport* report) 
   std::vector<OdString> conversion = std::move(out.repairs);
   out.repairs.clear();
   OdDbDatabasePtr db = odDxfReadTags(tags, &out);
+  // The extended records' data that the converter built as it is goes into
+  // the records just read (left empty by the groups).
+  for (auto& [handle, data] : converter.takeXrecordData()) {
+    const OdDbObjectPtr object = db->getOdDbObjectId(OdDbHandle(handle)).openObject(OdDb::kForRead);
+    auto* record = dynamic_cast<OdDbXrecord*>(object.get());
+    if (record && record->data().empty()) odDbXrecordAdoptData(record, std::move(data));
+  }
   // What the file itself lacked comes first, then what was left out, then the DXF-level repairs.
   std::vector<OdString> all = std::move(problems);
   all.insert(all.end(), conversion.begin(), conversion.end());

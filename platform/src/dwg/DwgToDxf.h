@@ -58,6 +58,14 @@ class DwgToDxf {
   }
   // The drawing as the DXF groups of its objects, held as values (no text).
   OdDxfTagStream convert();
+  // The data of the extended records that convert() leaves out of the
+  // groups (those the DXF reader would take as they are): built here
+  // directly, for the records of these handles once they are read.
+  struct XrecordData {
+    uint64_t handle;
+    OdDxfTagList data;
+  };
+  std::vector<XrecordData> takeXrecordData() { return std::move(m_xrecordData); }
 
 
  private:
@@ -217,8 +225,14 @@ class DwgToDxf {
 
   // The groups of one object go to m_w after those kept; they are kept only
   // when the whole object was decoded, and dropped otherwise.
-  void flush() { m_kept = m_w.size(); }
-  void discard() { m_w.truncate(m_kept); }
+  void flush() {
+    m_kept = m_w.size();
+    m_keptXrecords = m_xrecordData.size();
+  }
+  void discard() {
+    m_w.truncate(m_kept);
+    m_xrecordData.erase(m_xrecordData.begin() + static_cast<long>(m_keptXrecords), m_xrecordData.end());
+  }
   struct BlockInfo {
     int flags = 0;
     double base[3] = {0, 0, 0};
@@ -231,6 +245,10 @@ class DwgToDxf {
   OdDxfReadReport& m_report;
   OdDxfTagStream m_w;
   size_t m_kept = 0;  // bytes of m_w that are output
+  std::wstring m_text;    // scratch for texts decoded on their way into m_w
+  OdDxfTagList m_items;   // scratch for an extended record's items
+  std::vector<XrecordData> m_xrecordData;
+  size_t m_keptXrecords = 0;  // entries of m_xrecordData that are output
   std::map<uint64_t, BlockInfo> m_blocks;
   bool m_r2000 = true;
   int m_cp = 1252;
