@@ -6,7 +6,7 @@
 #include "DbBlockTableRecord.h"
 #include "DbDatabase.h"
 #include "DbProxy.h"
-#include "db/DbXrecordData.h"
+#include "db/DbAdoptedData.h"
 #include "db/TagFiling.h"
 
 ODDB_DEFINE_MEMBERS(OdDbDictionary, OdDbObject, L"DICTIONARY")

@@ -536,9 +536,11 @@ void DwgToDxf::modelerGeometry(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBit
   }
   m_w.writeString(100, L"AcDbModelerGeometry");
   m_w.writeInt(70, version);
-  // One group 1 per line; a line longer than 255 characters goes on in groups 3.
-  // One converter and one pair of buffers serve every line.
+  // One group 1 per line; a line longer than 255 characters goes on in
+  // groups 3. The lines go to the entity as a whole once it is read, not as
+  // groups. One converter and one pair of buffers serve every line.
   const OdCodePageConverter converter(m_cp);
+  std::vector<OdDbModelerGeometry::DataLine> lines;
   std::string raw;
   std::wstring line;
   size_t at = 0;
@@ -564,11 +566,12 @@ void DwgToDxf::modelerGeometry(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBit
     converter.decode(raw, line, false);
     size_t piece = 0;
     do {
-      m_w.writeString(piece == 0 ? 1 : 3, std::wstring_view(line).substr(piece, 255));
+      lines.push_back({static_cast<OdInt16>(piece == 0 ? 1 : 3), OdString(line.substr(piece, 255))});
       piece += 255;
     } while (piece < line.size());
     at = end + 1;
   }
+  if (!lines.empty()) m_adopted.modelerLines.emplace_back(o.handle, std::move(lines));
   if (o.type == 0x26) {
     m_w.writeString(100, L"AcDb3dSolid");
     // R2007 on, the solid's last handle names the object that records how it was built.

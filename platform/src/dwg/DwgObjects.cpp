@@ -436,7 +436,6 @@ void DwgToDxf::xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& 
   // record's data: a subclass marker (100), an embedded object (101), the
   // start of extended data (1001), a number that is not finite (repaired).
   bool readerInterprets = false;
-  std::wstring& text = m_text;
   while (d.bitPosition() < end) {
     const int code = static_cast<int16_t>(d.readRS());
     if (code <= 0 || code == 5 || code == 105 || code > 1071 || !OdDxf::isKnownCode(code)) {
@@ -454,6 +453,7 @@ void DwgToDxf::xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& 
     switch (tag.type = OdDxf::valueTypeOf(code)) {
       case OdDxf::ValueType::kString: {
         const uint16_t length = d.readRS();
+        std::wstring& text = tag.s.str();
         if (m_file.atLeast(kDwgR2007)) {
           // R2007 on: a count of UTF-16 units and the units.
           d.readUnits(length, text);
@@ -462,7 +462,6 @@ void DwgToDxf::xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& 
           d.readText(length, m_cp, text);
         }
         std::erase(text, L'\0');  // a group's text cannot hold it
-        tag.s = OdString(text);
         break;
       }
       case OdDxf::ValueType::kDouble: {
@@ -515,7 +514,7 @@ void DwgToDxf::xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& 
   if (readerInterprets) {
     for (const OdDxfTag& tag : items) m_w.writeTag(tag);
   } else if (!items.empty()) {
-    m_xrecordData.push_back({o.handle, OdDxfTagList(std::make_move_iterator(items.begin()), std::make_move_iterator(items.end()))});
+    m_adopted.xrecordItems.emplace_back(o.handle, OdDxfTagList(std::make_move_iterator(items.begin()), std::make_move_iterator(items.end())));
   }
   (void)h;
 }

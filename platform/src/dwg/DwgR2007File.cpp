@@ -50,9 +50,10 @@ constexpr LiteralStep kLiteralSteps[32][6] = {
 
 class Decompressor {
  public:
-  Decompressor(const uint8_t* src, size_t size, size_t expected) : m_src(src), m_end(size), m_expected(expected) {
-    m_out.reserve(expected);
-  }
+  // The output is written in place into a buffer of the stated size, cut
+  // to what was written at the end.
+  Decompressor(const uint8_t* src, size_t size, size_t expected)
+      : m_src(src), m_end(size), m_expected(expected), m_out(expected) {}
 
   std::vector<uint8_t> run() {
     size_t length = 0;
@@ -81,6 +82,7 @@ class Decompressor {
         instruction(op, offset, length);
       }
     }
+    m_out.resize(m_size);
     return std::move(m_out);
   }
 
@@ -104,29 +106,37 @@ class Decompressor {
     }
     return length;
   }
-  void grow(size_t n) {
-    if (n > m_expected - m_out.size()) throw OdDwgDecodeError("compressed data expands past its stated size", m_at * 8);
+  // Room for n more bytes: where they go.
+  uint8_t* grow(size_t n) {
+    if (n > m_expected - m_size) throw OdDwgDecodeError("compressed data expands past its stated size", m_at * 8);
+    uint8_t* at = m_out.data() + m_size;
+    m_size += n;
+    return at;
   }
   void literal(size_t length) {
     if (length > m_end - m_at) throw OdDwgDecodeError("literal run past the end of the compressed data", m_at * 8);
-    grow(length);
+    uint8_t* out = grow(length);
     const uint8_t* s = m_src + m_at;
     m_at += length;
     // Whole blocks of 32 bytes: four pieces of 8 in reverse order.
-    for (; length >= 32; length -= 32, s += 32) {
-      for (int piece = 3; piece >= 0; --piece) m_out.insert(m_out.end(), s + piece * 8, s + piece * 8 + 8);
+    for (; length >= 32; length -= 32, s += 32, out += 32) {
+      for (int piece = 0; piece < 4; ++piece) std::memcpy(out + 8 * piece, s + 8 * (3 - piece), 8);
     }
     if (!length) return;
     for (const LiteralStep& step : kLiteralSteps[length]) {
       const uint8_t* p = s + step.start;
       switch (step.kind) {
         case 1: case 2: case 3:
-          for (int i = step.kind - 1; i >= 0; --i) m_out.push_back(p[i]);
+          for (int i = step.kind - 1; i >= 0; --i) *out++ = p[i];
           break;
-        case 4: case 8: m_out.insert(m_out.end(), p, p + step.kind); break;
+        case 4: case 8:
+          std::memcpy(out, p, step.kind);
+          out += step.kind;
+          break;
         case 16:
-          m_out.insert(m_out.end(), p + 8, p + 16);
-          m_out.insert(m_out.end(), p, p + 8);
+          std::memcpy(out, p + 8, 8);
+          std::memcpy(out + 8, p, 8);
+          out += 16;
           break;
         default: break;  // the end of the steps
       }
@@ -174,11 +184,8 @@ class Decompressor {
     }
   }
   void copy(size_t offset, size_t length) {
-    if (offset == 0 || offset > m_out.size()) throw OdDwgDecodeError("back reference before the start of the data", m_at * 8);
-    grow(length);
-    const size_t at = m_out.size();
-    m_out.resize(at + length);
-    uint8_t* out = m_out.data() + at;
+    if (offset == 0 || offset > m_size) throw OdDwgDecodeError("back reference before the start of the data", m_at * 8);
+    uint8_t* out = grow(length);
     const uint8_t* from = out - offset;
     // A copy that overlaps the bytes it produces repeats them: byte by byte.
     if (offset >= length) std::memcpy(out, from, length);
@@ -189,6 +196,7 @@ class Decompressor {
   size_t m_end, m_expected;
   size_t m_at = 0;
   std::vector<uint8_t> m_out;
+  size_t m_size = 0;  // bytes of m_out written
 };
 
 uint64_t le64(const uint8_t* p) {

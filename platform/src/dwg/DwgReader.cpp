@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <set>
 
-#include "db/DbXrecordData.h"
+#include "db/DbAdoptedData.h"
 #include "dwg/DwgToDxf.h"
 
 namespace oddwg {
@@ -271,12 +271,19 @@ OdDbDatabasePtr odDwgReadBuffer(std::string_view data, OdDxfReadReport* report) 
   std::vector<OdString> conversion = std::move(out.repairs);
   out.repairs.clear();
   OdDbDatabasePtr db = odDxfReadTags(tags, &out);
-  // The extended records' data that the converter built as it is goes into
-  // the records just read (left empty by the groups).
-  for (auto& [handle, data] : converter.takeXrecordData()) {
-    const OdDbObjectPtr object = db->getOdDbObjectId(OdDbHandle(handle)).openObject(OdDb::kForRead);
+  // What the converter built as a whole goes into the objects just read
+  // (left without it by the groups).
+  DwgToDxf::Adopted adopted = converter.takeAdopted();
+  auto objectOf = [&](uint64_t handle) { return db->getOdDbObjectId(OdDbHandle(handle)).openObject(OdDb::kForRead); };
+  for (auto& [handle, items] : adopted.xrecordItems) {
+    const OdDbObjectPtr object = objectOf(handle);
     auto* record = dynamic_cast<OdDbXrecord*>(object.get());
-    if (record && record->data().empty()) odDbXrecordAdoptData(record, std::move(data));
+    if (record && record->data().empty()) odDbXrecordAdoptData(record, std::move(items));
+  }
+  for (auto& [handle, lines] : adopted.modelerLines) {
+    const OdDbObjectPtr object = objectOf(handle);
+    auto* entity = dynamic_cast<OdDbModelerGeometry*>(object.get());
+    if (entity && entity->modelerData().empty()) odDbModelerGeometryAdoptLines(entity, std::move(lines));
   }
   // What the file itself lacked comes first, then what was left out, then the DXF-level repairs.
   std::vector<OdString> all = std::move(problems);

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "DbModelerGeometry.h"
 #include "DbSchema.h"
 #include "DwgRead.h"
 #include "DxfNames.h"
@@ -58,14 +59,15 @@ class DwgToDxf {
   }
   // The drawing as the DXF groups of its objects, held as values (no text).
   OdDxfTagStream convert();
-  // The data of the extended records that convert() leaves out of the
-  // groups (those the DXF reader would take as they are): built here
-  // directly, for the records of these handles once they are read.
-  struct XrecordData {
-    uint64_t handle;
-    OdDxfTagList data;
+  // Values that convert() leaves out of the groups, where the DXF reader
+  // would only copy them into the object: built here as a whole, for the
+  // objects of these handles once they are read (odDbXrecordAdoptData,
+  // odDbModelerGeometryAdoptLines).
+  struct Adopted {
+    std::vector<std::pair<uint64_t, OdDxfTagList>> xrecordItems;
+    std::vector<std::pair<uint64_t, std::vector<OdDbModelerGeometry::DataLine>>> modelerLines;
   };
-  std::vector<XrecordData> takeXrecordData() { return std::move(m_xrecordData); }
+  Adopted takeAdopted() { return std::move(m_adopted); }
 
 
  private:
@@ -227,11 +229,12 @@ class DwgToDxf {
   // when the whole object was decoded, and dropped otherwise.
   void flush() {
     m_kept = m_w.size();
-    m_keptXrecords = m_xrecordData.size();
+    m_keptAdopted = {m_adopted.xrecordItems.size(), m_adopted.modelerLines.size()};
   }
   void discard() {
     m_w.truncate(m_kept);
-    m_xrecordData.erase(m_xrecordData.begin() + static_cast<long>(m_keptXrecords), m_xrecordData.end());
+    m_adopted.xrecordItems.resize(m_keptAdopted.first);
+    m_adopted.modelerLines.resize(m_keptAdopted.second);
   }
   struct BlockInfo {
     int flags = 0;
@@ -245,10 +248,9 @@ class DwgToDxf {
   OdDxfReadReport& m_report;
   OdDxfTagStream m_w;
   size_t m_kept = 0;  // bytes of m_w that are output
-  std::wstring m_text;    // scratch for texts decoded on their way into m_w
-  OdDxfTagList m_items;   // scratch for an extended record's items
-  std::vector<XrecordData> m_xrecordData;
-  size_t m_keptXrecords = 0;  // entries of m_xrecordData that are output
+  OdDxfTagList m_items;  // scratch for an extended record's items
+  Adopted m_adopted;
+  std::pair<size_t, size_t> m_keptAdopted;  // entries of m_adopted's lists that are output
   std::map<uint64_t, BlockInfo> m_blocks;
   bool m_r2000 = true;
   int m_cp = 1252;

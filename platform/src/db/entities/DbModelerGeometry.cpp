@@ -1,5 +1,7 @@
 #include "DbModelerGeometry.h"
 
+#include "db/DbAdoptedData.h"
+
 ODDB_DEFINE_ABSTRACT_MEMBERS(OdDbModelerGeometry, OdDbEntity)
 ODDB_DEFINE_MEMBERS(OdDbRegion, OdDbModelerGeometry, L"REGION")
 ODDB_DEFINE_MEMBERS(OdDbBody, OdDbModelerGeometry, L"BODY")
@@ -45,6 +47,10 @@ struct OdDbModelerDataCodec : OdDbFieldCodec {
                       [](const Line& u, const Line& v) { return u.code == v.code && u.text == v.text; });
   }
 };
+
+void odDbModelerGeometryAdoptLines(OdDbModelerGeometry* entity, std::vector<OdDbModelerGeometry::DataLine>&& lines) {
+  OdDbModelerDataCodec::lines(entity) = std::move(lines);
+}
 
 const OdDbClassSchema& OdDbModelerGeometry::classSchema() {
   static const OdDbModelerDataCodec dataCodec;
