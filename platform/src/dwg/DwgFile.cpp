@@ -44,7 +44,16 @@ constexpr BuiltinType kBuiltinTypes[] = {
     {0x1F2, L"ACAD_PROXY_ENTITY", true}, {0x1F3, L"ACAD_PROXY_OBJECT", false},
 };
 
+// Looked up for every object: the types below 0x53 by index.
 const BuiltinType* builtin(unsigned type) {
+  static const auto kByType = [] {
+    std::array<const BuiltinType*, 0x53> byType{};
+    for (const auto& t : kBuiltinTypes) {
+      if (t.type < byType.size()) byType[t.type] = &t;
+    }
+    return byType;
+  }();
+  if (type < kByType.size()) return kByType[type];
   for (const auto& t : kBuiltinTypes) {
     if (t.type == type) return &t;
   }

@@ -4,8 +4,11 @@
 
 #include <cmath>
 #include <iterator>
+#include <string_view>
 
 namespace oddwg {
+
+using namespace std::string_view_literals;
 
 void DwgToDxf::header(const OdDwgObject& o, uint64_t owner) {
   m_w.writeHandle(5, o.handle);
@@ -126,7 +129,11 @@ void DwgToDxf::xdata(const OdDwgObject& o) {
 }
 
 bool DwgToDxf::objectDecoded(const OdDwgObject& o) {
-  return o.dxfName == L"DICTIONARY" || o.dxfName == L"ACDBPLACEHOLDER" || o.dxfName == L"XRECORD" || o.dxfName == L"LAYOUT" || o.dxfName == L"SORTENTSTABLE" || o.type == 0x49 || o.type == 0x48;
+  // Asked for every object of many walks: names compared as views, whose
+  // lengths are known, so that most differ at the length.
+  const std::wstring_view name = o.dxfName.str();
+  return name == L"DICTIONARY"sv || name == L"ACDBPLACEHOLDER"sv || name == L"XRECORD"sv || name == L"LAYOUT"sv ||
+         name == L"SORTENTSTABLE"sv || o.type == 0x49 || o.type == 0x48;
 }
 
 void DwgToDxf::group(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& h) {
@@ -520,21 +527,22 @@ void DwgToDxf::xrecord(const OdDwgObject& o, OdDwgBitReader& d, OdDwgBitReader& 
 }
 
 bool DwgToDxf::object(const OdDwgObject& o) {
+  const std::wstring_view name = o.dxfName.str();
   return decodeObject(o, [&](OdDwgBitReader& d, OdDwgBitReader& h) {
-    if (o.dxfName == L"ACDBPLACEHOLDER") {
+    if (name == L"ACDBPLACEHOLDER"sv) {
       m_w.writeString(0, L"ACDBPLACEHOLDER");
       header(o, o.owner);
-    } else if (o.dxfName == L"XRECORD") {
+    } else if (name == L"XRECORD"sv) {
       xrecord(o, d, h);
-    } else if (o.dxfName == L"LAYOUT") {
+    } else if (name == L"LAYOUT"sv) {
       layout(o, d, h);
-    } else if (o.dxfName == L"SORTENTSTABLE") {
+    } else if (name == L"SORTENTSTABLE"sv) {
       sortents(o, d, h);
     } else if (o.type == 0x49) {
       mlineStyle(o, d, h);
     } else if (o.type == 0x48) {
       group(o, d, h);
-    } else if (o.dxfName != L"DICTIONARY") {
+    } else if (name != L"DICTIONARY"sv) {
       m_w.writeString(0, L"ACAD_PROXY_OBJECT");
       header(o, o.owner);
       proxyData(o);

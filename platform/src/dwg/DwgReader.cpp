@@ -83,9 +83,10 @@ OdDxfTagStream DwgToDxf::convert() {
     m_owned[o.entMode == 2 ? m_modelSpace : o.entMode == 1 ? m_paperSpace : o.owner].push_back(&o);
   }
 
-  // The groups take a few times the bytes of the objects' data (texts
-  // become wide characters): room for them at once instead of regrowing.
-  m_w.reserve(m_file.data().size() * 4);
+  // The groups take up to three times the bytes of the objects' data
+  // (texts become wide characters; the extended records' items, most of
+  // a small drawing's data, do not go into them): room for most at once.
+  m_w.reserve(m_file.data().size() * 2 + 64 * 1024);
   m_w.writeString(0, L"SECTION");
   m_w.writeString(2, L"HEADER");
   m_w.writeString(9, L"$ACADVER");

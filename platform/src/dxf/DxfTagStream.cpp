@@ -1,6 +1,7 @@
 // Tags in memory: records written by the converters, read by the DXF reader.
 #include "dxf/DxfTagStream.h"
 
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
@@ -30,6 +31,23 @@ bool isEofText(std::wstring_view text) {
   while (!text.empty() && (text.front() == L' ' || text.front() == L'\t')) text.remove_prefix(1);
   while (!text.empty() && (text.back() == L' ' || text.back() == L'\t' || text.back() == L'\r')) text.remove_suffix(1);
   return text == L"EOF";
+}
+
+// The type of each group code from 0 to 1071 (the codes of records), or
+// none for a code that has no meaning: looked up for every record.
+struct CodeType {
+  bool known;
+  ValueType type;
+};
+CodeType codeTypeOf(int code) {
+  constexpr int kCodes = 1072;
+  static const auto kTypes = [] {
+    std::array<CodeType, kCodes> types{};
+    for (int c = 0; c < kCodes; ++c) types[static_cast<size_t>(c)] = {OdDxf::isKnownCode(c), OdDxf::valueTypeOf(c)};
+    return types;
+  }();
+  if (code >= 0 && code < kCodes) return kTypes[static_cast<size_t>(code)];
+  return {OdDxf::isKnownCode(code), OdDxf::valueTypeOf(code)};
 }
 
 bool isIntegerType(ValueType type) {
@@ -193,7 +211,7 @@ void OdDxfTagStreamReader::pushBack() {
 }
 
 void OdDxfTagStreamReader::decode(const Record& record, OdDxfTag& tag) {
-  const ValueType type = OdDxf::valueTypeOf(record.code);
+  const auto [known, type] = codeTypeOf(record.code);
   tag.code = static_cast<OdInt16>(record.code);
   tag.type = type;
   tag.dims = 0;
@@ -201,7 +219,7 @@ void OdDxfTagStreamReader::decode(const Record& record, OdDxfTag& tag) {
   tag.i = 0;
   tag.s.str().clear();
   tag.bin.clear();
-  if (!OdDxf::isKnownCode(record.code)) {
+  if (!known) {
     decodeAsText(record, tag);  // refused as the text reader refuses it
     return;
   }
