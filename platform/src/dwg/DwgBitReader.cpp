@@ -132,6 +132,33 @@ void OdDwgBitReader::useStringStreamEndingAt(size_t endBit) {
   m_stringEnd = at;
 }
 
+namespace {
+
+// Strings are held as a DXF file codes them: a caret as "^ ", a control
+// character as a caret and the letter 64 above it ("^J" for a line feed).
+// NUL is left to the callers (a text ends at it, or it is dropped).
+bool needsCarets(wchar_t c) { return c == L'^' || (c > 0 && c < L' '); }
+
+void codeCarets(std::wstring& text) {
+  size_t first = 0;
+  while (first < text.size() && !needsCarets(text[first])) ++first;
+  if (first == text.size()) return;
+  std::wstring coded(text, 0, first);
+  coded.reserve(text.size() + 8);
+  for (size_t i = first; i < text.size(); ++i) {
+    const wchar_t c = text[i];
+    if (!needsCarets(c)) {
+      coded += c;
+    } else {
+      coded += L'^';
+      coded += c == L'^' ? L' ' : static_cast<wchar_t>(c + L'@');
+    }
+  }
+  text = std::move(coded);
+}
+
+}  // namespace
+
 OdString OdDwgBitReader::readTV(int codePage) {
   if (m_strings) {
     // UTF-16 units from the string stream, with its own position.
@@ -174,6 +201,7 @@ OdString OdDwgBitReader::readTV(int codePage) {
       }
       if (hexDigits && value != 0) text.replace(at, 7, 1, static_cast<wchar_t>(value));
     }
+    codeCarets(text);
     return OdString(std::move(text));
   }
   const size_t length = static_cast<uint16_t>(readBS());
@@ -218,14 +246,20 @@ void OdDwgBitReader::readText(size_t length, int codePage, std::wstring& out) {
     for (size_t i = 0; i < decoded.size() && last.asciiAsItself; ++i) last.asciiAsItself = decoded[i] == static_cast<wchar_t>(i);
   }
   uint8_t high = 0;
-  for (size_t i = 0; i < size; ++i) high |= bytes[i];
+  bool carets = false;
+  for (size_t i = 0; i < size; ++i) {
+    high |= bytes[i];
+    carets |= bytes[i] < ' ' || bytes[i] == '^';
+  }
   if (last.asciiAsItself && high < 0x80) {
     out.resize(size);
     for (size_t i = 0; i < size; ++i) out[i] = static_cast<wchar_t>(bytes[i]);
-    return;
+  } else {
+    out.clear();
+    last.converter.decode(std::string_view(reinterpret_cast<const char*>(bytes), size), out, false);
+    carets = true;  // a code page may give a caret or a control character for other bytes
   }
-  out.clear();
-  last.converter.decode(std::string_view(reinterpret_cast<const char*>(bytes), size), out, false);
+  if (carets) codeCarets(out);
 }
 
 void OdDwgBitReader::readUnits(size_t count, std::wstring& out) {
@@ -238,10 +272,13 @@ void OdDwgBitReader::readUnits(size_t count, std::wstring& out) {
   auto* storage = reinterpret_cast<uint8_t*>(out.data());
   uint8_t* units = storage + 2 * count;
   readBytes(units, 2 * count);
+  bool carets = false;
   for (size_t i = 0; i < count; ++i) {
     const auto unit = static_cast<wchar_t>(units[2 * i] | (units[2 * i + 1] << 8));
     out[i] = unit;
+    carets |= needsCarets(unit);
   }
+  if (carets) codeCarets(out);
 }
 
 void OdDwgBitReader::skipBytes(size_t n) {

@@ -178,11 +178,15 @@ class OdDwgBitReader {
   // a string stream is set) a bit-coded length and that many UTF-16 units,
   // read from the string stream. Trailing NULs are dropped.
   OdString readTV(int codePage);
-  // `length` raw bytes of text in the code page; the text ends at the first NUL.
+  // `length` raw bytes of text in the code page; the text ends at the first
+  // NUL. Texts are given as DXF codes them: a caret as "^ ", a control
+  // character as a caret and a letter ("^I" for a tab), as the platform
+  // holds the strings it reads from DXF files.
   OdString readText(size_t length, int codePage);
   // The same into out, whose storage is reused (no allocation once it is large enough).
   void readText(size_t length, int codePage, std::wstring& out);
-  // `count` RS, each a UTF-16 unit, into out as one character each.
+  // `count` RS, each a UTF-16 unit, into out as one character each (with
+  // carets and control characters coded as readText codes them).
   void readUnits(size_t count, std::wstring& out);
   // R2007 on: strings are read from their own stream. The stream ends
   // where the data ends (`endBit`, the bit position of the handles): the

@@ -58,6 +58,18 @@ TEST(DwgBitReader, RawValuesOffTheByteBoundaryAndNearTheEnd) {
   EXPECT_EQ(t.readText(7, 1252), OdString(L"Caf\u00E9"));
   EXPECT_EQ(t.bitPosition(), 1u + 18 * 8);
   EXPECT_THROW(t.readBytes(bytes, 1), OdDwgDecodeError);
+
+  // Carets and control characters come coded as a DXF file holds them: a
+  // caret "^ ", a tab "^I" (9 + 64 is 'I'), a line feed "^J"; in an ASCII
+  // text, in a code-page text with a letter outside ASCII, and in UTF-16
+  // units (R2007 on).
+  const uint8_t coded[] = {'x', '^', '2', '\t', 'y', 0xE9, '^', '\n', 'x', 0, '^', 0, '\n', 0, 0xE9, 0};
+  OdDwgBitReader c(coded, sizeof coded);
+  EXPECT_EQ(c.readText(5, 1252), OdString(L"x^ 2^Iy"));
+  EXPECT_EQ(c.readText(3, 1252), OdString(L"\u00E9^ ^J"));
+  std::wstring units;
+  c.readUnits(4, units);
+  EXPECT_EQ(units, L"x^ ^J\u00E9");
 }
 
 TEST(DwgBitReader, ModularCharsHandlesAndDefaults) {
