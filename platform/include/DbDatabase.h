@@ -2,8 +2,8 @@
 // tables and dictionaries, header variables, undo and reactors.
 #pragma once
 
-#include <map>
 #include <memory>
+#include <unordered_map>
 #include <vector>
 
 #include "CmColor.h"
@@ -222,7 +222,7 @@ class OdDbDatabase : public OdRxObject {
   OdDbObjectId m_currentSpaceId;
   mutable OdDbObjectId m_modelSpaceId, m_paperSpaceId;
   std::vector<OdDbHeaderVariable> m_header;
-  std::map<OdString, size_t, OdStringLessNoCase> m_headerIndex;
+  std::unordered_map<OdString, size_t, OdStringHashNoCase, OdStringEqualNoCase> m_headerIndex;
   mutable EntityDefaults m_defaults;
   mutable bool m_defaultsValid = false;
   std::vector<OdDbClassRecord> m_classRecords;

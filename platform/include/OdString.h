@@ -93,6 +93,14 @@ using OdStringArray = OdArray<OdString>;
 struct OdStringLessNoCase {
   bool operator()(const OdString& a, const OdString& b) const { return a.iCompare(b) < 0; }
 };
+// Case-insensitive hashing and equality for unordered maps keyed by names
+// (names equal but for case hash alike).
+struct OdStringHashNoCase {
+  size_t operator()(const OdString& s) const;
+};
+struct OdStringEqualNoCase {
+  bool operator()(const OdString& a, const OdString& b) const { return a.iCompare(b) == 0; }
+};
 
 // Conversions between UTF-8 and wide text (invalid input becomes U+FFFD).
 std::wstring odUtf8ToWide(std::string_view utf8);

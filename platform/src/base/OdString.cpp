@@ -69,6 +69,16 @@ wchar_t odToUpper(wchar_t ch) {
   return static_cast<wchar_t>(std::towupper(static_cast<wint_t>(ch)));
 }
 
+size_t OdStringHashNoCase::operator()(const OdString& s) const {
+  // FNV-1a over the upper-cased characters, up to the first NUL as iCompare reads.
+  size_t hash = 14695981039346656037ull;
+  for (const wchar_t* c = s.c_str(); *c; ++c) {
+    hash ^= static_cast<size_t>(odToUpper(*c));
+    hash *= 1099511628211ull;
+  }
+  return hash;
+}
+
 wchar_t odToLower(wchar_t ch) {
   if (ch < 0x80) return (ch >= L'A' && ch <= L'Z') ? static_cast<wchar_t>(ch + 32) : ch;
   return static_cast<wchar_t>(std::towlower(static_cast<wint_t>(ch)));
